@@ -1,0 +1,20 @@
+# What every target of ours is compiled with.
+
+option(STM_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+
+set(STM_WARNINGS -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+set(STM_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all)
+
+# Includes are written from the root of the tree.
+function(stm_target target)
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_compile_options(${target} PRIVATE ${STM_WARNINGS})
+endfunction()
+
+# Targets that are loaded into programs of others stay uninstrumented in every build.
+function(stm_sanitize target)
+  if(STM_SANITIZE)
+    target_compile_options(${target} PRIVATE ${STM_SANITIZERS} -fno-omit-frame-pointer)
+    target_link_options(${target} PUBLIC ${STM_SANITIZERS})
+  endif()
+endfunction()

@@ -1,0 +1,40 @@
+// The one link to the co-processor: its buffers and the one exchange through which all bytes go.
+#pragma once
+
+#include "link/protocol.hpp"
+
+#include <linux/spi/spidev.h>
+
+#include <cstdint>
+
+struct RingBuffer;
+
+// Zero at program start. tx_buffer is never cleared as a whole after stm_sync_transfer: bytes that
+// no command rewrites stay 0x66, and frames long enough to reach them send them.
+struct StmLink {
+    RingBuffer *ring;                    // attached shared memory, null while there is none
+    int32_t spi_fd;                      // as the last open returned it, failed or not
+    uint8_t tx_buffer[STM_BUFFER_SIZE];  // long frames, single-byte commands and polls
+    char message[STM_MESSAGE_SIZE];      // the last report to the output callback
+    uint8_t tx_short[STM_TX_SHORT_SIZE]; // request frames of the read-outs
+    spi_ioc_transfer transfer;           // shared by the acknowledge wait and the download
+    uint8_t rx_short[STM_RX_SHORT_SIZE]; // what comes back while tx_short goes out, as far as read
+    uint8_t rx_buffer[STM_BUFFER_SIZE];  // byte i came back while tx_buffer[i] went out
+};
+
+extern StmLink stm_link;
+
+// One full-duplex exchange of length bytes: tx[i] goes out while rx[i] comes in. Clock, delay, word
+// size and chip select stay the device's. Returns what the ioctl returns, negative on failure. A
+// length that the buffers cannot hold, or below 0, is refused with EMSGSIZE before the driver sees
+// it, which is also how the driver answers more than its default buffer.
+int stm_transfer(const uint8_t *tx, uint8_t *rx, int32_t length);
+
+// The same with a descriptor whose buffers the caller has set; only its length changes.
+int stm_transfer(spi_ioc_transfer &descriptor, int32_t length);
+
+// Zeroes a descriptor and points it at tx_buffer and rx_buffer.
+void link_prepare_transfer(spi_ioc_transfer &descriptor);
+
+// Clears the bytes of both buffers in which a command is built and answered.
+void link_clear_command_bytes();

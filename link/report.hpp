@@ -1,0 +1,11 @@
+// The two channels on which an operation reports; nothing else of the module prints.
+#pragma once
+
+#include "link/stm_com_funcs.h"
+
+// A failing system call: text, colon, blank and the system's own words on standard error.
+void report_errno(const char *text);
+
+// A complete message: formatted into the link's message buffer and handed to the output callback
+// with flag 0. Returns what the callback returns.
+[[gnu::format(printf, 2, 3)]] int report_message(StmOutputFn output, const char *format, ...);
