@@ -1,0 +1,25 @@
+// What the command line of update asks for.
+#pragma once
+
+// The gap between 1 and 6 and the value 99 are deliberate.
+enum UpdateAction {
+    ACTION_FIRMWARE = 0,
+    ACTION_BOOTER = 1,
+    ACTION_VERSION = 6,
+    ACTION_STATE = 7,
+    ACTION_START = 8,
+    ACTION_RESET = 9,
+    ACTION_INVALID = 99,
+};
+
+inline constexpr int FILE_NAME_SIZE = 255;
+
+struct UpdateOptions {
+    UpdateAction action;
+    bool has_file_name;
+    char file_name[FILE_NAME_SIZE]; // NUL-terminated; valid if has_file_name
+};
+
+// Reads the arguments. A call without a known option prints the usage text, and a file name that is
+// too long for an image to load is told on standard error; both end the process with status 1.
+UpdateOptions parse_options(int argc, char **argv);
