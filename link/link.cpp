@@ -12,7 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 
-StmLink stm_link;
+constinit StmLink stm_link = {};
 
 namespace
 {

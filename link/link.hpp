@@ -22,6 +22,7 @@ struct StmLink {
     uint8_t rx_buffer[STM_BUFFER_SIZE];  // byte i came back while tx_buffer[i] went out
 };
 
+// NOLINTNEXTLINE(bugprone-dynamic-static-initializers): only declared here
 extern StmLink stm_link;
 
 // One full-duplex exchange of length bytes: tx[i] goes out while rx[i] comes in. Clock, delay, word
