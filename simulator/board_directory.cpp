@@ -1,0 +1,169 @@
+// A board in a directory.
+#include "simulator/board_directory.hpp"
+
+#include "simulator/text.hpp"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+namespace simulator
+{
+
+namespace
+{
+
+struct ModeName {
+    Mode mode;
+    const char *name;
+};
+
+constexpr ModeName MODE_NAMES[] = {
+    {Mode::unknown, "unknown"},
+    {Mode::boot_loader, "boot loader"},
+    {Mode::application, "application"},
+};
+
+std::string system_error(const std::string &path)
+{
+    return path + ": " + strerror(errno);
+}
+
+std::string read_line(const std::string &path)
+{
+    std::ifstream stream(path);
+    std::string line;
+    std::getline(stream, line);
+    return line;
+}
+
+// Whole or not at all: whoever is killed here leaves the old file.
+std::string replace_file(const std::string &path, const std::string &content)
+{
+    const std::string fresh = path + text(".%d", static_cast<int>(getpid()));
+    std::ofstream stream(fresh);
+    stream << content << '\n';
+    stream.close();
+    if (!stream || rename(fresh.c_str(), path.c_str()) != 0) {
+        return system_error(path);
+    }
+    return {};
+}
+
+// Makes a file of erased flash under a name of its own first, so that nobody finds half of one.
+std::string make_flash_file(const std::string &path)
+{
+    const std::string fresh = path + text(".%d", static_cast<int>(getpid()));
+    std::ofstream stream(fresh, std::ios::binary);
+    stream << std::string(FLASH_SIZE, static_cast<char>(FLASH_ERASED));
+    stream.close();
+    if (!stream || rename(fresh.c_str(), path.c_str()) != 0) {
+        return system_error(path);
+    }
+    return {};
+}
+
+bool exists(const std::string &path)
+{
+    return access(path.c_str(), F_OK) == 0;
+}
+
+} // namespace
+
+const char *mode_name(Mode mode)
+{
+    return MODE_NAMES[static_cast<size_t>(mode)].name;
+}
+
+bool parse_mode(const std::string &name, Mode &mode)
+{
+    for (const ModeName &row : MODE_NAMES) {
+        if (name == row.name) {
+            mode = row.mode;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool parse_version(const std::string &words, uint8_t &version)
+{
+    if (words.empty() || words.size() > 3 ||
+        words.find_first_not_of("0123456789") != std::string::npos || std::stoi(words) > 0xFF) {
+        return false;
+    }
+    version = static_cast<uint8_t>(std::stoi(words));
+    return true;
+}
+
+std::string BoardDirectory::open(const std::string &path)
+{
+    path_ = path;
+    if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) {
+        return system_error(path);
+    }
+    std::string error;
+    if (!exists(file("flash.bin"))) {
+        error = make_flash_file(file("flash.bin"));
+    }
+    if (error.empty() && (!exists(file("mode")) || !exists(file("version")))) {
+        error = save(BoardIdentity());
+    }
+    if (error.empty() && !exists(file("spidev1.0"))) {
+        error = replace_file(file("spidev1.0"), "");
+    }
+    return error.empty() ? map_flash() : error;
+}
+
+std::string BoardDirectory::map_flash()
+{
+    const std::string path = file("flash.bin");
+    const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (fd < 0) {
+        return system_error(path);
+    }
+    struct stat status = {};
+    if (fstat(fd, &status) != 0 || status.st_size != static_cast<off_t>(FLASH_SIZE)) {
+        close(fd);
+        return path + text(": a flash has %u bytes", FLASH_SIZE);
+    }
+    void *mapped = mmap(nullptr, FLASH_SIZE, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    close(fd);
+    if (mapped == MAP_FAILED) {
+        return system_error(path);
+    }
+    flash_ = static_cast<uint8_t *>(mapped);
+    return {};
+}
+
+std::span<uint8_t, FLASH_SIZE> BoardDirectory::flash() const
+{
+    return std::span<uint8_t, FLASH_SIZE>(flash_, FLASH_SIZE);
+}
+
+std::string BoardDirectory::load(BoardIdentity &identity) const
+{
+    if (!parse_mode(read_line(file("mode")), identity.mode)) {
+        return file("mode") + ": neither application nor boot loader nor unknown";
+    }
+    if (!parse_version(read_line(file("version")), identity.boot_loader_version)) {
+        return file("version") + ": not a number from 0 to 255";
+    }
+    return {};
+}
+
+std::string BoardDirectory::save(const BoardIdentity &identity) const
+{
+    const std::string error = replace_file(file("mode"), mode_name(identity.mode));
+    return error.empty()
+               ? replace_file(file("version"), std::to_string(identity.boot_loader_version))
+               : error;
+}
+
+} // namespace simulator

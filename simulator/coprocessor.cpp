@@ -1,0 +1,217 @@
+// The virtual co-processor: what it makes of an exchange.
+#include "simulator/coprocessor.hpp"
+
+#include "simulator/text.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace simulator
+{
+
+namespace
+{
+
+constexpr uint8_t IDLE = 0x00;     // driven while there is nothing to say
+constexpr uint8_t UNDRIVEN = 0xFF; // read while nobody drives
+
+constexpr uint8_t FILLER = 0x66;
+constexpr uint8_t STATUS_POLL = 0x33;
+constexpr uint8_t DATA_POLL = 0x44;
+
+constexpr uint8_t BOOT_LOADER_COMMAND = 0x81; // a frame switches the mode, a byte loads firmware
+constexpr uint8_t LOAD_BOOT_LOADER_COMMAND = 0x82;
+constexpr uint8_t START_APPLICATION_COMMAND = 0x83;
+constexpr uint8_t MODE_QUERY = 0x23;
+constexpr uint8_t VERSION_QUERY = 0x91;
+
+constexpr size_t COMMAND_FRAME_SIZE = 8;
+constexpr uint8_t COMMAND_FRAME_END = 0xAA;
+
+bool is_filler(std::span<const uint8_t> bytes)
+{
+    return std::ranges::all_of(bytes, [](uint8_t byte) { return byte == FILLER; });
+}
+
+} // namespace
+
+Coprocessor::Coprocessor(std::span<uint8_t, FLASH_SIZE> flash, BoardIdentity identity,
+                         Behaviour behaviour)
+    : identity_(identity), behaviour_(std::move(behaviour)), boot_loader_(Flash(flash))
+{
+    died_at(ALWAYS);
+}
+
+void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> miso)
+{
+    note_.clear();
+    std::ranges::fill(miso, dead_line_.value_or(IDLE));
+    if (dead_line_ || mosi.empty()) {
+        return;
+    }
+    if (mosi.size() == 1 && mosi[0] == STATUS_POLL) {
+        miso[0] = take_status();
+    } else if (mosi.size() == 1 && mosi[0] == DATA_POLL) {
+        miso[0] = take_answer();
+    } else {
+        receive(mosi);
+    }
+}
+
+void Coprocessor::receive(std::span<const uint8_t> mosi)
+{
+    status_.reset();
+    answer_.reset();
+    if (mosi.size() > COMMAND_FRAME_SIZE && is_filler(mosi)) {
+        synchronise();
+    } else if (mosi.size() == IMAGE_FRAME_SIZE && boot_loader_.expects_frame()) {
+        receive_image_frame(mosi.first<IMAGE_FRAME_SIZE>());
+    } else if (mosi.size() == COMMAND_FRAME_SIZE) {
+        receive_command_frame(mosi);
+    } else if (mosi.size() == 1) {
+        receive_byte(mosi[0]);
+    } else {
+        note_ = "not understood";
+    }
+}
+
+void Coprocessor::synchronise()
+{
+    boot_loader_.close();
+    note_ = "synchronised";
+}
+
+void Coprocessor::receive_byte(uint8_t command)
+{
+    switch (command) {
+    case BOOT_LOADER_COMMAND:
+        begin_download(FIRMWARE_REGION);
+        break;
+    case START_APPLICATION_COMMAND:
+        enter(Mode::application);
+        break;
+    case VERSION_QUERY:
+        queue_answer(identity_.boot_loader_version, "version asked for");
+        break;
+    default:
+        note_ = "not understood";
+    }
+}
+
+void Coprocessor::receive_command_frame(std::span<const uint8_t> frame)
+{
+    if (frame.back() != COMMAND_FRAME_END) {
+        note_ = text("command 0x%02X ends in 0x%02X", frame.front(), frame.back());
+        return;
+    }
+    switch (frame.front()) {
+    case BOOT_LOADER_COMMAND:
+        enter(Mode::boot_loader);
+        break;
+    case LOAD_BOOT_LOADER_COMMAND:
+        begin_download(BOOT_LOADER_REGION);
+        break;
+    case MODE_QUERY:
+        queue_answer(static_cast<uint8_t>(identity_.mode), "mode asked for");
+        break;
+    default:
+        note_ = text("unknown command 0x%02X", frame.front());
+    }
+}
+
+void Coprocessor::receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame)
+{
+    const int step = boot_loader_.next_step();
+    if (!died_at(step) && !refused_by_fault(step)) {
+        queue_status(boot_loader_.take_frame(frame), step);
+    }
+}
+
+void Coprocessor::begin_download(const FlashRegion &region)
+{
+    if (died_at(STEP_MODE)) {
+        return;
+    }
+    identity_.mode = Mode::boot_loader;
+    const Verdict verdict = boot_loader_.open(region);
+    if (!refused_by_fault(STEP_MODE)) {
+        queue_status(verdict, STEP_MODE);
+    }
+}
+
+void Coprocessor::enter(Mode mode)
+{
+    identity_.mode = mode;
+    boot_loader_.close();
+    note_ = mode == Mode::boot_loader ? "boot loader started" : "application started";
+}
+
+void Coprocessor::queue_answer(uint8_t answer, const char *meaning)
+{
+    answer_ = answer;
+    note_ = meaning;
+}
+
+void Coprocessor::queue_status(Verdict verdict, int step)
+{
+    note_ = std::move(verdict.note);
+    status_ = verdict.status;
+    busy_ = behaviour_.busy_polls;
+    for (const int place : {ALWAYS, step}) {
+        if (const Fault *late = find_fault(behaviour_.faults, FaultKind::late, place)) {
+            busy_ += late->value;
+        }
+    }
+    if (const Fault *odd = find_fault(behaviour_.faults, FaultKind::status, step)) {
+        status_ = static_cast<uint8_t>(odd->value);
+    }
+}
+
+bool Coprocessor::refused_by_fault(int step)
+{
+    const bool checksum = find_fault(behaviour_.faults, FaultKind::checksum_error, step) != nullptr;
+    const bool address = find_fault(behaviour_.faults, FaultKind::address_error, step) != nullptr;
+    if (!checksum && !address) {
+        return false;
+    }
+    boot_loader_.close();
+    queue_status({checksum ? STATUS_CHECKSUM_ERROR : STATUS_ADDRESS_ERROR,
+                  checksum ? "fault: checksum error" : "fault: address error"},
+                 step);
+    return true;
+}
+
+bool Coprocessor::died_at(int step)
+{
+    if (find_fault(behaviour_.faults, FaultKind::bus_inactive, step) != nullptr) {
+        dead_line_ = UNDRIVEN;
+        note_ = "fault: the bus is inactive from here on";
+    } else if (find_fault(behaviour_.faults, FaultKind::silence, step) != nullptr) {
+        dead_line_ = IDLE;
+        note_ = "fault: silent from here on";
+    }
+    return dead_line_.has_value();
+}
+
+uint8_t Coprocessor::take_status()
+{
+    if (!status_) {
+        note_ = "nothing to acknowledge";
+        return IDLE;
+    }
+    if (busy_ > 0) {
+        --busy_;
+        note_ = "busy";
+        return IDLE;
+    }
+    note_ = *status_ == STATUS_ACKNOWLEDGED ? "acknowledged" : "status";
+    return *std::exchange(status_, std::nullopt);
+}
+
+uint8_t Coprocessor::take_answer()
+{
+    note_ = answer_ ? "answer" : "nothing to answer";
+    return std::exchange(answer_, std::nullopt).value_or(IDLE);
+}
+
+} // namespace simulator

@@ -1,0 +1,70 @@
+// The virtual co-processor: bytes in, bytes out, one exchange at a time. It knows nothing of files,
+// clocks or processes; the same exchanges always get the same answers.
+#pragma once
+
+#include "simulator/boot_loader.hpp"
+#include "simulator/faults.hpp"
+#include "simulator/flash.hpp"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace simulator
+{
+
+enum class Mode : uint8_t { unknown = 0, boot_loader = 1, application = 2 };
+
+// What a board is, apart from its flash.
+struct BoardIdentity {
+    Mode mode = Mode::application;
+    uint8_t boot_loader_version = 5; // minor number; 0 is unknown
+};
+
+// How a board behaves.
+struct Behaviour {
+    int busy_polls = 0; // polls that find it busy after each frame, before the status
+    Faults faults;
+};
+
+class Coprocessor
+{
+  public:
+    Coprocessor(std::span<uint8_t, FLASH_SIZE> flash, BoardIdentity identity, Behaviour behaviour);
+
+    // Clocks the bytes of one exchange in and as many out. mosi and miso have the same size.
+    void exchange(std::span<const uint8_t> mosi, std::span<uint8_t> miso);
+
+    // What the last exchange meant to the co-processor, in a few words.
+    const std::string &note() const { return note_; }
+
+    Mode mode() const { return identity_.mode; }
+    void set_identity(BoardIdentity identity) { identity_ = identity; }
+
+  private:
+    void receive(std::span<const uint8_t> mosi);
+    void receive_byte(uint8_t command);
+    void receive_command_frame(std::span<const uint8_t> frame);
+    void receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame);
+    void synchronise();
+    void begin_download(const FlashRegion &region);
+    void enter(Mode mode);
+    void queue_answer(uint8_t answer, const char *meaning);
+    void queue_status(Verdict verdict, int step);
+    bool refused_by_fault(int step);
+    bool died_at(int step);
+    uint8_t take_status();
+    uint8_t take_answer();
+
+    BoardIdentity identity_;
+    Behaviour behaviour_;
+    BootLoader boot_loader_;
+    std::optional<uint8_t> dead_line_; // what a dead board's line reads
+    std::optional<uint8_t> status_;    // waits for an acknowledge poll
+    int busy_ = 0;                     // polls that still find the board busy with it
+    std::optional<uint8_t> answer_;    // waits for a data poll
+    std::string note_;
+};
+
+} // namespace simulator

@@ -1,0 +1,174 @@
+// Faults in words.
+#include "simulator/faults.hpp"
+
+#include "simulator/text.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+
+namespace simulator
+{
+
+namespace
+{
+
+enum class Place { none, may_be_step, step, exchange };
+enum class Value { none, status, polls, error };
+
+struct FaultRow {
+    FaultKind kind;
+    Place place;
+    Value value;
+    int default_value; // 0: the value must be given
+    std::string_view name;
+    const char *form;
+    const char *help;
+};
+
+constexpr FaultRow FAULT_ROWS[] = {
+    {FaultKind::bus_inactive, Place::may_be_step, Value::none, 0, "bus-inactive",
+     "bus-inactive[@STEP]", "nobody drives the line (0xFF), from STEP of a download on"},
+    {FaultKind::silence, Place::may_be_step, Value::none, 0, "silence", "silence[@STEP]",
+     "the co-processor is dead (0x00), from STEP of a download on"},
+    {FaultKind::checksum_error, Place::step, Value::none, 0, "checksum-error",
+     "checksum-error@STEP", "STEP is answered with a checksum error"},
+    {FaultKind::address_error, Place::step, Value::none, 0, "address-error", "address-error@STEP",
+     "STEP is answered with an address error"},
+    {FaultKind::status, Place::step, Value::status, 0, "status", "status@STEP=BYTE",
+     "STEP is taken, but answered with this status byte"},
+    {FaultKind::late, Place::may_be_step, Value::polls, 0, "late", "late[@STEP]=POLLS",
+     "STEP (or every one) is answered so many polls later"},
+    {FaultKind::exchange, Place::exchange, Value::error, EIO, "exchange", "exchange@N[=ERRNO]",
+     "the N-th exchange of the program fails (EIO)"},
+    {FaultKind::no_device, Place::none, Value::error, ENOENT, "no-device", "no-device[=ERRNO]",
+     "the device cannot be opened (ENOENT)"},
+    {FaultKind::speed_refused, Place::none, Value::error, EINVAL, "speed-refused",
+     "speed-refused[=ERRNO]", "the device does not take the clock (EINVAL)"},
+};
+
+// A number, decimal or with 0x, within the limits.
+std::optional<int> parse_number(std::string_view words, int least, int most)
+{
+    int base = 10;
+    if (words.starts_with("0x")) {
+        words.remove_prefix(2);
+        base = 16;
+    }
+    int number = 0;
+    const auto [end, error] =
+        std::from_chars(words.data(), words.data() + words.size(), number, base);
+    const bool whole = error == std::errc() && end == words.data() + words.size();
+    return whole && number >= least && number <= most ? std::optional(number) : std::nullopt;
+}
+
+constexpr int MOST = 1'000'000'000;
+
+std::optional<int> parse_step(std::string_view words)
+{
+    if (words == "mode") {
+        return STEP_MODE;
+    }
+    if (words == "header") {
+        return STEP_HEADER;
+    }
+    const std::optional<int> block = parse_number(words, 0, MOST);
+    return block ? std::optional(STEP_FIRST_BLOCK + *block) : std::nullopt;
+}
+
+std::optional<int> parse_place(const FaultRow &row, std::string_view words)
+{
+    switch (row.place) {
+    case Place::none:
+        return words.empty() ? std::optional(ALWAYS) : std::nullopt;
+    case Place::may_be_step:
+        return words.empty() ? std::optional(ALWAYS) : parse_step(words);
+    case Place::step:
+        return parse_step(words);
+    case Place::exchange:
+        return parse_number(words, 1, MOST);
+    }
+    return std::nullopt;
+}
+
+std::optional<int> parse_error_name(std::string_view words)
+{
+    constexpr int LAST_ERRNO = 133;
+    for (int error = 1; error <= LAST_ERRNO; ++error) {
+        const char *name = strerrorname_np(error);
+        if (name != nullptr && words == name) {
+            return error;
+        }
+    }
+    return parse_number(words, 1, LAST_ERRNO);
+}
+
+std::optional<int> parse_value(const FaultRow &row, std::string_view words)
+{
+    if (words.empty() && (row.default_value != 0 || row.value == Value::none)) {
+        return row.default_value;
+    }
+    switch (row.value) {
+    case Value::none:
+        return std::nullopt;
+    case Value::status:
+        return parse_number(words, 0, 0xFF);
+    case Value::polls:
+        return parse_number(words, 1, MOST);
+    case Value::error:
+        return parse_error_name(words);
+    }
+    return std::nullopt;
+}
+
+// Cuts the words behind a separator off, and returns them.
+std::string_view cut_behind(std::string_view &words, char separator)
+{
+    const size_t at = words.find(separator);
+    if (at == std::string_view::npos) {
+        return {};
+    }
+    const std::string_view behind = words.substr(at + 1);
+    words = words.substr(0, at);
+    return behind;
+}
+
+} // namespace
+
+const Fault *find_fault(const Faults &faults, FaultKind kind, int place)
+{
+    const auto found = std::ranges::find_if(
+        faults, [&](const Fault &fault) { return fault.kind == kind && fault.place == place; });
+    return found == faults.end() ? nullptr : &*found;
+}
+
+std::optional<Fault> parse_fault(std::string_view words, std::string &reason)
+{
+    const std::string whole(words);
+    const std::string_view value_words = cut_behind(words, '=');
+    const std::string_view place_words = cut_behind(words, '@');
+    const auto *row = std::ranges::find(FAULT_ROWS, words, &FaultRow::name);
+    if (row == std::end(FAULT_ROWS)) {
+        reason = text("unknown fault '%s'", whole.c_str());
+        return std::nullopt;
+    }
+    const std::optional<int> place = parse_place(*row, place_words);
+    const std::optional<int> value = parse_value(*row, value_words);
+    if (!place || !value) {
+        reason = text("fault '%s' does not read like %s", whole.c_str(), row->form);
+        return std::nullopt;
+    }
+    return Fault{row->kind, *place, *value};
+}
+
+std::string describe_faults()
+{
+    std::string description;
+    for (const FaultRow &row : FAULT_ROWS) {
+        description += text("  %-22s  %s\n", row.form, row.help);
+    }
+    return description;
+}
+
+} // namespace simulator

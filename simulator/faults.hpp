@@ -1,0 +1,51 @@
+// What can go wrong on a board, as values: the same values give the same failures every time.
+//
+//     KIND[@PLACE][=VALUE]      late@header=20      exchange@7=EIO      silence@12
+//
+// The steps of a download are the places "mode", "header" and the number of a block, from 0.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace simulator
+{
+
+enum class FaultKind {
+    bus_inactive,   // nobody drives the line: every byte reads 0xFF
+    silence,        // the co-processor neither listens nor answers: every byte reads 0x00
+    checksum_error, // a frame is answered with 0xF0 and forgotten
+    address_error,  // a frame is answered with 0xF1 and forgotten
+    status,         // a frame is taken, but answered with an odd status byte
+    late,           // a frame is answered so many polls later
+    exchange,       // an exchange fails with an errno, and its bytes are lost
+    no_device,      // the device cannot be opened
+    speed_refused,  // the device does not take the clock
+};
+
+// Places of a fault.
+inline constexpr int ALWAYS = -1;
+inline constexpr int STEP_MODE = 0;
+inline constexpr int STEP_HEADER = 1;
+inline constexpr int STEP_FIRST_BLOCK = 2;
+
+struct Fault {
+    FaultKind kind;
+    int place; // ALWAYS, a step of a download, or the number of an exchange, from 1
+    int value; // a status byte, a number of polls, or an errno
+};
+
+using Faults = std::vector<Fault>;
+
+// The fault of a kind that stands at this very place, or null.
+const Fault *find_fault(const Faults &faults, FaultKind kind, int place);
+
+// Reads one fault. None if the words are not understood; reason then says why.
+std::optional<Fault> parse_fault(std::string_view words, std::string &reason);
+
+// The kinds with their places and values, a line each.
+std::string describe_faults();
+
+} // namespace simulator

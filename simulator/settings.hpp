@@ -1,0 +1,31 @@
+// What virtual-board tells the library that it loads into a program, by environment variables.
+#pragma once
+
+#include "simulator/coprocessor.hpp"
+
+#include <string>
+
+namespace simulator
+{
+
+struct Settings {
+    std::string directory;  // of the board; absolute
+    std::string transcript; // file to append to; empty for none
+    Behaviour behaviour;
+    std::string fault_words; // the faults again, as they were given, separated by blanks
+    bool counts_time = false;
+    bool through = false; // to the real device
+};
+
+// Sets the number of polls that find the board busy. False if the words are no such number.
+bool set_busy(Settings &settings, const std::string &number);
+
+// Adds the words of a fault. False if they are not understood; reason then says why.
+bool add_fault(Settings &settings, const std::string &words, std::string &reason);
+
+void put_into_environment(const Settings &settings);
+
+// False if the variables are not those that put_into_environment writes.
+bool take_from_environment(Settings &settings);
+
+} // namespace simulator

@@ -1,0 +1,68 @@
+// The kernel's SPI device driver in front of a co-processor: what it takes, refuses and returns.
+//
+// Results are the kernel's: 0 or more on success, a negated errno on failure.
+#pragma once
+
+#include "simulator/coprocessor.hpp"
+#include "simulator/virtual_clock.hpp"
+
+#include <linux/spi/spidev.h>
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace simulator
+{
+
+inline constexpr size_t DRIVER_BUFFER_SIZE = 4096; // the driver's default
+inline constexpr uint32_t DEFAULT_SPEED_HZ = 1'000'000;
+inline constexpr uint32_t HIGHEST_SPEED_HZ = 10'000'000; // a higher clock is taken, but not reached
+
+// One exchange as it went over the wire, or as it was refused.
+struct Exchange {
+    int number; // from 1
+    std::span<const uint8_t> sent;
+    std::span<const uint8_t> received; // empty if it failed
+    uint64_t length;                   // also of a refused one, whose bytes nobody saw
+    int result;
+    std::string_view note;
+};
+
+// The number of transfers of an SPI_IOC_MESSAGE request, or -1 for any other request.
+int transfers_of(unsigned long request);
+
+class SpiDevice
+{
+  public:
+    using Observer = std::function<void(const Exchange &)>;
+
+    // The observer sees every exchange, in order. The clock advances by its time on the wire.
+    SpiDevice(Coprocessor &coprocessor, Faults faults, VirtualClock &clock, Observer observer);
+
+    int open();
+    void close(); // the last close brings the default clock back
+    int ioctl(unsigned long request, void *argument);
+
+  private:
+    int message(const spi_ioc_transfer *transfers, size_t count);
+    int exchange_bytes(const spi_ioc_transfer *transfers, size_t count);
+    int configure(unsigned long request, void *argument);
+    int set_speed(uint32_t speed_hz);
+
+    Coprocessor &coprocessor_;
+    Faults faults_;
+    VirtualClock &clock_;
+    Observer observer_;
+    int opened_ = 0;
+    int exchanges_ = 0;
+    uint32_t speed_hz_ = DEFAULT_SPEED_HZ;
+    uint32_t mode_ = 0;
+    uint8_t bits_per_word_ = 8;
+    std::vector<uint8_t> mosi_;
+    std::vector<uint8_t> miso_;
+};
+
+} // namespace simulator

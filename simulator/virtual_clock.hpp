@@ -1,0 +1,26 @@
+// Time that is counted instead of spent.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace simulator
+{
+
+class VirtualClock
+{
+  public:
+    std::chrono::nanoseconds elapsed() const { return elapsed_; }
+    void advance(std::chrono::nanoseconds time) { elapsed_ += time; }
+
+  private:
+    std::chrono::nanoseconds elapsed_{0};
+};
+
+// How long so many bytes take on a wire of this clock.
+constexpr std::chrono::nanoseconds wire_time(uint64_t bytes, uint32_t speed_hz)
+{
+    return std::chrono::nanoseconds(bytes * 8 * 1'000'000'000 / speed_hz);
+}
+
+} // namespace simulator
