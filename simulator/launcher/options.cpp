@@ -1,0 +1,232 @@
+// The option table of virtual-board.
+#include "simulator/launcher/options.hpp"
+
+#include "simulator/board_directory.hpp"
+#include "simulator/text.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <sstream>
+#include <string_view>
+
+namespace simulator
+{
+
+namespace
+{
+
+struct OptionRow {
+    std::string_view name;
+    const char *argument; // null for an option without one
+    const char *help;
+    bool (*apply)(LaunchOptions &options, const std::string &argument); // false: bad argument
+};
+
+std::string absolute(const std::string &path)
+{
+    return std::filesystem::absolute(path).lexically_normal().string();
+}
+
+bool set_board(LaunchOptions &options, const std::string &path)
+{
+    options.settings.directory = absolute(path);
+    return !path.empty();
+}
+
+bool set_mode(LaunchOptions &options, const std::string &name)
+{
+    Mode mode = Mode::unknown;
+    const bool known = parse_mode(name, mode);
+    options.mode = mode;
+    return known;
+}
+
+bool set_version(LaunchOptions &options, const std::string &number)
+{
+    uint8_t version = 0;
+    const bool good = parse_version(number, version);
+    options.version = version;
+    return good;
+}
+
+bool set_busy_polls(LaunchOptions &options, const std::string &number)
+{
+    return set_busy(options.settings, number);
+}
+
+bool set_fault(LaunchOptions &options, const std::string &words)
+{
+    return add_fault(options.settings, words, options.error);
+}
+
+bool set_transcript(LaunchOptions &options, const std::string &path)
+{
+    options.settings.transcript = path == "-" ? path : absolute(path);
+    return !path.empty();
+}
+
+bool set_count_time(LaunchOptions &options, const std::string &)
+{
+    options.settings.counts_time = true;
+    return true;
+}
+
+bool set_through(LaunchOptions &options, const std::string &)
+{
+    options.settings.through = true;
+    return true;
+}
+
+bool set_emulator(LaunchOptions &options, const std::string &command)
+{
+    std::istringstream words(command);
+    for (std::string word; words >> word;) {
+        options.emulator.push_back(word);
+    }
+    return !options.emulator.empty();
+}
+
+bool set_preload(LaunchOptions &options, const std::string &path)
+{
+    options.preload = absolute(path);
+    return std::filesystem::exists(path);
+}
+
+bool set_help(LaunchOptions &options, const std::string &)
+{
+    options.help = true;
+    return true;
+}
+
+constexpr OptionRow OPTION_ROWS[] = {
+    {"--board", "DIR", "the board's flash and state live in DIR, which is made if need be",
+     set_board},
+    {"--mode", "MODE", "the board starts in this mode: application, 'boot loader' or unknown",
+     set_mode},
+    {"--version", "N", "minor version of the boot loader, 0 to 255 (a fresh board: 5)",
+     set_version},
+    {"--busy", "N", "each frame keeps the board busy for N polls (0)", set_busy_polls},
+    {"--fault", "FAULT", "something goes wrong; can be given again", set_fault},
+    {"--transcript", "FILE", "write each exchange as a line to FILE, - for standard error",
+     set_transcript},
+    {"--count-time", nullptr, "count the command's waits instead of spending them", set_count_time},
+    {"--through", nullptr, "leave the device real and only write the transcript", set_through},
+    {"--emulator", "CMD", "the command is of another architecture; CMD runs such programs",
+     set_emulator},
+    {"--preload", "FILE", "the library to load into the command, of the command's architecture",
+     set_preload},
+    {"--help", nullptr, "this text", set_help},
+};
+
+// Takes one option, with its argument from the same word or from the next. Returns the number of
+// words, 0 after an error.
+int take_option(LaunchOptions &options, int count, char **words)
+{
+    std::string name = words[0];
+    const size_t equals = name.find('=');
+    const bool has_argument = equals != std::string::npos;
+    std::string argument = has_argument ? name.substr(equals + 1) : "";
+    name = name.substr(0, equals);
+    const auto *row = std::ranges::find(OPTION_ROWS, name, &OptionRow::name);
+    if (row == std::end(OPTION_ROWS)) {
+        options.error = text("unknown option '%s'", name.c_str());
+        return 0;
+    }
+    const bool wants_argument = row->argument != nullptr;
+    const bool takes_next = wants_argument && !has_argument;
+    if (has_argument && !wants_argument) {
+        options.error = text("%s takes no argument", name.c_str());
+        return 0;
+    }
+    if (takes_next && count < 2) {
+        options.error = text("%s needs its %s", name.c_str(), row->argument);
+        return 0;
+    }
+    if (takes_next) {
+        argument = words[1];
+    }
+    if (!row->apply(options, argument)) {
+        if (options.error.empty()) {
+            options.error = text("%s cannot be '%s'", name.c_str(), argument.c_str());
+        }
+        return 0;
+    }
+    return takes_next ? 2 : 1;
+}
+
+void check_together(LaunchOptions &options)
+{
+    if (options.help) {
+        return;
+    }
+    if (options.command.empty()) {
+        options.error = "no command to run; --help explains";
+    } else if (options.settings.through && !options.settings.directory.empty()) {
+        options.error = "--through leaves the device real: it has no --board";
+    } else if (!options.emulator.empty() && options.preload.empty()) {
+        options.error = "--emulator needs --preload, a library of the command's architecture";
+    }
+}
+
+} // namespace
+
+LaunchOptions parse_options(int argc, char **argv)
+{
+    LaunchOptions options;
+    int at = 1;
+    while (at < argc && argv[at][0] == '-') {
+        if (strcmp(argv[at], "--") == 0) {
+            ++at;
+            break;
+        }
+        const int taken = take_option(options, argc - at, argv + at);
+        if (taken == 0) {
+            return options;
+        }
+        at += taken;
+    }
+    options.command.assign(argv + at, argv + argc);
+    check_together(options);
+    return options;
+}
+
+std::string help_text()
+{
+    std::string help = "Usage: virtual-board [OPTIONS] COMMAND [ARGUMENTS]\n"
+                       "\n"
+                       "Runs a command with a virtual co-processor behind /dev/spidev1.0. Without "
+                       "--board the board\n"
+                       "is a fresh one that lasts as long as the command.\n"
+                       "\n"
+                       "Options:\n";
+    for (const OptionRow &row : OPTION_ROWS) {
+        const std::string name = std::string(row.name) + ' ' + (row.argument ? row.argument : "");
+        help += text("  %-20s  %s\n", name.c_str(), row.help);
+    }
+    help += "\nFaults (STEP is a step of a download: mode, header, or the number of a block):\n";
+    help += describe_faults();
+    help +=
+        "\n"
+        "Examples:\n"
+        "  virtual-board update -ver\n"
+        "      one command on a fresh board\n"
+        "  virtual-board --board my-board update -firmware image.bin\n"
+        "  cmp -n $(stat -c %s image.bin) -i 0:16384 image.bin my-board/flash.bin\n"
+        "      load an image, then compare it with the flash; firmware begins at 16384\n"
+        "  virtual-board --fault checksum-error@3 --transcript - update -firmware image.bin\n"
+        "      see what happens when block 3 is damaged on its way\n"
+        "  virtual-board --count-time --fault silence@header update -firmware image.bin\n"
+        "      a time-out of 16 seconds, in no time\n"
+        "  virtual-board --through --transcript dialogue.txt update -state\n"
+        "      listen to the dialogue with a real board\n"
+        "  virtual-board --emulator 'qemu-arm -L /usr/arm-linux-gnueabihf' \\\n"
+        "                --preload build/armhf/lib/libvirtual-board.so ./update -state\n"
+        "      a program of the board's own architecture\n"
+        "\n"
+        "The exit status is the command's; 125 if virtual-board itself fails, 126 if the command\n"
+        "cannot be run, 127 if there is no such command.\n";
+    return help;
+}
+
+} // namespace simulator

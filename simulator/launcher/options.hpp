@@ -1,0 +1,29 @@
+// The command line of virtual-board.
+#pragma once
+
+#include "simulator/settings.hpp"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace simulator
+{
+
+struct LaunchOptions {
+    Settings settings;
+    std::optional<Mode> mode;
+    std::optional<uint8_t> version;
+    std::string preload;               // library to load into the command; empty for the own one
+    std::vector<std::string> emulator; // words to put before the command; may be empty
+    std::vector<char *> command;
+    bool help = false;
+    std::string error; // empty if the rest is good
+};
+
+LaunchOptions parse_options(int argc, char **argv);
+
+std::string help_text();
+
+} // namespace simulator

@@ -1,0 +1,35 @@
+// The calls that this library stands in front of, as the next library provides them.
+#pragma once
+
+#include <dlfcn.h>
+
+#include <atomic>
+
+namespace simulator
+{
+
+// A function of the next library, looked up by its name at the first call.
+template <typename Function>
+class RealCall
+{
+  public:
+    constexpr explicit RealCall(const char *name) noexcept : name_(name) {}
+
+    operator Function *()
+    {
+        void *function = function_.load(std::memory_order_relaxed);
+        if (function == nullptr) {
+            function = dlsym(RTLD_NEXT, name_);
+            function_.store(function, std::memory_order_relaxed);
+        }
+        return reinterpret_cast<Function *>(function);
+    }
+
+  private:
+    const char *name_;
+    std::atomic<void *> function_ = nullptr;
+};
+
+} // namespace simulator
+
+#define EXPORTED extern "C" [[gnu::visibility("default")]]
