@@ -3,19 +3,24 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 
 namespace simulator
 {
 
 std::string text(const char *format, ...)
 {
-    char buffer[1024];
     va_list arguments;
     va_start(arguments, format);
+    char *formatted = nullptr;
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start goes unrecognised here
-    vsnprintf(buffer, sizeof(buffer), format, arguments);
+    const int length = vasprintf(&formatted, format, arguments);
     va_end(arguments);
-    return buffer;
+    std::string result(length < 0 ? "" : formatted);
+    if (length >= 0) {
+        free(formatted);
+    }
+    return result;
 }
 
 } // namespace simulator

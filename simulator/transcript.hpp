@@ -3,8 +3,8 @@
 //     NUMBER SECONDS LENGTH > BYTES SENT < BYTES RECEIVED ; what the co-processor made of it
 //     NUMBER SECONDS LENGTH > BYTES SENT ! ERRNO
 //
-// Bytes are hexadecimal; four or more equal ones in a row are written as one and their number,
-// 66*4096.
+// The time is that of the exchange's end, since the device was opened. Bytes are hexadecimal; four
+// or more equal ones in a row are written as one and their number, 66*4096.
 #pragma once
 
 #include <chrono>

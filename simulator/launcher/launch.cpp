@@ -106,7 +106,8 @@ std::vector<char *> prepare_command(LaunchOptions &options, const std::string &p
     if (options.emulator.empty()) {
         setenv("LD_PRELOAD", preload_list(preload).c_str(), 1);
     } else {
-        options.emulator.insert(options.emulator.end(), {"-E", "LD_PRELOAD=" + preload});
+        options.emulator.insert(options.emulator.end(),
+                                {"-E", text("LD_PRELOAD=%s", preload.c_str())});
         for (std::string &word : options.emulator) {
             words.push_back(word.data());
         }
@@ -186,7 +187,7 @@ int launch(LaunchOptions &options)
 {
     Settings &settings = options.settings;
     if (settings.through && settings.transcript.empty()) {
-        settings.transcript = "-";
+        settings.transcript.assign(1, '-');
     }
     const std::string preload = options.preload.empty() ? own_preload() : options.preload;
     for (const std::string &error : {check_preload(preload), why_not_loadable(options.command[0]),

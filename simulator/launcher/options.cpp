@@ -30,8 +30,11 @@ std::string absolute(const std::string &path)
 
 bool set_board(LaunchOptions &options, const std::string &path)
 {
+    if (path.empty()) {
+        return false;
+    }
     options.settings.directory = absolute(path);
-    return !path.empty();
+    return true;
 }
 
 bool set_mode(LaunchOptions &options, const std::string &name)
@@ -62,8 +65,11 @@ bool set_fault(LaunchOptions &options, const std::string &words)
 
 bool set_transcript(LaunchOptions &options, const std::string &path)
 {
+    if (path.empty()) {
+        return false;
+    }
     options.settings.transcript = path == "-" ? path : absolute(path);
-    return !path.empty();
+    return true;
 }
 
 bool set_count_time(LaunchOptions &options, const std::string &)
@@ -89,8 +95,11 @@ bool set_emulator(LaunchOptions &options, const std::string &command)
 
 bool set_preload(LaunchOptions &options, const std::string &path)
 {
+    if (!std::filesystem::exists(path)) {
+        return false;
+    }
     options.preload = absolute(path);
-    return std::filesystem::exists(path);
+    return true;
 }
 
 bool set_help(LaunchOptions &options, const std::string &)

@@ -68,6 +68,7 @@ int open_device(int flags)
 {
     const std::scoped_lock lock(driver);
     if (settings().through) {
+        simulator::begin_transcript();
         const int fd = real_open(DEVICE, flags, 0);
         set_device(fd, true);
         return fd;

@@ -143,8 +143,14 @@ VirtualClock &program_clock()
     return *clock;
 }
 
+void begin_transcript()
+{
+    transcript_file();
+}
+
 int device_open()
 {
+    begin_transcript();
     check(board().directory.load(board().identity));
     board().coprocessor.set_identity(board().identity);
     return board().device.open();

@@ -18,6 +18,9 @@ const Settings &settings();
 // Time since the program's first look at it, if time is counted.
 VirtualClock &program_clock();
 
+// The time in the transcript begins here, at the latest with the first exchange.
+void begin_transcript();
+
 // The device as the program sees it. Results are 0 or more, or a negated errno.
 int device_open();
 void device_close();
