@@ -77,17 +77,23 @@ std::optional<int> parse_step(std::string_view words)
     return block ? std::optional(STEP_FIRST_BLOCK + *block) : std::nullopt;
 }
 
-std::optional<int> parse_place(const FaultRow &row, std::string_view words)
+// Words that a fault may have or not.
+using Words = std::optional<std::string_view>;
+
+std::optional<int> parse_place(const FaultRow &row, const Words &words)
 {
+    if (!words) {
+        const bool optional = row.place == Place::none || row.place == Place::may_be_step;
+        return optional ? std::optional(ALWAYS) : std::nullopt;
+    }
     switch (row.place) {
     case Place::none:
-        return words.empty() ? std::optional(ALWAYS) : std::nullopt;
+        return std::nullopt;
     case Place::may_be_step:
-        return words.empty() ? std::optional(ALWAYS) : parse_step(words);
     case Place::step:
-        return parse_step(words);
+        return parse_step(*words);
     case Place::exchange:
-        return parse_number(words, 1, MOST);
+        return parse_number(*words, 1, MOST);
     }
     return std::nullopt;
 }
@@ -104,30 +110,31 @@ std::optional<int> parse_error_name(std::string_view words)
     return parse_number(words, 1, LAST_ERRNO);
 }
 
-std::optional<int> parse_value(const FaultRow &row, std::string_view words)
+std::optional<int> parse_value(const FaultRow &row, const Words &words)
 {
-    if (words.empty() && (row.default_value != 0 || row.value == Value::none)) {
-        return row.default_value;
+    if (!words) {
+        const bool optional = row.default_value != 0 || row.value == Value::none;
+        return optional ? std::optional(row.default_value) : std::nullopt;
     }
     switch (row.value) {
     case Value::none:
         return std::nullopt;
     case Value::status:
-        return parse_number(words, 0, 0xFF);
+        return parse_number(*words, 0, 0xFF);
     case Value::polls:
-        return parse_number(words, 1, MOST);
+        return parse_number(*words, 1, MOST);
     case Value::error:
-        return parse_error_name(words);
+        return parse_error_name(*words);
     }
     return std::nullopt;
 }
 
-// Cuts the words behind a separator off, and returns them.
-std::string_view cut_behind(std::string_view &words, char separator)
+// Cuts the words behind a separator off, and returns them; none if there is no separator.
+Words cut_behind(std::string_view &words, char separator)
 {
     const size_t at = words.find(separator);
     if (at == std::string_view::npos) {
-        return {};
+        return std::nullopt;
     }
     const std::string_view behind = words.substr(at + 1);
     words = words.substr(0, at);
@@ -146,8 +153,8 @@ const Fault *find_fault(const Faults &faults, FaultKind kind, int place)
 std::optional<Fault> parse_fault(std::string_view words, std::string &reason)
 {
     const std::string whole(words);
-    const std::string_view value_words = cut_behind(words, '=');
-    const std::string_view place_words = cut_behind(words, '@');
+    const Words value_words = cut_behind(words, '=');
+    const Words place_words = cut_behind(words, '@');
     const auto *row = std::ranges::find(FAULT_ROWS, words, &FaultRow::name);
     if (row == std::end(FAULT_ROWS)) {
         reason = text("unknown fault '%s'", whole.c_str());
