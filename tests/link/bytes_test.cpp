@@ -1,0 +1,48 @@
+// Goal: numbers are laid out low byte first, at any address, and nothing beside them is touched.
+#include "link/bytes.hpp"
+#include "tests/platform/transcript.hpp"
+
+#include <array>
+
+namespace
+{
+
+constexpr std::array<uint8_t, 4> at_compile_time()
+{
+    std::array<uint8_t, 4> bytes = {};
+    put_le32(bytes.data(), 0x08004000);
+    return bytes;
+}
+
+static_assert(at_compile_time() == std::array<uint8_t, 4>{0x00, 0x40, 0x00, 0x08});
+
+Bytes le16(uint16_t value)
+{
+    Bytes bytes(4, 0xEE);
+    put_le16(bytes.data() + 1, value);
+    return bytes;
+}
+
+Bytes le32(uint32_t value)
+{
+    Bytes bytes(6, 0xEE);
+    put_le32(bytes.data() + 1, value);
+    return bytes;
+}
+
+} // namespace
+
+TEST(LittleEndian, sixteen_bits_travel_low_byte_first)
+{
+    EXPECT_EQ(le16(0x1234), Bytes({0xEE, 0x34, 0x12, 0xEE}));
+    EXPECT_EQ(le16(0x0000), Bytes({0xEE, 0x00, 0x00, 0xEE}));
+    EXPECT_EQ(le16(0x00FF), Bytes({0xEE, 0xFF, 0x00, 0xEE}));
+    EXPECT_EQ(le16(0xFF00), Bytes({0xEE, 0x00, 0xFF, 0xEE}));
+}
+
+TEST(LittleEndian, thirty_two_bits_travel_low_byte_first)
+{
+    EXPECT_EQ(le32(0x12345678), Bytes({0xEE, 0x78, 0x56, 0x34, 0x12, 0xEE}));
+    EXPECT_EQ(le32(0x00000000), Bytes({0xEE, 0x00, 0x00, 0x00, 0x00, 0xEE}));
+    EXPECT_EQ(le32(0xFFFFFFFE), Bytes({0xEE, 0xFE, 0xFF, 0xFF, 0xFF, 0xEE}));
+}

@@ -1,0 +1,78 @@
+// Goal: the table-driven checksum is the defined one, for every length its argument can have.
+#include "link/stm_com_funcs.h"
+#include "tests/platform/bitwise_crc.hpp"
+
+namespace
+{
+
+uint16_t crc16(const Bytes &bytes)
+{
+    return stm_crc16(bytes.data(), static_cast<uint16_t>(bytes.size()));
+}
+
+// Bytes without a visible pattern, the same in every run.
+Bytes scattered_bytes(size_t count)
+{
+    Bytes bytes(count);
+    uint32_t state = 1;
+    for (uint8_t &byte : bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = static_cast<uint8_t>(state >> 24);
+    }
+    return bytes;
+}
+
+} // namespace
+
+TEST(Crc16, check_value_over_the_digits_is_0xD64E)
+{
+    EXPECT_EQ(crc16({'1', '2', '3', '4', '5', '6', '7', '8', '9'}), 0xD64E);
+}
+
+TEST(Crc16, no_bytes_give_0_even_without_an_address)
+{
+    const uint8_t byte = 0x5A;
+    EXPECT_EQ(stm_crc16(&byte, 0), 0x0000);
+    EXPECT_EQ(stm_crc16(nullptr, 0), 0x0000);
+}
+
+TEST(Crc16, every_single_byte_agrees_with_the_bitwise_form)
+{
+    for (int value = 0; value < 256; ++value) {
+        const Bytes byte = {static_cast<uint8_t>(value)};
+        EXPECT_EQ(crc16(byte), bitwise_crc(byte)) << "byte " << value;
+    }
+}
+
+TEST(Crc16, every_second_byte_agrees_with_the_bitwise_form)
+{
+    for (int value = 0; value < 256; ++value) {
+        const Bytes bytes = {0xA5, static_cast<uint8_t>(value)};
+        EXPECT_EQ(crc16(bytes), bitwise_crc(bytes)) << "byte " << value;
+    }
+}
+
+TEST(Crc16, lengths_around_every_frame_agree_with_the_bitwise_form)
+{
+    for (const size_t length : {2U, 8U, 46U, 54U, 255U, 256U, 257U, 1023U, 1024U, 1032U, 4096U}) {
+        const Bytes bytes = scattered_bytes(length);
+        EXPECT_EQ(crc16(bytes), bitwise_crc(bytes)) << "length " << length;
+    }
+}
+
+TEST(Crc16, longest_lengths_are_covered_to_their_last_byte)
+{
+    for (const size_t length : {32767U, 32768U, 65534U, 65535U}) {
+        Bytes bytes = scattered_bytes(length);
+        EXPECT_EQ(crc16(bytes), bitwise_crc(bytes)) << "length " << length;
+        const uint16_t before = crc16(bytes);
+        bytes.back() ^= 0x01;
+        EXPECT_NE(crc16(bytes), before) << "length " << length;
+    }
+}
+
+TEST(Crc16, order_of_the_bytes_counts)
+{
+    EXPECT_NE(crc16({0x01, 0x02}), crc16({0x02, 0x01}));
+    EXPECT_NE(crc16({0x01}), crc16({0x00, 0x01}));
+}
