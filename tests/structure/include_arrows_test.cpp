@@ -1,0 +1,241 @@
+// Goal: the folders include each other only along their arrows, and always from the root.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+// What a folder may include besides itself: folders, or single files of them.
+using Arrows = std::map<std::string, std::vector<std::string>>;
+
+const std::vector<std::string> EVERYTHING = {"app",         "link",    "download",
+                                             "acquisition", "readout", "simulator",
+                                             "ringbuffer",  "stmctl",  "tests"};
+const Arrows ARROWS = {
+    {"link", {}},
+    {"download", {"link"}},
+    {"acquisition", {"link"}},
+    {"readout", {"link"}},
+    {"ringbuffer", {"readout", "link"}},
+    {"app", {"link/stm_com_funcs.h"}},
+    {"stmctl", {"link/stm_com_funcs.h"}},
+    {"examples", {"link/stm_com_funcs.h"}},
+    {"simulator", {}},
+    {"tests", EVERYTHING},
+    {"fuzz", EVERYTHING},
+    {"bench", EVERYTHING},
+};
+
+std::string top_folder(const std::string &path)
+{
+    return path.substr(0, path.find('/'));
+}
+
+bool is_allowed(const std::string &folder, const std::string &target)
+{
+    const std::vector<std::string> &allowed = ARROWS.at(folder);
+    return top_folder(target) == folder ||
+           std::any_of(allowed.begin(), allowed.end(), [&target](const std::string &one) {
+               return target == one || top_folder(target) == one;
+           });
+}
+
+// The complaint about one line of a source file; existing tells whether a path from the root is a
+// file of the tree.
+using Exists = bool (*)(const std::string &path);
+
+std::optional<std::string> complaint(const std::string &file, const std::string &line,
+                                     Exists exists)
+{
+    const size_t hash = line.find_first_not_of(" \t");
+    if (hash == std::string::npos || line[hash] != '#') {
+        return std::nullopt;
+    }
+    const size_t word = line.find_first_not_of(" \t", hash + 1);
+    if (word == std::string::npos || line.compare(word, 7, "include") != 0) {
+        return std::nullopt;
+    }
+    const size_t begin = line.find_first_of("\"<", word);
+    const size_t end = line.find_first_of("\">", begin + 1);
+    if (begin == std::string::npos || end == std::string::npos) {
+        return "names no file plainly";
+    }
+    const std::string target = line.substr(begin + 1, end - begin - 1);
+    if (line[begin] == '<') {
+        return exists(target) ? std::optional<std::string>("takes a file of ours for the system's")
+                              : std::nullopt;
+    }
+    if (!exists(target) || fs::path(target).lexically_normal() != target) {
+        return "is not written from the root";
+    }
+    if (ARROWS.count(top_folder(file)) == 0) {
+        return "stands in a folder without arrows";
+    }
+    return is_allowed(top_folder(file), target)
+               ? std::nullopt
+               : std::optional<std::string>("goes against the arrows");
+}
+
+const fs::path ROOT = STRUCTURE_SOURCE_ROOT;
+
+bool exists_in_tree(const std::string &path)
+{
+    return fs::is_regular_file(ROOT / path);
+}
+
+bool is_source(const fs::path &path)
+{
+    static const std::set<std::string> endings = {".c", ".cc", ".cpp", ".h", ".hh", ".hpp"};
+    return endings.count(path.extension().string()) != 0;
+}
+
+// Build folders hold sources that are not ours.
+bool is_walked(const fs::path &folder)
+{
+    const std::string name = folder.filename().string();
+    return fs::is_directory(folder) && name[0] != '.' && name != "build" &&
+           !fs::exists(folder / "CMakeCache.txt");
+}
+
+// All source files of the tree, by their paths from the root.
+std::vector<std::string> source_files()
+{
+    std::vector<std::string> files;
+    for (const fs::directory_entry &folder : fs::directory_iterator(ROOT)) {
+        if (!is_walked(folder.path())) {
+            continue;
+        }
+        for (const fs::directory_entry &entry : fs::recursive_directory_iterator(folder.path())) {
+            if (entry.is_regular_file() && is_source(entry.path())) {
+                files.push_back(entry.path().lexically_relative(ROOT).generic_string());
+            }
+        }
+    }
+    return files;
+}
+
+struct Example {
+    const char *file;
+    const char *line;
+    const char *complaint; // null where there is none
+};
+
+class IncludeExample : public testing::TestWithParam<Example>
+{
+};
+
+// The tree of the examples.
+bool exists_in_example(const std::string &path)
+{
+    static const std::set<std::string> files = {
+        "link/link.hpp",          "link/stm_com_funcs.h", "download/image_frame.hpp",
+        "app/update_options.hpp", "readout/render.hpp",   "ringbuffer/ring.hpp",
+        "simulator/crc.hpp",      "simulator/flash.hpp",  "tests/platform/dialogue.hpp",
+    };
+    return files.count(fs::path(path).lexically_normal().string()) != 0;
+}
+
+constexpr char ARROW[] = "goes against the arrows";
+constexpr char FROM_ROOT[] = "is not written from the root";
+
+} // namespace
+
+TEST(IncludeArrows, all_sources_keep_to_them)
+{
+    for (const std::string &file : source_files()) {
+        std::ifstream source(ROOT / file);
+        std::string line;
+        for (int number = 1; std::getline(source, line); ++number) {
+            const std::optional<std::string> found = complaint(file, line, exists_in_tree);
+            EXPECT_FALSE(found.has_value())
+                << file << ":" << number << ": " << line << " " << *found;
+        }
+    }
+}
+
+TEST(IncludeArrows, the_walk_reaches_every_folder_of_the_product)
+{
+    const std::vector<std::string> files = source_files();
+    for (const char *file : {"link/link.cpp", "link/stm_com_funcs.h", "download/download.cpp",
+                             "app/update.cpp", "tests/platform/dialogue.hpp"}) {
+        EXPECT_NE(std::find(files.begin(), files.end(), file), files.end()) << file;
+    }
+}
+
+TEST(IncludeArrows, every_folder_with_sources_has_its_arrows)
+{
+    for (const std::string &file : source_files()) {
+        EXPECT_EQ(ARROWS.count(top_folder(file)), 1U) << file;
+    }
+}
+
+TEST_P(IncludeExample, is_judged)
+{
+    const std::optional<std::string> found =
+        complaint(GetParam().file, GetParam().line, exists_in_example);
+    EXPECT_EQ(found.value_or("none"),
+              GetParam().complaint == nullptr ? "none" : GetParam().complaint);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Good, IncludeExample,
+    testing::Values(
+        Example{"link/crc16.cpp", "#include \"link/stm_com_funcs.h\"", nullptr},
+        Example{"link/link.cpp", "#include <fcntl.h>", nullptr},
+        Example{"link/link.cpp", "#define INCLUDED \"app/update_options.hpp\"", nullptr},
+        Example{"link/link.cpp", "// #include \"app/update_options.hpp\"", nullptr},
+        Example{"link/link.cpp", "", nullptr}, Example{"link/link.cpp", "#", nullptr},
+        Example{"download/download.cpp", "#include \"link/link.hpp\"", nullptr},
+        Example{"download/download.cpp", "#include \"download/image_frame.hpp\"", nullptr},
+        Example{"acquisition/queries.cpp", "#include \"link/link.hpp\"", nullptr},
+        Example{"readout/render.cpp", "#include \"link/link.hpp\"", nullptr},
+        Example{"ringbuffer/reader.cpp", "#include \"readout/render.hpp\"", nullptr},
+        Example{"ringbuffer/ring.cpp", "#include \"link/link.hpp\"", nullptr},
+        Example{"app/update.cpp", "#include \"link/stm_com_funcs.h\"", nullptr},
+        Example{"app/update.cpp", "#include \"app/update_options.hpp\"", nullptr},
+        Example{"stmctl/main.cpp", "#include \"link/stm_com_funcs.h\"", nullptr},
+        Example{"examples/version.c", "#include \"link/stm_com_funcs.h\"", nullptr},
+        Example{"simulator/preload/session.cpp", "#include \"simulator/flash.hpp\"", nullptr},
+        Example{"tests/link/link_test.cpp", "#include \"link/link.hpp\"", nullptr},
+        Example{"tests/link/link_test.cpp", "#include \"tests/platform/dialogue.hpp\"", nullptr},
+        Example{"fuzz/reply.cpp", "#include \"simulator/flash.hpp\"", nullptr},
+        Example{"bench/crc16.cpp", "#include \"link/link.hpp\"", nullptr}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Bad, IncludeExample,
+    testing::Values(
+        Example{"link/link.cpp", "#include \"download/image_frame.hpp\"", ARROW},
+        Example{"link/link.cpp", "#include \"simulator/crc.hpp\"", ARROW},
+        Example{"link/link.cpp", "  #  include   \"app/update_options.hpp\"", ARROW},
+        Example{"download/download.cpp", "#include \"readout/render.hpp\"", ARROW},
+        Example{"download/download.cpp", "#include \"app/update_options.hpp\"", ARROW},
+        Example{"acquisition/queries.cpp", "#include \"download/image_frame.hpp\"", ARROW},
+        Example{"readout/render.cpp", "#include \"ringbuffer/ring.hpp\"", ARROW},
+        Example{"ringbuffer/ring.cpp", "#include \"download/image_frame.hpp\"", ARROW},
+        Example{"app/update.cpp", "#include \"link/link.hpp\"", ARROW},
+        Example{"app/update.cpp", "#include \"download/image_frame.hpp\"", ARROW},
+        Example{"stmctl/main.cpp", "#include \"link/link.hpp\"", ARROW},
+        Example{"stmctl/main.cpp", "#include \"app/update_options.hpp\"", ARROW},
+        Example{"examples/version.c", "#include \"link/link.hpp\"", ARROW},
+        Example{"simulator/coprocessor.cpp", "#include \"link/stm_com_funcs.h\"", ARROW},
+        Example{"simulator/coprocessor.cpp", "#include \"tests/platform/dialogue.hpp\"", ARROW},
+        Example{"download/download.cpp", "#include \"image_frame.hpp\"", FROM_ROOT},
+        Example{"download/download.cpp", "#include \"../link/link.hpp\"", FROM_ROOT},
+        Example{"download/download.cpp", "#include \"./link/link.hpp\"", FROM_ROOT},
+        Example{"download/download.cpp", "#include \"link/../link/link.hpp\"", FROM_ROOT},
+        Example{"link/link.cpp", "#include \"fcntl.h\"", FROM_ROOT},
+        Example{"app/update.cpp", "#include <link/link.hpp>",
+                "takes a file of ours for the system's"},
+        Example{"link/link.cpp", "#include LINK_HEADER", "names no file plainly"},
+        Example{"gadgets/box.cpp", "#include \"link/link.hpp\"",
+                "stands in a folder without arrows"}));
