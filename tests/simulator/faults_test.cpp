@@ -1,0 +1,106 @@
+// Faults in words.
+#include "simulator/faults.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace simulator
+{
+
+namespace
+{
+
+void expect_fault(const char *words, FaultKind kind, int place, int value)
+{
+    std::string reason;
+    const std::optional<Fault> fault = parse_fault(words, reason);
+    ASSERT_TRUE(fault) << words << ": " << reason;
+    EXPECT_EQ(fault->kind, kind) << words;
+    EXPECT_EQ(fault->place, place) << words;
+    EXPECT_EQ(fault->value, value) << words;
+}
+
+TEST(Faults, read_like_their_kind_place_and_value)
+{
+    expect_fault("bus-inactive", FaultKind::bus_inactive, ALWAYS, 0);
+    expect_fault("bus-inactive@mode", FaultKind::bus_inactive, STEP_MODE, 0);
+    expect_fault("silence", FaultKind::silence, ALWAYS, 0);
+    expect_fault("silence@header", FaultKind::silence, STEP_HEADER, 0);
+    expect_fault("checksum-error@0", FaultKind::checksum_error, STEP_FIRST_BLOCK, 0);
+    expect_fault("address-error@495", FaultKind::address_error, STEP_FIRST_BLOCK + 495, 0);
+    expect_fault("status@mode=0xF7", FaultKind::status, STEP_MODE, 0xF7);
+    expect_fault("status@mode=255", FaultKind::status, STEP_MODE, 255);
+    expect_fault("status@mode=0", FaultKind::status, STEP_MODE, 0);
+    expect_fault("late=20", FaultKind::late, ALWAYS, 20);
+    expect_fault("late@7=1501", FaultKind::late, STEP_FIRST_BLOCK + 7, 1501);
+    expect_fault("exchange@1", FaultKind::exchange, 1, EIO);
+    expect_fault("exchange@99=ESHUTDOWN", FaultKind::exchange, 99, ESHUTDOWN);
+    expect_fault("exchange@99=110", FaultKind::exchange, 99, 110);
+    expect_fault("no-device", FaultKind::no_device, ALWAYS, ENOENT);
+    expect_fault("no-device=EACCES", FaultKind::no_device, ALWAYS, EACCES);
+    expect_fault("speed-refused", FaultKind::speed_refused, ALWAYS, EINVAL);
+    expect_fault("speed-refused=1", FaultKind::speed_refused, ALWAYS, 1);
+}
+
+TEST(Faults, that_make_no_sense_are_refused_with_a_reason)
+{
+    for (const char *words : {"",
+                              "fire",
+                              "Silence",
+                              "silence@",
+                              "silence@tail",
+                              "silence@-1",
+                              "silence=3",
+                              "silence@1=",
+                              "checksum-error",
+                              "checksum-error@",
+                              "checksum-error@1x",
+                              "status@mode",
+                              "status@mode=256",
+                              "status@mode=-1",
+                              "status=5",
+                              "late",
+                              "late@header",
+                              "late=0",
+                              "late=x",
+                              "late=0x",
+                              "exchange",
+                              "exchange@0",
+                              "exchange@mode",
+                              "exchange@1=EFOO",
+                              "exchange@1=0",
+                              "exchange@1=134",
+                              "exchange@99999999999",
+                              "no-device@1",
+                              "no-device=ENONSENSE"}) {
+        std::string reason;
+        const std::optional<Fault> fault = parse_fault(words, reason);
+        EXPECT_FALSE(fault.has_value()) << words;
+        EXPECT_FALSE(reason.empty()) << words;
+    }
+}
+
+TEST(Faults, are_found_at_their_very_place)
+{
+    const Faults faults = {{FaultKind::late, STEP_HEADER, 1}, {FaultKind::late, ALWAYS, 2}};
+    EXPECT_EQ(find_fault(faults, FaultKind::late, STEP_HEADER)->value, 1);
+    EXPECT_EQ(find_fault(faults, FaultKind::late, ALWAYS)->value, 2);
+    EXPECT_EQ(find_fault(faults, FaultKind::late, STEP_MODE), nullptr);
+    EXPECT_EQ(find_fault(faults, FaultKind::silence, ALWAYS), nullptr);
+    EXPECT_EQ(find_fault({}, FaultKind::late, ALWAYS), nullptr);
+}
+
+TEST(Faults, are_all_described)
+{
+    const std::string description = describe_faults();
+    for (const char *form : {"bus-inactive[@STEP]", "silence[@STEP]", "checksum-error@STEP",
+                             "address-error@STEP", "status@STEP=BYTE", "late[@STEP]=POLLS",
+                             "exchange@N[=ERRNO]", "no-device[=ERRNO]", "speed-refused[=ERRNO]"}) {
+        EXPECT_NE(description.find(form), std::string::npos) << form;
+    }
+}
+
+} // namespace
+
+} // namespace simulator

@@ -1,0 +1,143 @@
+// The driver before the co-processor, asked without a program in between.
+#include "simulator/spi_device.hpp"
+#include "tests/simulator/virtual_wire.hpp"
+
+#include <sys/ioctl.h>
+
+#include <cerrno>
+
+namespace simulator
+{
+
+namespace
+{
+
+using std::chrono::nanoseconds;
+
+class SpiDeviceTest : public VirtualWire
+{
+  protected:
+    SpiDevice device_with(const Faults &faults)
+    {
+        return {*coprocessor, faults, clock,
+                [this](const Exchange &exchange) { seen.push_back(exchange.number); }};
+    }
+
+    static spi_ioc_transfer transfer(const Bytes &sent, Bytes &received)
+    {
+        spi_ioc_transfer descriptor = {};
+        descriptor.tx_buf = reinterpret_cast<uintptr_t>(sent.data());
+        descriptor.rx_buf = reinterpret_cast<uintptr_t>(received.data());
+        descriptor.len = static_cast<uint32_t>(sent.size());
+        return descriptor;
+    }
+
+    static int exchange(SpiDevice &device, const Bytes &sent, Bytes &received)
+    {
+        spi_ioc_transfer descriptor = transfer(sent, received);
+        return device.ioctl(SPI_IOC_MESSAGE(1), &descriptor);
+    }
+
+    static int set_speed(SpiDevice &device, uint32_t speed_hz)
+    {
+        return device.ioctl(SPI_IOC_WR_MAX_SPEED_HZ, &speed_hz);
+    }
+
+    VirtualClock clock;
+    std::vector<int> seen;
+};
+
+TEST_F(SpiDeviceTest, numbers_every_exchange_also_those_that_it_refuses)
+{
+    SpiDevice device = device_with({});
+    Bytes received(5000);
+    EXPECT_EQ(exchange(device, {0x91}, received), 1);
+    EXPECT_EQ(exchange(device, Bytes(4097), received), -EMSGSIZE);
+    EXPECT_EQ(exchange(device, {}, received), 0);
+    EXPECT_EQ(exchange(device, {0x44}, received), 1);
+    EXPECT_EQ(received[0], 5);
+    EXPECT_EQ(seen, (std::vector<int>{1, 2, 3, 4}));
+}
+
+TEST_F(SpiDeviceTest, fails_the_exchange_of_a_fault_and_no_other)
+{
+    SpiDevice device = device_with({{FaultKind::exchange, 2, ETIMEDOUT}});
+    Bytes received(1, 0x77);
+    EXPECT_EQ(exchange(device, {0x91}, received), 1);
+    received[0] = 0x77;
+    EXPECT_EQ(exchange(device, {0x44}, received), -ETIMEDOUT);
+    EXPECT_EQ(received[0], 0x77);
+    EXPECT_EQ(exchange(device, {0x44}, received), 1);
+    EXPECT_EQ(received[0], 5); // the failed exchange never reached the co-processor
+}
+
+TEST_F(SpiDeviceTest, cannot_be_opened_when_it_is_not_there)
+{
+    EXPECT_EQ(device_with({}).open(), 0);
+    EXPECT_EQ(device_with({{FaultKind::no_device, ALWAYS, EACCES}}).open(), -EACCES);
+}
+
+TEST_F(SpiDeviceTest, refuses_its_clock_by_fault_and_keeps_its_own)
+{
+    SpiDevice device = device_with({{FaultKind::speed_refused, ALWAYS, EINVAL}});
+    EXPECT_EQ(set_speed(device, 6'000'000), -EINVAL);
+    uint32_t speed_hz = 0;
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz), 0);
+    EXPECT_EQ(speed_hz, 1'000'000U);
+}
+
+TEST_F(SpiDeviceTest, takes_the_time_that_its_clock_needs)
+{
+    SpiDevice device = device_with({});
+    Bytes received(4096);
+    exchange(device, Bytes(1000), received);
+    EXPECT_EQ(clock.elapsed(), nanoseconds(8'000'000));
+    set_speed(device, 6'000'000);
+    exchange(device, Bytes(3), received);
+    EXPECT_EQ(clock.elapsed(), nanoseconds(8'004'000));
+    set_speed(device, 99'000'000); // more than the controller has
+    exchange(device, Bytes(1000), received);
+    EXPECT_EQ(clock.elapsed(), nanoseconds(8'804'000));
+}
+
+TEST_F(SpiDeviceTest, lets_no_time_pass_for_what_never_reaches_the_wire)
+{
+    SpiDevice device = device_with({{FaultKind::exchange, 3, EIO}});
+    Bytes received(5000);
+    exchange(device, Bytes(4097), received);
+    exchange(device, {}, received);
+    exchange(device, {1}, received);
+    EXPECT_EQ(clock.elapsed(), nanoseconds(0));
+}
+
+TEST_F(SpiDeviceTest, keeps_mode_and_gives_it_back)
+{
+    SpiDevice device = device_with({});
+    uint8_t mode = 3;
+    EXPECT_EQ(device.ioctl(SPI_IOC_WR_MODE, &mode), 0);
+    uint32_t wide = 0;
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_MODE32, &wide), 0);
+    EXPECT_EQ(wide, 3U);
+    wide = 0x101;
+    EXPECT_EQ(device.ioctl(SPI_IOC_WR_MODE32, &wide), 0);
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_MODE, &mode), 0);
+    EXPECT_EQ(mode, 1);
+    uint8_t bits = 0;
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_BITS_PER_WORD, &bits), 0);
+    EXPECT_EQ(bits, 8);
+}
+
+TEST_F(SpiDeviceTest, knows_a_message_by_its_request)
+{
+    EXPECT_EQ(transfers_of(SPI_IOC_MESSAGE(0)), 0);
+    EXPECT_EQ(transfers_of(SPI_IOC_MESSAGE(1)), 1);
+    EXPECT_EQ(transfers_of(SPI_IOC_MESSAGE(511)), 511);
+    EXPECT_EQ(transfers_of(SPI_IOC_WR_MAX_SPEED_HZ), -1);
+    EXPECT_EQ(transfers_of(_IOW(SPI_IOC_MAGIC, 0, char[33])), -1);
+    EXPECT_EQ(transfers_of(_IOR(SPI_IOC_MAGIC, 0, char[32])), -1);
+    EXPECT_EQ(transfers_of(0x5401), -1);
+}
+
+} // namespace
+
+} // namespace simulator
