@@ -1,0 +1,234 @@
+// A user's session.
+#include "tests/tool/session.hpp"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <sstream>
+#include <thread>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+const std::string EMULATOR = TOOL_EMULATOR; // empty for programs of this machine
+
+Words plus(Words words, const Words &more)
+{
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
+
+Words split(const std::string &text)
+{
+    std::istringstream words(text);
+    return {std::istream_iterator<std::string>(words), std::istream_iterator<std::string>()};
+}
+
+void redirect(int fd, const std::string &file)
+{
+    dup2(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666), fd);
+}
+
+// "66*3 aa" in bytes.
+Bytes parse_bytes(std::istringstream &words, std::string &stop)
+{
+    Bytes bytes;
+    while (words >> stop && stop != "<" && stop != "!" && stop != ";") {
+        const size_t star = stop.find('*');
+        const size_t count = star == std::string::npos ? 1 : std::stoul(stop.substr(star + 1));
+        bytes.insert(bytes.end(), count, static_cast<uint8_t>(std::stoul(stop, nullptr, 16)));
+        stop.clear();
+    }
+    return bytes;
+}
+
+Line parse_line(const std::string &text)
+{
+    std::istringstream words(text);
+    Line line;
+    std::string seconds;
+    std::string stop;
+    words >> line.number >> seconds >> line.length >> stop;
+    seconds.erase(seconds.find('.'), 1);
+    line.microseconds = std::stoll(seconds);
+    line.sent = parse_bytes(words, stop);
+    if (stop == "!") {
+        words >> line.error >> stop;
+    } else {
+        line.received = parse_bytes(words, stop);
+    }
+    std::getline(words >> std::ws, line.note);
+    return line;
+}
+
+} // namespace
+
+std::string update_program()
+{
+    return TOOL_UPDATE;
+}
+
+std::string probe_program(const std::string &name)
+{
+    return std::string(TOOL_PROBES) + "/" + name;
+}
+
+Words virtual_board(const Words &options)
+{
+    Words words = {TOOL_VIRTUAL_BOARD};
+    if (!EMULATOR.empty()) {
+        words = plus(words, {"--emulator", EMULATOR, "--preload", TOOL_PRELOAD});
+    }
+    return plus(words, options);
+}
+
+Words directly(const Words &environment, const Words &command)
+{
+    Words words = EMULATOR.empty() ? Words{"env"} : split(EMULATOR);
+    for (const std::string &setting : environment) {
+        words = plus(words, EMULATOR.empty() ? Words{setting} : Words{"-E", setting});
+    }
+    return plus(words, command);
+}
+
+Bytes noise(size_t size, uint32_t seed)
+{
+    std::mt19937 generator(seed);
+    Bytes bytes(size);
+    std::ranges::generate(bytes, [&] { return static_cast<uint8_t>(generator()); });
+    return bytes;
+}
+
+std::string joined(const Words &lines)
+{
+    std::string text;
+    for (const std::string &line : lines) {
+        text += line + '\n';
+    }
+    return text;
+}
+
+Session::Session()
+{
+    std::string name = fs::temp_directory_path() / "session-XXXXXX";
+    folder_ = mkdtemp(name.data());
+}
+
+Session::~Session()
+{
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+}
+
+pid_t Session::start(const Words &words)
+{
+    std::vector<char *> arguments;
+    for (const std::string &word : words) {
+        arguments.push_back(const_cast<char *>(word.c_str()));
+    }
+    arguments.push_back(nullptr);
+    const std::string output = path(".output");
+    const std::string errors = path(".errors");
+    const std::string here = folder_;
+    const pid_t pid = fork();
+    if (pid == 0) {
+        redirect(STDOUT_FILENO, output);
+        redirect(STDERR_FILENO, errors);
+        if (chdir(here.c_str()) == 0) {
+            execvp(arguments[0], arguments.data());
+        }
+        _exit(127);
+    }
+    return pid;
+}
+
+Result Session::finish(pid_t pid)
+{
+    int status = 0;
+    waitpid(pid, &status, 0);
+    Result result;
+    result.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    result.output = read_text(".output");
+    result.errors = read_text(".errors");
+    return result;
+}
+
+Result Session::run(const Words &words)
+{
+    return finish(start(words));
+}
+
+Words Session::on_board_in_real_time(const Words &options, const Words &command)
+{
+    const Words board =
+        virtual_board({"--board", path("board"), "--transcript", path(".transcript")});
+    return plus(plus(board, options), command);
+}
+
+Words Session::on_board(const Words &options, const Words &command)
+{
+    return on_board_in_real_time(plus({"--count-time"}, options), command);
+}
+
+Result Session::update_with(const Words &options, const Words &arguments)
+{
+    return run(on_board(options, plus({update_program()}, arguments)));
+}
+
+void Session::write_file(const std::string &name, const Bytes &content) const
+{
+    std::ofstream file(path(name), std::ios::binary);
+    file.write(reinterpret_cast<const char *>(content.data()),
+               static_cast<std::streamsize>(content.size()));
+}
+
+std::string Session::read_text(const std::string &name) const
+{
+    std::ifstream file(path(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+Bytes Session::read_file(const std::string &name) const
+{
+    const std::string text = read_text(name);
+    return {text.begin(), text.end()};
+}
+
+Bytes Session::flash(size_t offset, size_t size) const
+{
+    const Bytes whole = read_file("board/flash.bin");
+    const auto begin = whole.begin() + static_cast<std::ptrdiff_t>(offset);
+    return {begin, begin + static_cast<std::ptrdiff_t>(size)};
+}
+
+std::vector<Line> Session::transcript() const
+{
+    std::vector<Line> lines;
+    std::istringstream text(read_text(".transcript"));
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(parse_line(line));
+    }
+    return lines;
+}
+
+void Session::wait_for_lines(size_t count) const
+{
+    const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (std::chrono::steady_clock::now() < give_up) {
+        const std::string text = read_text(".transcript");
+        if (static_cast<size_t>(std::ranges::count(text, '\n')) >= count) {
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    FAIL() << "the transcript stays shorter than " << count << " lines";
+}

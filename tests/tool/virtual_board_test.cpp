@@ -1,0 +1,248 @@
+// virtual-board as a user meets it: its options and refusals, boards that last and boards that do
+// not, and the programs that it runs.
+#include "tests/tool/session.hpp"
+
+#include <csignal>
+
+namespace
+{
+
+class VirtualBoard : public Session
+{
+  protected:
+    // The shell of this machine, which may stand for any native command.
+    static Words shell(const Words &options, const std::string &script)
+    {
+        Words words = {TOOL_VIRTUAL_BOARD};
+        words.insert(words.end(), options.begin(), options.end());
+        words.insert(words.end(), {"sh", "-c", script});
+        return words;
+    }
+
+    void expect_refused(const Words &options, const std::string &reason)
+    {
+        Words words = {TOOL_VIRTUAL_BOARD};
+        words.insert(words.end(), options.begin(), options.end());
+        const Result result = run(words);
+        EXPECT_EQ(result.status, 125);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors, "virtual-board: " + reason + "\n");
+    }
+};
+
+TEST_F(VirtualBoard, explains_itself)
+{
+    const Result result = run({TOOL_VIRTUAL_BOARD, "--help"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(result.output.starts_with("Usage: virtual-board [OPTIONS] COMMAND [ARGUMENTS]\n"));
+    for (const char *word : {"--board DIR", "--through", "Faults", "exchange@N", "Examples:"}) {
+        EXPECT_NE(result.output.find(word), std::string::npos) << word;
+    }
+}
+
+TEST_F(VirtualBoard, refuses_what_it_does_not_understand)
+{
+    expect_refused({}, "no command to run; --help explains");
+    expect_refused({"--"}, "no command to run; --help explains");
+    expect_refused({"--bord", "x", "true"}, "unknown option '--bord'");
+    expect_refused({"-x"}, "unknown option '-x'");
+    expect_refused({"--board"}, "--board needs its DIR");
+    expect_refused({"--board", "", "true"}, "--board cannot be ''");
+    expect_refused({"--transcript=", "true"}, "--transcript cannot be ''");
+    expect_refused({"--preload", "", "true"}, "--preload cannot be ''");
+    expect_refused({"--count-time=yes", "true"}, "--count-time takes no argument");
+    expect_refused({"--mode", "asleep", "true"}, "--mode cannot be 'asleep'");
+    expect_refused({"--version", "256", "true"}, "--version cannot be '256'");
+    expect_refused({"--version", "-1", "true"}, "--version cannot be '-1'");
+    expect_refused({"--busy", "some", "true"}, "--busy cannot be 'some'");
+    expect_refused({"--busy", "-1", "true"}, "--busy cannot be '-1'");
+    expect_refused({"--fault", "fire", "true"}, "unknown fault 'fire'");
+    expect_refused({"--fault", "late@header", "true"},
+                   "fault 'late@header' does not read like late[@STEP]=POLLS");
+    expect_refused({"--through", "--board", "b", "true"},
+                   "--through leaves the device real: it has no --board");
+    expect_refused({"--emulator", "qemu", "true"},
+                   "--emulator needs --preload, a library of the command's architecture");
+    expect_refused({"--preload", "no.so", "true"}, "--preload cannot be 'no.so'");
+    expect_refused({"--transcript", "no/where", "true"},
+                   path("no/where") + ": No such file or directory");
+}
+
+TEST_F(VirtualBoard, hands_the_exit_status_of_its_command_on)
+{
+    for (const Words &options : {Words{}, Words{"--board", path("b")}}) {
+        EXPECT_EQ(run(shell(options, "exit 0")).status, 0);
+        EXPECT_EQ(run(shell(options, "exit 7")).status, 7);
+        EXPECT_EQ(run(shell(options, "kill -9 $$")).status, 128 + 9);
+    }
+}
+
+TEST_F(VirtualBoard, says_when_there_is_no_such_command_or_it_cannot_be_run)
+{
+    Result result = run({TOOL_VIRTUAL_BOARD, "no-such-command"});
+    EXPECT_EQ(result.status, 127);
+    EXPECT_EQ(result.errors, "virtual-board: no-such-command: No such file or directory\n");
+    write_file("plain", Bytes(3, 'x'));
+    result = run({TOOL_VIRTUAL_BOARD, "./plain"});
+    EXPECT_EQ(result.status, 126);
+    EXPECT_EQ(result.errors, "virtual-board: ./plain: Permission denied\n");
+}
+
+TEST_F(VirtualBoard, refuses_programs_that_no_library_can_be_loaded_into)
+{
+    const std::string program = probe_program("static_program");
+    Words words = virtual_board({program});
+    const Result result = run(words);
+    EXPECT_EQ(result.status, 125);
+    EXPECT_EQ(result.errors,
+              "virtual-board: " + program + ": statically linked, its device cannot be replaced\n");
+}
+
+TEST_F(VirtualBoard, leaves_arguments_behind_the_command_alone)
+{
+    EXPECT_EQ(run({TOOL_VIRTUAL_BOARD, "--", "echo", "--board", "-x"}).output, "--board -x\n");
+}
+
+TEST_F(VirtualBoard, takes_an_argument_behind_an_equals_sign)
+{
+    EXPECT_EQ(run({TOOL_VIRTUAL_BOARD, "--board=here", "true"}).status, 0);
+    EXPECT_EQ(read_text("here/mode"), "application\n");
+}
+
+TEST_F(VirtualBoard, without_a_folder_lasts_as_long_as_its_command)
+{
+    const Result result = run(shell({"--version", "9"}, "echo $VIRTUAL_BOARD_DIRECTORY; "
+                                                        "cat $VIRTUAL_BOARD_DIRECTORY/version"));
+    const std::string folder = result.output.substr(0, result.output.find('\n'));
+    EXPECT_EQ(result.output, folder + "\n9\n");
+    EXPECT_FALSE(std::filesystem::exists(folder));
+    EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(folder).parent_path()));
+}
+
+TEST_F(VirtualBoard, without_a_folder_hands_signals_on_and_cleans_up)
+{
+    const pid_t pid = start(shell({}, "trap 'echo caught; exit 5' TERM; "
+                                      "echo $VIRTUAL_BOARD_DIRECTORY; touch up; "
+                                      "while :; do sleep 0.01; done"));
+    while (!std::filesystem::exists(path("up"))) {
+        usleep(1000);
+    }
+    kill(pid, SIGTERM);
+    const Result result = finish(pid);
+    EXPECT_EQ(result.status, 5);
+    const std::string folder = result.output.substr(0, result.output.find('\n'));
+    EXPECT_EQ(result.output, folder + "\ncaught\n");
+    EXPECT_FALSE(std::filesystem::exists(folder));
+}
+
+TEST_F(VirtualBoard, in_a_folder_is_the_same_board_for_one_command_after_another)
+{
+    EXPECT_EQ(update_with({"--version", "77"}, {"-start"}).status, 0);
+    EXPECT_EQ(read_text("board/mode"), "boot loader\n");
+    EXPECT_EQ(read_text("board/version"), "77\n");
+    EXPECT_EQ(read_file("board/flash.bin"), Bytes(524288, 0xFF));
+    EXPECT_EQ(update({"-ver"}).output, "Booter Version 1.77\n");
+    EXPECT_EQ(update({"-state"}).output, "1\n");
+    write_file("board/mode", {'u', 'n', 'k', 'n', 'o', 'w', 'n'});
+    EXPECT_EQ(update({"-state"}).output, "0\n");
+}
+
+TEST_F(VirtualBoard, says_what_is_wrong_with_a_folder_that_is_no_board)
+{
+    update({"-ver"});
+    write_file("board/mode", {'x'});
+    expect_refused({"--board", "board", "true"},
+                   path("board/mode: neither application nor boot loader nor unknown"));
+    write_file("board/mode", {'u', 'n', 'k', 'n', 'o', 'w', 'n'});
+    write_file("board/version", {'9', '9', '9'});
+    expect_refused({"--board", "board", "true"}, path("board/version: not a number from 0 to 255"));
+    write_file("board/version", {'9'});
+    write_file("board/flash.bin", Bytes(100, 0));
+    expect_refused({"--board", "board", "true"}, path("board/flash.bin: a flash has 524288 bytes"));
+    write_file("file", {});
+    expect_refused({"--board", "file", "true"}, path("file/flash.bin: Not a directory"));
+    expect_refused({"--board", "no/where", "true"}, path("no/where: No such file or directory"));
+}
+
+TEST_F(VirtualBoard, lets_no_transcript_of_an_earlier_command_stay)
+{
+    update({"-ver"});
+    EXPECT_EQ(transcript().size(), 3U);
+    update({"-start"});
+    EXPECT_EQ(transcript().size(), 2U);
+}
+
+TEST_F(VirtualBoard, writes_the_dialogue_line_by_line)
+{
+    update({"-state"});
+    EXPECT_EQ(read_text(".transcript"),
+              "    1     0.005461  4096 > 66*4096 < 00*4096 ; synchronised\n"
+              "    2     0.005471     8 > 23 00*6 aa < 00*8 ; mode asked for\n"
+              "    3     0.105473     1 > 44 < 02 ; answer\n");
+    update_with({"--fault", "exchange@2=ESHUTDOWN"}, {"-reset"});
+    EXPECT_EQ(read_text(".transcript"),
+              "    1     0.005461  4096 > 66*4096 < 00*4096 ; synchronised\n"
+              "    2     0.005461     1 > ! ESHUTDOWN\n");
+}
+
+TEST_F(VirtualBoard, writes_the_dialogue_to_standard_error_on_request)
+{
+    const Result result =
+        run(virtual_board({"--count-time", "--transcript", "-", update_program(), "-reset"}));
+    EXPECT_EQ(result.errors, "    1     0.005461  4096 > 66*4096 < 00*4096 ; synchronised\n"
+                             "    2     0.005462     1 > 83 < 00 ; application started\n");
+}
+
+TEST_F(VirtualBoard, runs_several_programs_on_one_fresh_board)
+{
+    if (std::string(TOOL_EMULATOR).empty()) {
+        const std::string update = update_program();
+        EXPECT_EQ(run(shell({}, update + " -start; " + update + " -state")).output, "1\n");
+    } else {
+        GTEST_SKIP() << "the shell is not of the programs' architecture";
+    }
+}
+
+TEST_F(VirtualBoard, runs_programs_that_are_instrumented_and_those_that_are_fortified)
+{
+    const Words device = {"/dev/spidev1.0", "2"};
+    for (const char *name : {"fortified", "fortified64", "instrumented"}) {
+        if (!std::filesystem::exists(probe_program(name))) {
+            continue; // there is no sanitizer for programs of this architecture
+        }
+        const Result result = run(on_board({}, {probe_program(name), device[0], device[1]}));
+        EXPECT_EQ(result.output, "open open\n") << name;
+        EXPECT_EQ(result.errors, "") << name;
+    }
+}
+
+TEST_F(VirtualBoard, listens_to_a_real_device_without_touching_it)
+{
+    const std::string fake = probe_program("libfake_driver.so");
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "an emulator loads one library only";
+    }
+    Result result = run(
+        {"env", "LD_PRELOAD=" + fake, TOOL_VIRTUAL_BOARD, "--through", update_program(), "-state"});
+    EXPECT_EQ(result.output, "69\n"); // 0x44 and one
+    EXPECT_NE(result.errors.find(" 4096 > 66*4096 < 67*4096\n"), std::string::npos);
+    EXPECT_NE(result.errors.find("     8 > 23 00*6 aa < 24 01*6 ab\n"), std::string::npos);
+    EXPECT_NE(result.errors.find("     1 > 44 < 45\n"), std::string::npos);
+    result = run({"env", "LD_PRELOAD=" + fake, TOOL_VIRTUAL_BOARD, "--through", "--transcript",
+                  path(".transcript"), update_program(), "-reset"});
+    EXPECT_EQ(result.errors, "SPI command: Connection timed out\n");
+    ASSERT_EQ(transcript().size(), 2U);
+    EXPECT_EQ(transcript()[1].error, "ETIMEDOUT");
+    EXPECT_EQ(transcript()[1].sent, Bytes{0x83});
+}
+
+TEST_F(VirtualBoard, passes_a_missing_real_device_on)
+{
+    Words words = virtual_board({"--through", update_program(), "-ver"});
+    const Result result = run(words);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors,
+              "Error: stm_com_func: Can't open device \n: No such file or directory\n");
+}
+
+} // namespace
