@@ -18,18 +18,9 @@ static const struct {
     int32_t (*file_size)(FILE *stream);
     void (*download_image)(FILE *file, uint32_t address, StmPollFn poll, StmOutputFn output);
 } stm = {
-    stm_open,
-    stm_sync_transfer,
-    stm_close,
-    stm_start_bootloader,
-    stm_reset,
-    stm_query_byte,
-    stm_print_booter_version,
-    stm_print_state,
-    stm_wait_for_ack,
-    stm_crc16,
-    stm_file_size,
-    stm_download_image,
+    stm_open,       stm_sync_transfer,        stm_close,       stm_start_bootloader, stm_reset,
+    stm_query_byte, stm_print_booter_version, stm_print_state, stm_wait_for_ack,     stm_crc16,
+    stm_file_size,  stm_download_image,
 };
 
 /* The callbacks are of these types. */

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-const std::string EMULATOR = TOOL_EMULATOR; // empty for programs of this machine
+const std::string EMULATOR(TOOL_EMULATOR); // empty for programs of this machine
 
 Words plus(Words words, const Words &more)
 {

@@ -155,8 +155,9 @@ TEST_F(Update, takes_file_names_of_up_to_254_characters)
     ASSERT_EQ(longest.size(), 254U);
     for (const char *option : {"-firmware", "-booter"}) {
         const bool firmware = option == std::string("-firmware");
-        const std::string words = firmware ? "Can not open source file" : "Cannot open sourcefile";
-        expect(update({option, longest}), 1, words + " '" + longest + "'\n");
+        std::string complaint = firmware ? "Can not open source file" : "Cannot open sourcefile";
+        complaint.append(" '").append(longest).append("'\n");
+        expect(update({option, longest}), 1, complaint);
         expect(update({option, longest + "n"}), 1, "",
                "update: the file name has 255 characters, at most 254 are possible\n");
         expect_sent({});
