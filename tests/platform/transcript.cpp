@@ -2,7 +2,6 @@
 #include "tests/platform/transcript.hpp"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace
 {
@@ -12,9 +11,8 @@ constexpr size_t LINES_BEFORE = 5;
 
 std::string hex_byte(uint8_t byte)
 {
-    char text[sizeof("FF")];
-    snprintf(text, sizeof(text), "%02X", byte);
-    return text;
+    constexpr char DIGITS[] = "0123456789ABCDEF";
+    return {DIGITS[byte >> 4], DIGITS[byte & 0x0F]};
 }
 
 size_t run_length(const Bytes &bytes, size_t begin)
@@ -60,7 +58,10 @@ std::string hex(const Bytes &bytes)
     std::string text;
     for (size_t i = 0; i < bytes.size();) {
         const size_t run = run_length(bytes, i);
-        text += (i == 0 ? "" : " ") + hex_byte(bytes[i]);
+        if (i > 0) {
+            text += ' ';
+        }
+        text += hex_byte(bytes[i]);
         if (run >= SHORTEST_RUN) {
             text += "*" + std::to_string(run);
         }

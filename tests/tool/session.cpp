@@ -93,7 +93,7 @@ Words virtual_board(const Words &options)
 
 Words directly(const Words &environment, const Words &command)
 {
-    Words words = EMULATOR.empty() ? Words{"env"} : split(EMULATOR);
+    Words words = EMULATOR.empty() ? Words{"env", ADMIT_INSTRUMENTED} : split(EMULATOR);
     for (const std::string &setting : environment) {
         words = plus(words, EMULATOR.empty() ? Words{setting} : Words{"-E", setting});
     }

@@ -79,6 +79,9 @@ std::string probe_program(const std::string &name);
 Words virtual_board(const Words &options);
 Words directly(const Words &environment, const Words &command); // NAME=VALUE, and no board
 
+// The setting with which instrumented programs bear a library that is loaded before their own.
+inline constexpr char ADMIT_INSTRUMENTED[] = "ASAN_OPTIONS=verify_asan_link_order=0";
+
 // Reproducible noise.
 Bytes noise(size_t size, uint32_t seed);
 

@@ -222,14 +222,14 @@ TEST_F(VirtualBoard, listens_to_a_real_device_without_touching_it)
     if (!std::string(TOOL_EMULATOR).empty()) {
         GTEST_SKIP() << "an emulator loads one library only";
     }
-    Result result = run(
-        {"env", "LD_PRELOAD=" + fake, TOOL_VIRTUAL_BOARD, "--through", update_program(), "-state"});
+    Result result = run({"env", ADMIT_INSTRUMENTED, "LD_PRELOAD=" + fake, TOOL_VIRTUAL_BOARD,
+                         "--through", update_program(), "-state"});
     EXPECT_EQ(result.output, "69\n"); // 0x44 and one
     EXPECT_NE(result.errors.find(" 4096 > 66*4096 < 67*4096\n"), std::string::npos);
     EXPECT_NE(result.errors.find("     8 > 23 00*6 aa < 24 01*6 ab\n"), std::string::npos);
     EXPECT_NE(result.errors.find("     1 > 44 < 45\n"), std::string::npos);
-    result = run({"env", "LD_PRELOAD=" + fake, TOOL_VIRTUAL_BOARD, "--through", "--transcript",
-                  path(".transcript"), update_program(), "-reset"});
+    result = run({"env", ADMIT_INSTRUMENTED, "LD_PRELOAD=" + fake, TOOL_VIRTUAL_BOARD, "--through",
+                  "--transcript", path(".transcript"), update_program(), "-reset"});
     EXPECT_EQ(result.errors, "SPI command: Connection timed out\n");
     ASSERT_EQ(transcript().size(), 2U);
     EXPECT_EQ(transcript()[1].error, "ETIMEDOUT");
