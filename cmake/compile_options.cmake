@@ -2,7 +2,8 @@
 
 option(STM_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
 
-set(STM_WARNINGS -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+# What -Wpsabi tells of ARM compilers before version 7 is of no use here.
+set(STM_WARNINGS -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wno-psabi)
 set(STM_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all)
 
 # Includes are written from the root of the tree.
