@@ -43,35 +43,33 @@ std::string read_line(const std::string &path)
     return line;
 }
 
-// Whole or not at all: whoever is killed here leaves the old file.
+using PutInPlace = int(const char *, const char *) noexcept;
+
+// Whole or not at all: the content is written under a name of its own and then put in place.
+std::string write_file(const std::string &path, const std::string &content, PutInPlace *put)
+{
+    const std::string fresh = path + text(".%d", static_cast<int>(getpid()));
+    errno = 0;
+    std::ofstream stream(fresh, std::ios::binary);
+    stream << content;
+    stream.close();
+    std::string error;
+    if (!stream || (put(fresh.c_str(), path.c_str()) != 0 && errno != EEXIST)) {
+        error = system_error(path);
+    }
+    unlink(fresh.c_str());
+    return error;
+}
+
+// Of several programs that make a file, all get the one that was there first.
+std::string make_file(const std::string &path, const std::string &content)
+{
+    return access(path.c_str(), F_OK) == 0 ? std::string() : write_file(path, content, link);
+}
+
 std::string replace_file(const std::string &path, const std::string &content)
 {
-    const std::string fresh = path + text(".%d", static_cast<int>(getpid()));
-    std::ofstream stream(fresh);
-    stream << content << '\n';
-    stream.close();
-    if (!stream || rename(fresh.c_str(), path.c_str()) != 0) {
-        return system_error(path);
-    }
-    return {};
-}
-
-// Makes a file of erased flash under a name of its own first, so that nobody finds half of one.
-std::string make_flash_file(const std::string &path)
-{
-    const std::string fresh = path + text(".%d", static_cast<int>(getpid()));
-    std::ofstream stream(fresh, std::ios::binary);
-    stream << std::string(FLASH_SIZE, static_cast<char>(FLASH_ERASED));
-    stream.close();
-    if (!stream || rename(fresh.c_str(), path.c_str()) != 0) {
-        return system_error(path);
-    }
-    return {};
-}
-
-bool exists(const std::string &path)
-{
-    return access(path.c_str(), F_OK) == 0;
+    return read_line(path) + '\n' == content ? std::string() : write_file(path, content, rename);
 }
 
 } // namespace
@@ -108,15 +106,17 @@ std::string BoardDirectory::open(const std::string &path)
     if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) {
         return system_error(path);
     }
-    std::string error;
-    if (!exists(file("flash.bin"))) {
-        error = make_flash_file(file("flash.bin"));
+    const BoardIdentity fresh;
+    std::string error =
+        make_file(file("flash.bin"), std::string(FLASH_SIZE, static_cast<char>(FLASH_ERASED)));
+    if (error.empty()) {
+        error = make_file(file("mode"), std::string(mode_name(fresh.mode)) + '\n');
     }
-    if (error.empty() && (!exists(file("mode")) || !exists(file("version")))) {
-        error = save(BoardIdentity());
+    if (error.empty()) {
+        error = make_file(file("version"), std::to_string(fresh.boot_loader_version) + '\n');
     }
-    if (error.empty() && !exists(file("spidev1.0"))) {
-        error = replace_file(file("spidev1.0"), "");
+    if (error.empty()) {
+        error = make_file(stand_in(path), "");
     }
     return error.empty() ? map_flash() : error;
 }
@@ -158,12 +158,14 @@ std::string BoardDirectory::load(BoardIdentity &identity) const
     return {};
 }
 
-std::string BoardDirectory::save(const BoardIdentity &identity) const
+std::string BoardDirectory::save_mode(Mode mode) const
 {
-    const std::string error = replace_file(file("mode"), mode_name(identity.mode));
-    return error.empty()
-               ? replace_file(file("version"), std::to_string(identity.boot_loader_version))
-               : error;
+    return replace_file(file("mode"), std::string(mode_name(mode)) + '\n');
+}
+
+std::string BoardDirectory::save_version(uint8_t version) const
+{
+    return replace_file(file("version"), std::to_string(version) + '\n');
 }
 
 } // namespace simulator

@@ -27,14 +27,16 @@ class BoardDirectory
 
     std::span<uint8_t, FLASH_SIZE> flash() const;
 
-    // The path of a file in the directory.
-    std::string file(const char *name) const { return path_ + '/' + name; }
+    // The file that stands for the device node of a board.
+    static std::string stand_in(const std::string &path) { return path + "/spidev1.0"; }
 
     // Empty, or what is wrong with the files.
     std::string load(BoardIdentity &identity) const;
-    std::string save(const BoardIdentity &identity) const;
+    std::string save_mode(Mode mode) const;
+    std::string save_version(uint8_t version) const;
 
   private:
+    std::string file(const char *name) const { return path_ + '/' + name; }
     std::string map_flash();
 
     std::string path_;

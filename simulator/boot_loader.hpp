@@ -2,7 +2,7 @@
 //
 //     closed --mode command--> header expected --header--> blocks expected --last block--> closed
 //
-// Any frame that does not fit ends the download, as does a new mode command.
+// A frame that does not fit ends the download, and a mode command begins a new one.
 #pragma once
 
 #include "simulator/flash.hpp"

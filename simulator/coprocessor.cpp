@@ -56,6 +56,9 @@ void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> mis
     } else {
         receive(mosi);
     }
+    if (dead_line_) {
+        std::ranges::fill(miso, *dead_line_);
+    }
 }
 
 void Coprocessor::receive(std::span<const uint8_t> mosi)

@@ -62,7 +62,7 @@ class Coprocessor
     BootLoader boot_loader_;
     std::optional<uint8_t> dead_line_; // what a dead board's line reads
     std::optional<uint8_t> status_;    // waits for an acknowledge poll
-    int busy_ = 0;                     // polls that still find the board busy with it
+    int64_t busy_ = 0;                 // polls that still find the board busy with it
     std::optional<uint8_t> answer_;    // waits for a data poll
     std::string note_;
 };

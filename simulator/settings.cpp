@@ -15,7 +15,6 @@ constexpr char DIRECTORY[] = "VIRTUAL_BOARD_DIRECTORY";
 constexpr char TRANSCRIPT[] = "VIRTUAL_BOARD_TRANSCRIPT";
 constexpr char BUSY[] = "VIRTUAL_BOARD_BUSY";
 constexpr char FAULTS[] = "VIRTUAL_BOARD_FAULTS";
-constexpr char COUNT_TIME[] = "VIRTUAL_BOARD_COUNT_TIME";
 constexpr char THROUGH[] = "VIRTUAL_BOARD_THROUGH";
 
 std::string get(const char *name)
@@ -36,7 +35,7 @@ bool set_busy(Settings &settings, const std::string &number)
     int &polls = settings.behaviour.busy_polls;
     const char *end = number.data() + number.size();
     const auto result = std::from_chars(number.data(), end, polls);
-    return result.ec == std::errc() && result.ptr == end && polls >= 0;
+    return result.ec == std::errc() && result.ptr == end && polls >= 0 && polls <= 1'000'000'000;
 }
 
 bool add_fault(Settings &settings, const std::string &words, std::string &reason)
@@ -56,7 +55,7 @@ void put_into_environment(const Settings &settings)
     put(TRANSCRIPT, settings.transcript);
     put(BUSY, std::to_string(settings.behaviour.busy_polls));
     put(FAULTS, settings.fault_words);
-    put(COUNT_TIME, settings.counts_time ? "1" : "");
+    put(COUNT_TIME_VARIABLE, settings.counts_time ? "1" : "");
     put(THROUGH, settings.through ? "1" : "");
 }
 
@@ -64,7 +63,7 @@ bool take_from_environment(Settings &settings)
 {
     settings.directory = get(DIRECTORY);
     settings.transcript = get(TRANSCRIPT);
-    settings.counts_time = !get(COUNT_TIME).empty();
+    settings.counts_time = !get(COUNT_TIME_VARIABLE).empty();
     settings.through = !get(THROUGH).empty();
     if (!set_busy(settings, get(BUSY))) {
         return false;

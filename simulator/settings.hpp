@@ -8,6 +8,9 @@
 namespace simulator
 {
 
+// The one that is looked at without the others.
+inline constexpr char COUNT_TIME_VARIABLE[] = "VIRTUAL_BOARD_COUNT_TIME";
+
 struct Settings {
     std::string directory;  // of the board; absolute
     std::string transcript; // file to append to; empty for none

@@ -1,50 +1,66 @@
 // The kernel's SPI device driver in front of a co-processor.
 #include "simulator/spi_device.hpp"
 
+#include "simulator/user_memory.hpp"
+
 #include <sys/ioctl.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
-#include <cstring>
 #include <utility>
 
 namespace simulator
 {
 
+struct MessageLength {
+    uint64_t total = 0;    // what the call returns
+    uint64_t sent = 0;     // with a buffer to send from, rounded
+    uint64_t received = 0; // with a buffer to receive into, rounded
+};
+
 namespace
 {
 
-void *address(uint64_t user_address)
-{
-    return reinterpret_cast<void *>(static_cast<uintptr_t>(user_address));
-}
+// The driver rounds each transfer up to what its memory is aligned to before it adds them up.
+#ifdef __arm__
+constexpr uint64_t ALIGNMENT = 64;
+#else
+constexpr uint64_t ALIGNMENT = 8;
+#endif
 
-struct MessageLength {
-    uint64_t total = 0;    // what the call returns
-    uint64_t sent = 0;     // bytes with a buffer to send from
-    uint64_t received = 0; // bytes with a buffer to receive into
-};
+constexpr uint64_t MOST_BYTES = 1024 * 1024; // of one call, those without a buffer included
 
 MessageLength measure(std::span<const spi_ioc_transfer> transfers)
 {
     MessageLength length;
     for (const spi_ioc_transfer &transfer : transfers) {
+        const uint64_t rounded = (transfer.len + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
         length.total += transfer.len;
-        length.sent += transfer.tx_buf != 0 ? transfer.len : 0;
-        length.received += transfer.rx_buf != 0 ? transfer.len : 0;
+        length.sent += transfer.tx_buf != 0 ? rounded : 0;
+        length.received += transfer.rx_buf != 0 ? rounded : 0;
     }
     return length;
+}
+
+// What the controller can do: words of eight bits on single lines.
+bool is_possible(const spi_ioc_transfer &transfer)
+{
+    return (transfer.bits_per_word == 0 || transfer.bits_per_word == 8) && transfer.tx_nbits <= 1 &&
+           transfer.rx_nbits <= 1;
+}
+
+bool is_message(unsigned long request)
+{
+    return _IOC_TYPE(request) == SPI_IOC_MAGIC && _IOC_NR(request) == 0 &&
+           _IOC_DIR(request) == _IOC_WRITE;
 }
 
 } // namespace
 
 int transfers_of(unsigned long request)
 {
-    const bool is_message = _IOC_TYPE(request) == SPI_IOC_MAGIC && _IOC_NR(request) == 0 &&
-                            _IOC_DIR(request) == _IOC_WRITE;
     const size_t size = _IOC_SIZE(request);
-    if (!is_message || size % sizeof(spi_ioc_transfer) != 0) {
+    if (!is_message(request) || size % sizeof(spi_ioc_transfer) != 0) {
         return -1;
     }
     return static_cast<int>(size / sizeof(spi_ioc_transfer));
@@ -68,65 +84,82 @@ int SpiDevice::open()
 
 void SpiDevice::close()
 {
-    if (--opened_ == 0) {
+    if (opened_ > 0 && --opened_ == 0) {
         speed_hz_ = DEFAULT_SPEED_HZ;
     }
 }
 
 int SpiDevice::ioctl(unsigned long request, void *argument)
 {
-    const int transfers = transfers_of(request);
-    if (transfers == 0) {
-        return 0;
+    if (!is_message(request)) {
+        return configure(request, argument);
     }
-    if (argument == nullptr) {
-        return _IOC_TYPE(request) == SPI_IOC_MAGIC ? -EFAULT : -ENOTTY;
+    const int count = transfers_of(request);
+    if (count < 0) {
+        return -EINVAL;
     }
-    return transfers > 0 ? message(static_cast<const spi_ioc_transfer *>(argument),
-                                   static_cast<size_t>(transfers))
-                         : configure(request, argument);
+    std::vector<spi_ioc_transfer> transfers(static_cast<size_t>(count));
+    const size_t size = transfers.size() * sizeof(spi_ioc_transfer);
+    if (!copy_from_user(transfers.data(), user_address(argument), size)) {
+        return count == 0 ? 0 : -EFAULT;
+    }
+    return count == 0 ? 0 : message(transfers);
 }
 
-int SpiDevice::message(const spi_ioc_transfer *transfers, size_t count)
+int SpiDevice::message(std::span<const spi_ioc_transfer> transfers)
 {
-    const MessageLength length = measure({transfers, count});
     ++exchanges_;
-    int result = 0;
-    if (length.total > INT_MAX || length.sent > DRIVER_BUFFER_SIZE ||
-        length.received > DRIVER_BUFFER_SIZE) {
-        result = -EMSGSIZE;
-    } else if (const Fault *fault = find_fault(faults_, FaultKind::exchange, exchanges_)) {
-        result = -fault->value;
-    } else if (length.sent != 0 || length.received != 0) {
-        return exchange_bytes(transfers, count);
-    } else {
-        result = static_cast<int>(length.total); // nothing reaches the wire
+    const MessageLength length = measure(transfers);
+    const int refusal = fetch(transfers, length);
+    const Fault *fault = find_fault(faults_, FaultKind::exchange, exchanges_);
+    if (refusal == 0 && fault == nullptr && (length.sent != 0 || length.received != 0)) {
+        return exchange_bytes(transfers);
+    }
+    // Nothing reaches the wire.
+    int result = static_cast<int>(length.total);
+    if (refusal != 0 || fault != nullptr) {
+        result = refusal != 0 ? refusal : -fault->value;
     }
     observer_({exchanges_, {}, {}, length.total, result, {}});
     return result;
 }
 
-int SpiDevice::exchange_bytes(const spi_ioc_transfer *transfers, size_t count)
+int SpiDevice::fetch(std::span<const spi_ioc_transfer> transfers, const MessageLength &length)
 {
-    mosi_.clear();
-    for (const spi_ioc_transfer &transfer : std::span(transfers, count)) {
-        const size_t at = mosi_.size();
-        mosi_.resize(at + transfer.len, 0); // a transfer that only receives sends zeroes
-        if (transfer.tx_buf != 0 && transfer.len != 0) {
-            std::memcpy(mosi_.data() + at, address(transfer.tx_buf), transfer.len);
-        }
+    if (length.total > MOST_BYTES || length.sent > DRIVER_BUFFER_SIZE ||
+        length.received > DRIVER_BUFFER_SIZE) {
+        return -EMSGSIZE;
     }
-    miso_.resize(mosi_.size());
-    clock_.advance(wire_time(mosi_.size(), std::min(speed_hz_, HIGHEST_SPEED_HZ)));
-    coprocessor_.exchange(mosi_, miso_);
+    mosi_.assign(static_cast<size_t>(length.total), 0); // a transfer that only receives sends zeroes
     size_t at = 0;
-    for (const spi_ioc_transfer &transfer : std::span(transfers, count)) {
-        if (transfer.rx_buf != 0 && transfer.len != 0) {
-            std::memcpy(address(transfer.rx_buf), miso_.data() + at, transfer.len);
+    for (const spi_ioc_transfer &transfer : transfers) {
+        if (transfer.tx_buf != 0 &&
+            !copy_from_user(mosi_.data() + at, transfer.tx_buf, transfer.len)) {
+            return -EFAULT;
         }
         at += transfer.len;
     }
-    const int result = static_cast<int>(mosi_.size());
+    return std::ranges::all_of(transfers, is_possible) ? 0 : -EINVAL;
+}
+
+int SpiDevice::exchange_bytes(std::span<const spi_ioc_transfer> transfers)
+{
+    miso_.resize(mosi_.size());
+    for (const spi_ioc_transfer &transfer : transfers) {
+        const uint32_t speed_hz = transfer.speed_hz != 0 ? transfer.speed_hz : speed_hz_;
+        clock_.advance(wire_time(transfer.len, std::min(speed_hz, HIGHEST_SPEED_HZ)) +
+                       std::chrono::microseconds(transfer.delay_usecs));
+    }
+    coprocessor_.exchange(mosi_, miso_);
+    int result = static_cast<int>(mosi_.size());
+    size_t at = 0;
+    for (const spi_ioc_transfer &transfer : transfers) {
+        if (transfer.rx_buf != 0 &&
+            !copy_to_user(transfer.rx_buf, miso_.data() + at, transfer.len)) {
+            result = -EFAULT; // the exchange has gone over the wire all the same
+        }
+        at += transfer.len;
+    }
     observer_({exchanges_, mosi_, miso_, mosi_.size(), result, coprocessor_.note()});
     return result;
 }
@@ -143,34 +176,54 @@ int SpiDevice::set_speed(uint32_t speed_hz)
     return 0;
 }
 
+// Reads a setting of the program's, or gives one to it.
+
+template <typename Setting, typename Take>
+int SpiDevice::take(const void *argument, Take take)
+{
+    Setting value = 0;
+    return copy_from_user(&value, user_address(argument), sizeof(value)) ? take(value) : -EFAULT;
+}
+
+template <typename Setting>
+int SpiDevice::give(void *argument, Setting value)
+{
+    return copy_to_user(user_address(argument), &value, sizeof(value)) ? 0 : -EFAULT;
+}
+
 // Settings of the wire that the co-processor does not look at are kept and given back.
 int SpiDevice::configure(unsigned long request, void *argument)
 {
+    const auto keep_mode = [this](uint32_t mode) {
+        mode_ = mode;
+        return 0;
+    };
+    const auto keep_order = [this](uint8_t lowest_first) {
+        mode_ = lowest_first != 0 ? mode_ | SPI_LSB_FIRST : mode_ & ~uint32_t{SPI_LSB_FIRST};
+        return 0;
+    };
     switch (request) {
     case SPI_IOC_WR_MAX_SPEED_HZ:
-        return set_speed(*static_cast<const uint32_t *>(argument));
+        return take<uint32_t>(argument, [this](uint32_t speed_hz) { return set_speed(speed_hz); });
     case SPI_IOC_RD_MAX_SPEED_HZ:
-        *static_cast<uint32_t *>(argument) = speed_hz_;
-        return 0;
+        return give<uint32_t>(argument, speed_hz_);
     case SPI_IOC_WR_MODE:
-        mode_ = *static_cast<const uint8_t *>(argument);
-        return 0;
+        return take<uint8_t>(argument, keep_mode);
     case SPI_IOC_RD_MODE:
-        *static_cast<uint8_t *>(argument) = static_cast<uint8_t>(mode_);
-        return 0;
+        return give<uint8_t>(argument, static_cast<uint8_t>(mode_));
     case SPI_IOC_WR_MODE32:
-        mode_ = *static_cast<const uint32_t *>(argument);
-        return 0;
+        return take<uint32_t>(argument, keep_mode);
     case SPI_IOC_RD_MODE32:
-        *static_cast<uint32_t *>(argument) = mode_;
-        return 0;
-    case SPI_IOC_WR_BITS_PER_WORD: {
-        const uint8_t bits = *static_cast<const uint8_t *>(argument);
-        return bits == 8 || bits == 0 ? 0 : -EINVAL;
-    }
+        return give<uint32_t>(argument, mode_);
+    case SPI_IOC_WR_LSB_FIRST:
+        return take<uint8_t>(argument, keep_order);
+    case SPI_IOC_RD_LSB_FIRST:
+        return give<uint8_t>(argument, (mode_ & SPI_LSB_FIRST) != 0 ? 1 : 0);
+    case SPI_IOC_WR_BITS_PER_WORD:
+        return take<uint8_t>(argument,
+                             [](uint8_t bits) { return bits == 8 || bits == 0 ? 0 : -EINVAL; });
     case SPI_IOC_RD_BITS_PER_WORD:
-        *static_cast<uint8_t *>(argument) = bits_per_word_;
-        return 0;
+        return give<uint8_t>(argument, 8);
     default:
         return -ENOTTY;
     }

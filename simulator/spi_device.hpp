@@ -31,6 +31,8 @@ struct Exchange {
     std::string_view note;
 };
 
+struct MessageLength;
+
 // The number of transfers of an SPI_IOC_MESSAGE request, or -1 for any other request.
 int transfers_of(unsigned long request);
 
@@ -47,10 +49,15 @@ class SpiDevice
     int ioctl(unsigned long request, void *argument);
 
   private:
-    int message(const spi_ioc_transfer *transfers, size_t count);
-    int exchange_bytes(const spi_ioc_transfer *transfers, size_t count);
+    int message(std::span<const spi_ioc_transfer> transfers);
+    int fetch(std::span<const spi_ioc_transfer> transfers, const MessageLength &length);
+    int exchange_bytes(std::span<const spi_ioc_transfer> transfers);
     int configure(unsigned long request, void *argument);
     int set_speed(uint32_t speed_hz);
+    template <typename Setting, typename Take>
+    int take(const void *argument, Take take);
+    template <typename Setting>
+    int give(void *argument, Setting value);
 
     Coprocessor &coprocessor_;
     Faults faults_;
@@ -60,7 +67,6 @@ class SpiDevice
     int exchanges_ = 0;
     uint32_t speed_hz_ = DEFAULT_SPEED_HZ;
     uint32_t mode_ = 0;
-    uint8_t bits_per_word_ = 8;
     std::vector<uint8_t> mosi_;
     std::vector<uint8_t> miso_;
 };

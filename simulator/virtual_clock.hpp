@@ -1,20 +1,22 @@
 // Time that is counted instead of spent.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 
 namespace simulator
 {
 
+// Without locks: signal handlers look at clocks, too.
 class VirtualClock
 {
   public:
-    std::chrono::nanoseconds elapsed() const { return elapsed_; }
-    void advance(std::chrono::nanoseconds time) { elapsed_ += time; }
+    std::chrono::nanoseconds elapsed() const { return std::chrono::nanoseconds(elapsed_.load()); }
+    void advance(std::chrono::nanoseconds time) { elapsed_ += time.count(); }
 
   private:
-    std::chrono::nanoseconds elapsed_{0};
+    std::atomic<int64_t> elapsed_ = 0;
 };
 
 // How long so many bytes take on a wire of this clock.

@@ -95,7 +95,8 @@ bool set_emulator(LaunchOptions &options, const std::string &command)
 
 bool set_preload(LaunchOptions &options, const std::string &path)
 {
-    if (!std::filesystem::exists(path)) {
+    std::error_code error;
+    if (!std::filesystem::exists(path, error)) {
         return false;
     }
     options.preload = absolute(path);
@@ -119,13 +120,19 @@ constexpr OptionRow OPTION_ROWS[] = {
     {"--fault", "FAULT", "something goes wrong; can be given again", set_fault},
     {"--transcript", "FILE", "write each exchange as a line to FILE, - for standard error",
      set_transcript},
-    {"--count-time", nullptr, "count the command's waits instead of spending them", set_count_time},
+    {"--count-time", nullptr,
+     "count the command's waits instead of spending them: usleep, nanosleep,\n"
+     "                        clock_nanosleep, poll, select; clock_gettime shows the count",
+     set_count_time},
     {"--through", nullptr, "leave the device real and only write the transcript", set_through},
-    {"--emulator", "CMD", "the command is of another architecture; CMD runs such programs",
+    {"--emulator", "CMD",
+     "the command is of another architecture; CMD, which must know qemu's -E,\n"
+     "                        runs such programs",
      set_emulator},
     {"--preload", "FILE", "the library to load into the command, of the command's architecture",
      set_preload},
     {"--help", nullptr, "this text", set_help},
+    {"-h", nullptr, "the same", set_help},
 };
 
 // Takes one option, with its argument from the same word or from the next. Returns the number of
@@ -164,6 +171,14 @@ int take_option(LaunchOptions &options, int count, char **words)
     return takes_next ? 2 : 1;
 }
 
+// What the options make of the board, if it is a virtual one.
+bool shapes_board(const LaunchOptions &options)
+{
+    const Settings &settings = options.settings;
+    return !settings.directory.empty() || options.mode || options.version || settings.counts_time ||
+           settings.behaviour.busy_polls != 0 || !settings.behaviour.faults.empty();
+}
+
 void check_together(LaunchOptions &options)
 {
     if (options.help) {
@@ -171,8 +186,8 @@ void check_together(LaunchOptions &options)
     }
     if (options.command.empty()) {
         options.error = "no command to run; --help explains";
-    } else if (options.settings.through && !options.settings.directory.empty()) {
-        options.error = "--through leaves the device real: it has no --board";
+    } else if (options.settings.through && shapes_board(options)) {
+        options.error = "--through leaves the device real: it goes with --transcript only";
     } else if (!options.emulator.empty() && options.preload.empty()) {
         options.error = "--emulator needs --preload, a library of the command's architecture";
     }

@@ -3,17 +3,31 @@
 #include "simulator/launcher/options.hpp"
 
 #include <cstdio>
+#include <exception>
 
-int main(int argc, char **argv)
+namespace
+{
+
+int run(int argc, char **argv)
 {
     simulator::LaunchOptions options = simulator::parse_options(argc, argv);
     if (!options.error.empty()) {
-        fprintf(stderr, "virtual-board: %s\n", options.error.c_str());
-        return simulator::OWN_FAILURE;
+        return simulator::complain(options.error);
     }
     if (options.help) {
-        fputs(simulator::help_text().c_str(), stdout);
-        return 0;
+        const bool written = fputs(simulator::help_text().c_str(), stdout) >= 0;
+        return written && fflush(stdout) == 0 ? 0 : simulator::OWN_FAILURE;
     }
     return simulator::launch(options);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &error) {
+        return simulator::complain(error.what());
+    }
 }

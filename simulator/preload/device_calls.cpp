@@ -1,24 +1,24 @@
 // Stands in front of open, ioctl and close for one path, /dev/spidev1.0, and leaves all others be.
+#include "simulator/preload/program.hpp"
 #include "simulator/preload/real_calls.hpp"
-#include "simulator/preload/session.hpp"
-#include "simulator/spi_device.hpp"
+#include "simulator/user_memory.hpp"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstring>
-#include <mutex>
+#include <filesystem>
 
 namespace
 {
 
 using simulator::RealCall;
-using simulator::settings;
 
 constinit RealCall<int(const char *, int, ...)> real_open("open");
 constinit RealCall<int(const char *, int, ...)> real_open64("open64");
@@ -32,53 +32,113 @@ constinit RealCall<int(int, unsigned long, ...)> real_ioctl("ioctl");
 constinit RealCall<int(int)> real_close("close");
 
 constexpr char DEVICE[] = "/dev/spidev1.0";
-constexpr size_t MOST_DESCRIPTORS = 65536;
+constexpr char DEVICE_NAME[] = "spidev1.0";
 
-// Descriptors under which the program has the device.
-std::array<std::atomic<bool>, MOST_DESCRIPTORS> device_descriptors;
+// The driver lets one exchange pass at a time, and a process in the middle of one gets no signal
+// until it is over. A child gets the driver as nobody is in it.
+pthread_mutex_t driver = PTHREAD_MUTEX_INITIALIZER;
 
-// The driver lets one exchange at a time pass. Recursive: a signal handler may close the device.
-std::recursive_mutex driver;
-
-bool is_device(int fd)
+[[gnu::constructor]] void keep_driver_whole_over_forks()
 {
-    return fd >= 0 && static_cast<size_t>(fd) < MOST_DESCRIPTORS &&
-           device_descriptors[static_cast<size_t>(fd)];
+    pthread_atfork([] { pthread_mutex_lock(&driver); }, [] { pthread_mutex_unlock(&driver); },
+                   [] { pthread_mutex_unlock(&driver); });
 }
 
-void set_device(int fd, bool is_one)
+class DriverCall
 {
-    if (fd >= 0 && static_cast<size_t>(fd) < MOST_DESCRIPTORS) {
-        device_descriptors[static_cast<size_t>(fd)] = is_one;
+  public:
+    DriverCall()
+    {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_BLOCK, &all, &before_);
+        pthread_mutex_lock(&driver);
+    }
+    ~DriverCall()
+    {
+        pthread_mutex_unlock(&driver);
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    DriverCall(const DriverCall &) = delete;
+    DriverCall &operator=(const DriverCall &) = delete;
+
+  private:
+    sigset_t before_ = {};
+};
+
+// The file by which descriptors of the device are known, under whatever numbers; set by the first
+// open. A descriptor that a program inherits is known, too: by the stand-in's name.
+struct stat device_file = {};
+std::atomic<bool> device_file_known = false;
+
+void know_device_file(int fd)
+{
+    if (fd >= 0 && !device_file_known && fstat(fd, &device_file) == 0) {
+        device_file_known = true;
     }
 }
 
-int fail(int negated_errno)
+bool is_device(int fd)
 {
-    errno = -negated_errno;
-    return -1;
+    struct stat file = {};
+    return device_file_known && fstat(fd, &file) == 0 && file.st_dev == device_file.st_dev &&
+           file.st_ino == device_file.st_ino;
 }
 
-bool names_device(const char *path)
+void know_inherited_device()
 {
-    return path != nullptr && strcmp(path, DEVICE) == 0;
+    if (!device_file_known && !simulator::leaves_device_real() &&
+        stat(simulator::device_stand_in().c_str(), &device_file) == 0) {
+        device_file_known = true;
+    }
+}
+
+int result_or_errno(int result, int errno_before)
+{
+    errno = result < 0 ? -result : errno_before;
+    return result < 0 ? -1 : result;
+}
+
+// The path as it is from the root on, with nothing superfluous in it.
+std::filesystem::path whole_path(int directory, const char *path)
+{
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::path base = "/proc/self/cwd";
+    if (directory != AT_FDCWD) {
+        base = "/proc/self/fd/" + std::to_string(directory);
+    }
+    return (fs::read_symlink(base, error) / path).lexically_normal();
+}
+
+bool names_device(int directory, const char *path)
+{
+    if (path == nullptr || strcmp(path, DEVICE) == 0) {
+        return path != nullptr;
+    }
+    const size_t length = strlen(path);
+    const size_t name = sizeof(DEVICE_NAME) - 1;
+    return length >= name && strcmp(path + length - name, DEVICE_NAME) == 0 &&
+           whole_path(directory, path) == DEVICE;
 }
 
 int open_device(int flags)
 {
-    const std::scoped_lock lock(driver);
-    if (settings().through) {
+    const int errno_before = errno;
+    const DriverCall call;
+    if (simulator::leaves_device_real()) {
         simulator::begin_transcript();
         const int fd = real_open(DEVICE, flags, 0);
-        set_device(fd, true);
+        know_device_file(fd);
         return fd;
     }
     const int result = simulator::device_open();
     if (result < 0) {
-        return fail(result);
+        return result_or_errno(result, errno_before);
     }
-    const int fd = real_open(simulator::device_stand_in(), O_RDONLY | (flags & O_CLOEXEC), 0);
-    set_device(fd, true);
+    constexpr int KEPT_FLAGS = O_ACCMODE | O_CLOEXEC | O_NONBLOCK;
+    const int fd = real_open(simulator::device_stand_in().c_str(), flags & KEPT_FLAGS, 0);
+    know_device_file(fd);
     return fd;
 }
 
@@ -86,11 +146,14 @@ int ioctl_through(int fd, unsigned long request, void *argument)
 {
     const int result = real_ioctl(fd, request, argument);
     const int error = errno;
-    const int transfers = simulator::transfers_of(request);
-    if (transfers > 0) {
-        simulator::record_real_message(
-            {static_cast<const spi_ioc_transfer *>(argument), static_cast<size_t>(transfers)},
-            result < 0 ? -error : result);
+    const int count = simulator::transfers_of(request);
+    if (count > 0) {
+        std::vector<spi_ioc_transfer> transfers(static_cast<size_t>(count));
+        const size_t size = transfers.size() * sizeof(spi_ioc_transfer);
+        if (!simulator::copy_from_user(transfers.data(), simulator::user_address(argument), size)) {
+            transfers.clear();
+        }
+        simulator::record_real_message(transfers, result < 0 ? -error : result);
     }
     errno = error;
     return result;
@@ -98,12 +161,18 @@ int ioctl_through(int fd, unsigned long request, void *argument)
 
 int device_ioctl(int fd, unsigned long request, void *argument)
 {
-    const std::scoped_lock lock(driver);
-    if (settings().through) {
+    const int errno_before = errno;
+    const DriverCall call;
+    if (simulator::leaves_device_real()) {
         return ioctl_through(fd, request, argument);
     }
-    const int result = simulator::device_ioctl(request, argument);
-    return result < 0 ? fail(result) : result;
+    return result_or_errno(simulator::device_ioctl(request, argument), errno_before);
+}
+
+// What every descriptor takes, whatever it belongs to.
+bool concerns_descriptor(unsigned long request)
+{
+    return request == FIOCLEX || request == FIONCLEX || request == FIONBIO || request == FIOASYNC;
 }
 
 // The mode argument of an open call, which is there only if the flags make a file.
@@ -121,7 +190,7 @@ EXPORTED int open(const char *path, int flags, ...)
     va_start(arguments, flags);
     const mode_t mode = mode_argument(flags, arguments);
     va_end(arguments);
-    return names_device(path) ? open_device(flags) : real_open(path, flags, mode);
+    return names_device(AT_FDCWD, path) ? open_device(flags) : real_open(path, flags, mode);
 }
 
 EXPORTED int open64(const char *path, int flags, ...)
@@ -130,7 +199,7 @@ EXPORTED int open64(const char *path, int flags, ...)
     va_start(arguments, flags);
     const mode_t mode = mode_argument(flags, arguments);
     va_end(arguments);
-    return names_device(path) ? open_device(flags) : real_open64(path, flags, mode);
+    return names_device(AT_FDCWD, path) ? open_device(flags) : real_open64(path, flags, mode);
 }
 
 EXPORTED int openat(int directory, const char *path, int flags, ...)
@@ -139,7 +208,8 @@ EXPORTED int openat(int directory, const char *path, int flags, ...)
     va_start(arguments, flags);
     const mode_t mode = mode_argument(flags, arguments);
     va_end(arguments);
-    return names_device(path) ? open_device(flags) : real_openat(directory, path, flags, mode);
+    return names_device(directory, path) ? open_device(flags)
+                                         : real_openat(directory, path, flags, mode);
 }
 
 EXPORTED int openat64(int directory, const char *path, int flags, ...)
@@ -148,29 +218,32 @@ EXPORTED int openat64(int directory, const char *path, int flags, ...)
     va_start(arguments, flags);
     const mode_t mode = mode_argument(flags, arguments);
     va_end(arguments);
-    return names_device(path) ? open_device(flags) : real_openat64(directory, path, flags, mode);
+    return names_device(directory, path) ? open_device(flags)
+                                         : real_openat64(directory, path, flags, mode);
 }
 
 // What a fortified program calls when it opens without a mode.
 
 EXPORTED int __open_2(const char *path, int flags)
 {
-    return names_device(path) ? open_device(flags) : real_open_2(path, flags);
+    return names_device(AT_FDCWD, path) ? open_device(flags) : real_open_2(path, flags);
 }
 
 EXPORTED int __open64_2(const char *path, int flags)
 {
-    return names_device(path) ? open_device(flags) : real_open64_2(path, flags);
+    return names_device(AT_FDCWD, path) ? open_device(flags) : real_open64_2(path, flags);
 }
 
 EXPORTED int __openat_2(int directory, const char *path, int flags)
 {
-    return names_device(path) ? open_device(flags) : real_openat_2(directory, path, flags);
+    return names_device(directory, path) ? open_device(flags)
+                                         : real_openat_2(directory, path, flags);
 }
 
 EXPORTED int __openat64_2(int directory, const char *path, int flags)
 {
-    return names_device(path) ? open_device(flags) : real_openat64_2(directory, path, flags);
+    return names_device(directory, path) ? open_device(flags)
+                                         : real_openat64_2(directory, path, flags);
 }
 
 EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept
@@ -179,7 +252,12 @@ EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept
     va_start(arguments, request);
     void *argument = va_arg(arguments, void *);
     va_end(arguments);
-    return is_device(fd) ? device_ioctl(fd, request, argument) : real_ioctl(fd, request, argument);
+    request &= 0xFFFFFFFF; // as the kernel has it
+    if (_IOC_TYPE(request) == SPI_IOC_MAGIC) {
+        know_inherited_device();
+    }
+    return is_device(fd) && !concerns_descriptor(request) ? device_ioctl(fd, request, argument)
+                                                          : real_ioctl(fd, request, argument);
 }
 
 #if __SIZEOF_LONG__ == 4
@@ -196,12 +274,9 @@ EXPORTED int __ioctl_time64(int fd, unsigned long request, ...) noexcept
 
 EXPORTED int close(int fd)
 {
-    if (is_device(fd)) {
-        const std::scoped_lock lock(driver);
-        set_device(fd, false);
-        if (!settings().through) {
-            simulator::device_close();
-        }
+    if (is_device(fd) && !simulator::leaves_device_real()) {
+        const DriverCall call;
+        simulator::device_close();
     }
     return real_close(fd);
 }

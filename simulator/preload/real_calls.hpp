@@ -8,7 +8,8 @@
 namespace simulator
 {
 
-// A function of the next library, looked up by its name at the first call.
+// A function of the next library, looked up by its name at the first call. Nothing here allocates
+// or waits: allocators themselves make such calls.
 template <typename Function>
 class RealCall
 {
@@ -32,4 +33,5 @@ class RealCall
 
 } // namespace simulator
 
+// The names are also in exports.map.
 #define EXPORTED extern "C" [[gnu::visibility("default")]]

@@ -1,6 +1,6 @@
 // Goal: whatever fails, at whichever step, ends the download with its own words and nothing else.
 #include "link/stm_com_funcs.h"
-#include "tests/download/session.hpp"
+#include "tests/download/download_fixture.hpp"
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
 // Goal: whatever kind of stream holds the image, the download takes what it can read from where the
 // stream stands, and leaves it open there.
 #include "link/stm_com_funcs.h"
-#include "tests/download/session.hpp"
+#include "tests/download/download_fixture.hpp"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,7 +1,7 @@
 // Goal: a download that goes well makes exactly its exchanges and says exactly its texts, for every
 // size at which a frame, a block or a number begins to look different.
 #include "link/stm_com_funcs.h"
-#include "tests/download/session.hpp"
+#include "tests/download/download_fixture.hpp"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 // Goal: the size of a stream is told without disturbing it.
 #include "link/stm_com_funcs.h"
-#include "tests/download/session.hpp"
+#include "tests/download/download_fixture.hpp"
 
 #include <unistd.h>
 

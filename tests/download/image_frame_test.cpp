@@ -1,7 +1,7 @@
 // Goal: one frame is cleared, completed and sent as its layout says, to the byte.
 #include "download/image_frame.hpp"
 
-#include "tests/download/session.hpp"
+#include "tests/download/download_fixture.hpp"
 #include "tests/platform/bitwise_crc.hpp"
 
 #include <cerrno>

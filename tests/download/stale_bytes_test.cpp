@@ -1,7 +1,7 @@
 // Goal: bytes that are not cleared on purpose are sent as they were left, in the mode command and
 // in the tail of the frames, and the checksum covers them.
 #include "link/stm_com_funcs.h"
-#include "tests/download/session.hpp"
+#include "tests/download/download_fixture.hpp"
 
 #include <cstring>
 

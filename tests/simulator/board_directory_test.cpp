@@ -48,7 +48,8 @@ TEST_F(BoardFolder, holds_no_other_files_than_the_boards_own)
 {
     BoardDirectory directory;
     directory.open(path);
-    directory.save({Mode::boot_loader, 7});
+    directory.save_mode(Mode::boot_loader);
+    directory.save_version(7);
     std::vector<std::string> names;
     for (const auto &entry : std::filesystem::directory_iterator(path)) {
         names.push_back(entry.path().filename());
@@ -73,7 +74,8 @@ TEST_F(BoardFolder, keeps_mode_and_version)
     BoardDirectory directory;
     directory.open(path);
     for (const Mode mode : {Mode::unknown, Mode::boot_loader, Mode::application}) {
-        EXPECT_EQ(directory.save({mode, 200}), "");
+        EXPECT_EQ(directory.save_mode(mode), "");
+        EXPECT_EQ(directory.save_version(200), "");
         BoardIdentity identity;
         EXPECT_EQ(directory.load(identity), "");
         EXPECT_EQ(identity.mode, mode);

@@ -205,7 +205,7 @@ INSTANTIATE_TEST_SUITE_P(
         Example{"app/update.cpp", "#include \"app/update_options.hpp\"", nullptr},
         Example{"stmctl/main.cpp", "#include \"link/stm_com_funcs.h\"", nullptr},
         Example{"examples/version.c", "#include \"link/stm_com_funcs.h\"", nullptr},
-        Example{"simulator/preload/session.cpp", "#include \"simulator/flash.hpp\"", nullptr},
+        Example{"simulator/preload/workbench.cpp", "#include \"simulator/flash.hpp\"", nullptr},
         Example{"tests/link/link_test.cpp", "#include \"link/link.hpp\"", nullptr},
         Example{"tests/link/link_test.cpp", "#include \"tests/platform/dialogue.hpp\"", nullptr},
         Example{"fuzz/reply.cpp", "#include \"simulator/flash.hpp\"", nullptr},

@@ -1,7 +1,7 @@
 // update loading images: every byte of them arrives, in frames whose checksums a second party
 // confirms, and what the console shows is true.
 #include "simulator/crc.hpp"
-#include "tests/tool/session.hpp"
+#include "tests/tool/workbench.hpp"
 
 #include <span>
 
@@ -27,7 +27,7 @@ uint32_t number_at(const Bytes &frame, size_t offset, size_t width)
     return number;
 }
 
-class Download : public Session
+class Download : public Workbench
 {
   protected:
     // The frames of the last download; each with a good checksum.

@@ -1,16 +1,16 @@
 // The driver that virtual-board puts before the board, asked by a program: it takes, refuses and
 // returns what the kernel's does, and counts time when it is told to.
-#include "tests/tool/session.hpp"
+#include "tests/tool/workbench.hpp"
 
 namespace
 {
 
-class Driver : public Session
+class Driver : public Workbench
 {
   protected:
-    Result ask(const std::string &question)
+    Result ask(const std::string &question, const std::string &probe = "probe")
     {
-        return run(on_board({"--version", "42"}, {probe_program("probe"), question}));
+        return run(on_board({"--version", "42"}, {probe_program(probe), question}));
     }
 };
 
@@ -99,23 +99,31 @@ TEST_F(Driver, keeps_its_clock_until_the_last_close)
 
 TEST_F(Driver, counts_time_instead_of_spending_it)
 {
-    EXPECT_EQ(ask("time").output, joined({
-                                      "usleep: 500 ms",
-                                      "nanosleep: 10250 ms",
-                                      "clock_nanosleep: 10250 ms",
-                                      "clock_nanosleep until: 7000 ms",
-                                      "clock_nanosleep until now: 0 ms",
-                                      "poll: 0",
-                                      "poll: 3000 ms",
-                                      "select: 0",
-                                      "select: 4500 ms",
-                                      "write: 1",
-                                      "poll with input: 1",
-                                      "select with input: 1",
-                                      "both: 0 ms",
-                                      "1000 bytes at 1 kHz: 8000 ms",
-                                      "in all: 43500 ms",
-                                  }));
+    const std::string expected = joined({
+        "usleep: 500 ms",
+        "nanosleep: 10250 ms",
+        "clock_nanosleep: 10250 ms",
+        "clock_nanosleep until: 7000 ms",
+        "clock_nanosleep until now: 0 ms",
+        "poll: 0",
+        "poll: 3000 ms",
+        "select: 0",
+        "select: 4500 ms",
+        "write: 1",
+        "poll with input: 1",
+        "select with input: 1",
+        "both: 0 ms",
+        "1000 bytes at 1 kHz: 8000 ms",
+        "in all: 43500 ms",
+    });
+    EXPECT_EQ(ask("time").output, expected);
+    EXPECT_EQ(ask("time", "probe_wide").output, expected);
+}
+
+TEST_F(Driver, is_asked_by_programs_with_wide_times_too)
+{
+    EXPECT_EQ(ask("opens", "probe_wide").output, ask("opens").output);
+    EXPECT_EQ(ask("settings", "probe_wide").output, ask("settings").output);
 }
 
 TEST_F(Driver, spends_time_when_it_is_not_told_to_count)

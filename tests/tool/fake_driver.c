@@ -8,8 +8,27 @@
 #include <stdint.h>
 #include <string.h>
 #include <sys/ioctl.h>
+#include <sys/uio.h>
+#include <unistd.h>
 
 static int device = -1;
+
+/* As the kernel finds out: it tries. */
+static int is_readable(const void *address, size_t size)
+{
+    char copy[64];
+    const struct iovec local = {copy, size};
+    const struct iovec remote = {(void *)(uintptr_t)address, size};
+    return process_vm_readv(getpid(), &local, 1, &remote, 1, 0) == (ssize_t)size;
+}
+
+static int is_writable(const void *address)
+{
+    char zero = 0;
+    const struct iovec local = {&zero, 1};
+    const struct iovec remote = {(void *)(uintptr_t)address, 1};
+    return process_vm_writev(getpid(), &local, 1, &remote, 1, 0) == 1;
+}
 
 int open(const char *path, int flags, ...)
 {
@@ -34,8 +53,18 @@ int ioctl(int fd, unsigned long request, ...)
     if (fd != device || request != SPI_IOC_MESSAGE(1)) {
         return 0;
     }
+    if (!is_readable(transfer, sizeof(*transfer)) ||
+        !is_readable((void *)(uintptr_t)transfer->tx_buf, 1) ||
+        !is_writable((void *)(uintptr_t)transfer->rx_buf)) {
+        errno = EFAULT;
+        return -1;
+    }
     const uint8_t *sent = (const uint8_t *)(uintptr_t)transfer->tx_buf;
     uint8_t *received = (uint8_t *)(uintptr_t)transfer->rx_buf;
+    if (transfer->len > 4096) {
+        errno = EMSGSIZE;
+        return -1;
+    }
     if (sent[0] == 0x83) {
         errno = ETIMEDOUT;
         return -1;

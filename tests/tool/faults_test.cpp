@@ -1,10 +1,10 @@
 // update in front of a board on which something goes wrong.
-#include "tests/tool/session.hpp"
+#include "tests/tool/workbench.hpp"
 
 namespace
 {
 
-class Fault : public Session
+class Fault : public Workbench
 {
   protected:
     // Loads an image of five blocks. The texts before the fault are those of a download without it.

@@ -1,10 +1,10 @@
 // What README.md promises: its program in C, and how a script learns whether a download succeeded.
-#include "tests/tool/session.hpp"
+#include "tests/tool/workbench.hpp"
 
 namespace
 {
 
-class Readme : public Session
+class Readme : public Workbench
 {
   protected:
     // The script of README.md, with update replaced by the words that run it here.

@@ -1,12 +1,12 @@
 // update with its waits spent, not counted: as long as it takes on a real board.
-#include "tests/tool/session.hpp"
+#include "tests/tool/workbench.hpp"
 
 #include <chrono>
 
 namespace
 {
 
-class RealTime : public Session
+class RealTime : public Workbench
 {
   protected:
     // Runs update on a board and says how long it took.

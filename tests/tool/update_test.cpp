@@ -1,5 +1,5 @@
 // update at the command line: what it prints, how it exits, and what it sends.
-#include "tests/tool/session.hpp"
+#include "tests/tool/workbench.hpp"
 
 #include <csignal>
 
@@ -22,7 +22,7 @@ const std::string USAGE =
 
 const Bytes SYNCHRONISING(4096, 0x66);
 
-class Update : public Session
+class Update : public Workbench
 {
   protected:
     // Exit status, output and error output, all at once.

@@ -1,13 +1,13 @@
 // virtual-board as a user meets it: its options and refusals, boards that last and boards that do
 // not, and the programs that it runs.
-#include "tests/tool/session.hpp"
+#include "tests/tool/workbench.hpp"
 
 #include <csignal>
 
 namespace
 {
 
-class VirtualBoard : public Session
+class VirtualBoard : public Workbench
 {
   protected:
     // The shell of this machine, which may stand for any native command.
@@ -60,7 +60,17 @@ TEST_F(VirtualBoard, refuses_what_it_does_not_understand)
     expect_refused({"--fault", "late@header", "true"},
                    "fault 'late@header' does not read like late[@STEP]=POLLS");
     expect_refused({"--through", "--board", "b", "true"},
-                   "--through leaves the device real: it has no --board");
+                   "--through leaves the device real: it goes with --transcript only");
+    for (const Words &option : std::vector<Words>{{"--fault", "silence"},
+                                                  {"--busy", "4"},
+                                                  {"--mode", "unknown"},
+                                                  {"--version", "7"},
+                                                  {"--count-time"}}) {
+        Words words = {"--through"};
+        words.insert(words.end(), option.begin(), option.end());
+        words.emplace_back("true");
+        expect_refused(words, "--through leaves the device real: it goes with --transcript only");
+    }
     expect_refused({"--emulator", "qemu", "true"},
                    "--emulator needs --preload, a library of the command's architecture");
     expect_refused({"--preload", "no.so", "true"}, "--preload cannot be 'no.so'");
@@ -96,6 +106,81 @@ TEST_F(VirtualBoard, refuses_programs_that_no_library_can_be_loaded_into)
     EXPECT_EQ(result.status, 125);
     EXPECT_EQ(result.errors,
               "virtual-board: " + program + ": statically linked, its device cannot be replaced\n");
+}
+
+TEST_F(VirtualBoard, refuses_libraries_that_cannot_be_loaded)
+{
+    write_file("image.bin", Bytes(100, 0x7F));
+    expect_refused({"--preload", "image.bin", "true"},
+                   path("image.bin") + ": not a library that can be loaded");
+    std::filesystem::create_directory(path("a:b"));
+    std::filesystem::copy_file(TOOL_PRELOAD, path("a:b/l.so"));
+    expect_refused({"--preload", "a:b/l.so", "true"},
+                   path("a:b/l.so") + ": a library whose path has one of :;$ cannot be loaded");
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        const Result result = run({TOOL_VIRTUAL_BOARD, "--preload", TOOL_PRELOAD, "true"});
+        EXPECT_EQ(result.status, 125);
+        EXPECT_NE(result.errors.find("of another architecture than"), std::string::npos);
+    }
+}
+
+TEST_F(VirtualBoard, refuses_scripts_whose_interpreter_is_statically_linked)
+{
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "the interpreter is not of this machine's architecture";
+    }
+    const std::string script = "#! " + probe_program("static_program") + " x\n";
+    write_file("script", {script.begin(), script.end()});
+    std::filesystem::permissions(path("script"), std::filesystem::perms::owner_all);
+    expect_refused({"./script"}, probe_program("static_program") +
+                                     ": statically linked, its device cannot be replaced");
+}
+
+TEST_F(VirtualBoard, loads_its_library_from_a_folder_with_blanks_in_its_name)
+{
+    std::filesystem::create_directory(path("a b"));
+    std::filesystem::copy_file(TOOL_PRELOAD, path("a b/l.so"));
+    Words words = virtual_board({});
+    if (words.size() > 1) {
+        words.erase(words.end() - 2, words.end()); // another --preload
+    }
+    words.insert(words.end(), {"--preload", "a b/l.so", update_program(), "-state"});
+    EXPECT_EQ(run(words).output, "2\n");
+}
+
+TEST_F(VirtualBoard, keeps_an_old_transcript_if_nothing_is_run)
+{
+    write_file("old", Bytes(3, 'x'));
+    run({TOOL_VIRTUAL_BOARD, "--transcript", "old", probe_program("static_program")});
+    EXPECT_EQ(read_text("old"), "xxx");
+}
+
+TEST_F(VirtualBoard, without_a_temporary_folder_says_so)
+{
+    const Result result = run({"env", "TMPDIR=" + path("nowhere"), TOOL_VIRTUAL_BOARD, "true"});
+    EXPECT_EQ(result.status, 125);
+    EXPECT_TRUE(result.errors.starts_with("virtual-board: no temporary folder can be made: "))
+        << result.errors;
+}
+
+TEST_F(VirtualBoard, repairs_an_emptied_file_by_its_option)
+{
+    update({"-ver"});
+    write_file("board/mode", {});
+    EXPECT_EQ(update_with({"--mode", "boot loader"}, {"-state"}).output, "1\n");
+}
+
+TEST_F(VirtualBoard, is_made_once_by_commands_that_start_together)
+{
+    for (int i = 0; i < 20; ++i) {
+        const std::string board = "board" + std::to_string(i);
+        const Words words = {TOOL_VIRTUAL_BOARD, "--board", board, "true"};
+        const std::vector<pid_t> pids = {start(words), start(words), start(words)};
+        for (const pid_t pid : pids) {
+            EXPECT_EQ(finish(pid).status, 0);
+        }
+        EXPECT_EQ(read_file(board + "/flash.bin"), Bytes(524288, 0xFF));
+    }
 }
 
 TEST_F(VirtualBoard, leaves_arguments_behind_the_command_alone)
@@ -206,7 +291,7 @@ TEST_F(VirtualBoard, runs_several_programs_on_one_fresh_board)
 TEST_F(VirtualBoard, runs_programs_that_are_instrumented_and_those_that_are_fortified)
 {
     const Words device = {"/dev/spidev1.0", "2"};
-    for (const char *name : {"fortified", "fortified64", "instrumented"}) {
+    for (const char *name : {"fortified", "fortified64", "instrumented", "instrumented_static"}) {
         if (!std::filesystem::exists(probe_program(name))) {
             continue; // there is no sanitizer for programs of this architecture
         }

@@ -1,4 +1,4 @@
-// A user's session: commands run as real processes in a folder of their own, under virtual-board.
+// A user's workbench: commands run as real processes in a folder of their own, under virtual-board.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -30,15 +30,15 @@ struct Line {
     std::string note;
 };
 
-class Session : public testing::Test
+class Workbench : public testing::Test
 {
   protected:
-    Session();
-    ~Session() override;
-    Session(const Session &) = delete;
-    Session &operator=(const Session &) = delete;
+    Workbench();
+    ~Workbench() override;
+    Workbench(const Workbench &) = delete;
+    Workbench &operator=(const Workbench &) = delete;
 
-    // Runs a command to its end, in the session's folder.
+    // Runs a command to its end, in the workbench's folder.
     Result run(const Words &words);
 
     // Starts one and comes back; finish waits for it.
@@ -46,7 +46,7 @@ class Session : public testing::Test
     Result finish(pid_t pid);
 
     // The words that run one of our own programs under virtual-board, with time counted and with a
-    // transcript, on the session's board.
+    // transcript, on the workbench's board.
     Words on_board(const Words &options, const Words &command);
     Words on_board_in_real_time(const Words &options, const Words &command);
 
@@ -54,7 +54,7 @@ class Session : public testing::Test
     Result update(const Words &arguments) { return update_with({}, arguments); }
     Result update_with(const Words &options, const Words &arguments);
 
-    // Files, by their name in the session's folder.
+    // Files, by their name in the workbench's folder.
     std::string path(const std::string &name) const { return folder_ / name; }
     void write_file(const std::string &name, const Bytes &content) const;
     Bytes read_file(const std::string &name) const;

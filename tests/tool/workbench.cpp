@@ -1,5 +1,5 @@
-// A user's session.
-#include "tests/tool/session.hpp"
+// A user's workbench.
+#include "tests/tool/workbench.hpp"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -117,19 +117,19 @@ std::string joined(const Words &lines)
     return text;
 }
 
-Session::Session()
+Workbench::Workbench()
 {
-    std::string name = fs::temp_directory_path() / "session-XXXXXX";
+    std::string name = fs::temp_directory_path() / "workbench-XXXXXX";
     folder_ = mkdtemp(name.data());
 }
 
-Session::~Session()
+Workbench::~Workbench()
 {
     std::error_code ignored;
     fs::remove_all(folder_, ignored);
 }
 
-pid_t Session::start(const Words &words)
+pid_t Workbench::start(const Words &words)
 {
     std::vector<char *> arguments;
     for (const std::string &word : words) {
@@ -151,7 +151,7 @@ pid_t Session::start(const Words &words)
     return pid;
 }
 
-Result Session::finish(pid_t pid)
+Result Workbench::finish(pid_t pid)
 {
     int status = 0;
     waitpid(pid, &status, 0);
@@ -162,55 +162,55 @@ Result Session::finish(pid_t pid)
     return result;
 }
 
-Result Session::run(const Words &words)
+Result Workbench::run(const Words &words)
 {
     return finish(start(words));
 }
 
-Words Session::on_board_in_real_time(const Words &options, const Words &command)
+Words Workbench::on_board_in_real_time(const Words &options, const Words &command)
 {
     const Words board =
         virtual_board({"--board", path("board"), "--transcript", path(".transcript")});
     return plus(plus(board, options), command);
 }
 
-Words Session::on_board(const Words &options, const Words &command)
+Words Workbench::on_board(const Words &options, const Words &command)
 {
     return on_board_in_real_time(plus({"--count-time"}, options), command);
 }
 
-Result Session::update_with(const Words &options, const Words &arguments)
+Result Workbench::update_with(const Words &options, const Words &arguments)
 {
     return run(on_board(options, plus({update_program()}, arguments)));
 }
 
-void Session::write_file(const std::string &name, const Bytes &content) const
+void Workbench::write_file(const std::string &name, const Bytes &content) const
 {
     std::ofstream file(path(name), std::ios::binary);
     file.write(reinterpret_cast<const char *>(content.data()),
                static_cast<std::streamsize>(content.size()));
 }
 
-std::string Session::read_text(const std::string &name) const
+std::string Workbench::read_text(const std::string &name) const
 {
     std::ifstream file(path(name), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-Bytes Session::read_file(const std::string &name) const
+Bytes Workbench::read_file(const std::string &name) const
 {
     const std::string text = read_text(name);
     return {text.begin(), text.end()};
 }
 
-Bytes Session::flash(size_t offset, size_t size) const
+Bytes Workbench::flash(size_t offset, size_t size) const
 {
     const Bytes whole = read_file("board/flash.bin");
     const auto begin = whole.begin() + static_cast<std::ptrdiff_t>(offset);
     return {begin, begin + static_cast<std::ptrdiff_t>(size)};
 }
 
-std::vector<Line> Session::transcript() const
+std::vector<Line> Workbench::transcript() const
 {
     std::vector<Line> lines;
     std::istringstream text(read_text(".transcript"));
@@ -220,7 +220,7 @@ std::vector<Line> Session::transcript() const
     return lines;
 }
 
-void Session::wait_for_lines(size_t count) const
+void Workbench::wait_for_lines(size_t count) const
 {
     const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (std::chrono::steady_clock::now() < give_up) {

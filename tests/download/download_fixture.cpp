@@ -1,5 +1,5 @@
 // What the tests of the download share.
-#include "tests/download/session.hpp"
+#include "tests/download/download_fixture.hpp"
 
 #include "link/stm_com_funcs.h"
 #include "tests/platform/bitwise_crc.hpp"

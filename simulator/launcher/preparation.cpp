@@ -1,0 +1,155 @@
+// What must be in place before a command can run on a virtual board.
+#include "simulator/launcher/preparation.hpp"
+
+#include "simulator/board_directory.hpp"
+#include "simulator/launcher/executable.hpp"
+#include "simulator/text.hpp"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+namespace simulator
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+std::string variable(const char *name)
+{
+    const char *value = getenv(name);
+    return value != nullptr ? value : "";
+}
+
+// Puts an entry before the others of a list in a variable.
+std::string with_first(const std::string &first, const char *name)
+{
+    const std::string others = variable(name);
+    return others.empty() ? first : first + ':' + others;
+}
+
+// How the dynamic loader is told of the library: by its path, or, because a blank would end the
+// path, by its name and the folder to look in.
+struct LoaderVariables {
+    std::string preload;
+    std::string library_path; // empty if the preload is a path
+};
+
+LoaderVariables loader_variables(const std::string &preload)
+{
+    if (preload.find(' ') == std::string::npos) {
+        return {preload, ""};
+    }
+    const fs::path path(preload);
+    return {path.filename().string(), path.parent_path().string()};
+}
+
+// Instrumented programs insist on being loaded first; they do without.
+void admit_instrumented_programs()
+{
+    const std::string given = variable("ASAN_OPTIONS");
+    const std::string options = given.empty() ? "" : given + ':';
+    setenv("ASAN_OPTIONS", (options + "verify_asan_link_order=0").c_str(), 1);
+}
+
+void set_for_own_architecture(const LoaderVariables &loader)
+{
+    setenv("LD_PRELOAD", with_first(loader.preload, "LD_PRELOAD").c_str(), 1);
+    if (!loader.library_path.empty()) {
+        setenv("LD_LIBRARY_PATH", with_first(loader.library_path, "LD_LIBRARY_PATH").c_str(), 1);
+    }
+}
+
+// The emulator sets variables for the program that it runs, and has none of them itself.
+void set_for_emulator(std::vector<std::string> &emulator, const LoaderVariables &loader)
+{
+    emulator.insert(emulator.end(), {"-E", text("LD_PRELOAD=%s", loader.preload.c_str())});
+    if (!loader.library_path.empty()) {
+        emulator.insert(emulator.end(),
+                        {"-E", text("LD_LIBRARY_PATH=%s", loader.library_path.c_str())});
+    }
+}
+
+} // namespace
+
+std::string find_preload(const LaunchOptions &options)
+{
+    if (!options.preload.empty()) {
+        return options.preload;
+    }
+    std::error_code error;
+    const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
+    fs::path library;
+    for (const char *path : {VIRTUAL_BOARD_LIBRARY_PATHS}) {
+        library = (folder / path).lexically_normal();
+        if (fs::exists(library, error)) {
+            break;
+        }
+    }
+    return library.string();
+}
+
+std::string check_preload(const LaunchOptions &options, const std::string &preload)
+{
+    if (access(preload.c_str(), R_OK) != 0) {
+        return preload + ": " + strerror(errno);
+    }
+    const char *separators = options.emulator.empty() ? ":;$" : ":;$,";
+    if (preload.find_first_of(separators) != std::string::npos) {
+        return preload + text(": a library whose path has one of %s cannot be loaded", separators);
+    }
+    if (!options.emulator.empty() && access(options.command[0], F_OK) != 0) {
+        return {}; // the emulator says it
+    }
+    return why_not_loadable(options.command[0], preload);
+}
+
+std::string prepare_board(const LaunchOptions &options)
+{
+    BoardDirectory directory;
+    std::string error = directory.open(options.settings.directory);
+    if (error.empty() && options.mode) {
+        error = directory.save_mode(*options.mode);
+    }
+    if (error.empty() && options.version) {
+        error = directory.save_version(*options.version);
+    }
+    BoardIdentity identity;
+    return error.empty() ? directory.load(identity) : error;
+}
+
+std::string prepare_transcript(const std::string &path)
+{
+    errno = 0;
+    if (path.empty() || path == "-" || std::ofstream(path)) {
+        return {};
+    }
+    return path + ": " + strerror(errno);
+}
+
+std::vector<char *> prepare_command(LaunchOptions &options, const std::string &preload)
+{
+    admit_instrumented_programs();
+    put_into_environment(options.settings);
+    const LoaderVariables loader = loader_variables(preload);
+    std::vector<char *> words;
+    if (options.emulator.empty()) {
+        set_for_own_architecture(loader);
+    } else {
+        set_for_emulator(options.emulator, loader);
+    }
+    for (std::string &word : options.emulator) {
+        words.push_back(word.data());
+    }
+    words.insert(words.end(), options.command.begin(), options.command.end());
+    words.push_back(nullptr);
+    return words;
+}
+
+} // namespace simulator

@@ -1,0 +1,175 @@
+// What one program has of the virtual board. Nothing here is ever destroyed: a program may use its
+// device until its very last instruction.
+#include "simulator/preload/program.hpp"
+
+#include "simulator/board_directory.hpp"
+#include "simulator/preload/transcript_file.hpp"
+#include "simulator/settings.hpp"
+#include "simulator/transcript.hpp"
+#include "simulator/user_memory.hpp"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <vector>
+
+namespace simulator
+{
+
+constinit VirtualClock program_clock;
+
+namespace
+{
+
+constexpr int OWN_FAILURE = 125;
+
+void check(const std::string &error)
+{
+    if (error.empty()) {
+        return;
+    }
+    const std::string line = "virtual-board: " + error + '\n';
+    if (write(STDERR_FILENO, line.data(), line.size()) < 0) {
+        // There is nobody left to tell.
+    }
+    _exit(OWN_FAILURE);
+}
+
+const Settings &settings()
+{
+    static const auto *const taken = [] {
+        auto *fresh = new Settings;
+        if (!take_from_environment(*fresh)) {
+            check("the VIRTUAL_BOARD_ variables are not as virtual-board sets them");
+        }
+        return fresh;
+    }();
+    return *taken;
+}
+
+std::chrono::nanoseconds now()
+{
+    if (counts_time()) {
+        return program_clock.elapsed();
+    }
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+std::chrono::nanoseconds transcript_start()
+{
+    static const std::chrono::nanoseconds start = now();
+    return start;
+}
+
+void note_exchange(const Exchange &exchange)
+{
+    const std::string &path = settings().transcript;
+    if (!path.empty()) {
+        check(add_to_transcript(path, transcript_line(exchange, now() - transcript_start())));
+    }
+}
+
+BoardDirectory open_directory()
+{
+    BoardDirectory directory;
+    check(directory.open(settings().directory));
+    return directory;
+}
+
+struct Board {
+    BoardDirectory directory = open_directory();
+    BoardIdentity identity = {};
+    Coprocessor coprocessor{directory.flash(), identity, settings().behaviour};
+    SpiDevice device{coprocessor, settings().behaviour.faults, program_clock, note_exchange};
+};
+
+Board &board()
+{
+    static auto *const instance = new Board;
+    return *instance;
+}
+
+// Adds the bytes of a buffer, as far as there are any that a driver would have taken.
+void append(std::vector<uint8_t> &bytes, uint64_t user_address, uint32_t length)
+{
+    if (user_address == 0 || length > DRIVER_BUFFER_SIZE) {
+        return;
+    }
+    const size_t size = bytes.size();
+    bytes.resize(size + length);
+    if (!copy_from_user(bytes.data() + size, user_address, length)) {
+        bytes.resize(size);
+    }
+}
+
+} // namespace
+
+bool counts_time()
+{
+    static constinit std::atomic<int> known = -1;
+    int counts = known.load(std::memory_order_relaxed);
+    if (counts < 0) {
+        const char *value = getenv(COUNT_TIME_VARIABLE);
+        counts = value != nullptr && *value != '\0' ? 1 : 0;
+        known.store(counts, std::memory_order_relaxed);
+    }
+    return counts != 0;
+}
+
+bool leaves_device_real()
+{
+    return settings().through;
+}
+
+std::string device_stand_in()
+{
+    return BoardDirectory::stand_in(settings().directory);
+}
+
+void begin_transcript()
+{
+    transcript_start();
+}
+
+int device_open()
+{
+    begin_transcript();
+    check(board().directory.load(board().identity));
+    board().coprocessor.set_identity(board().identity);
+    return board().device.open();
+}
+
+void device_close()
+{
+    board().device.close();
+}
+
+int device_ioctl(unsigned long request, void *argument)
+{
+    const int result = board().device.ioctl(request, argument);
+    const Mode mode = board().coprocessor.mode();
+    if (mode != board().identity.mode) {
+        board().identity.mode = mode;
+        check(board().directory.save_mode(mode));
+    }
+    return result;
+}
+
+void record_real_message(std::span<const spi_ioc_transfer> transfers, int result)
+{
+    static int number = 0;
+    std::vector<uint8_t> sent;
+    std::vector<uint8_t> received;
+    uint64_t length = 0;
+    for (const spi_ioc_transfer &transfer : transfers) {
+        length += transfer.len;
+        append(sent, transfer.tx_buf, transfer.len);
+        append(received, result < 0 ? 0 : transfer.rx_buf, transfer.len);
+    }
+    note_exchange({++number, sent, received, length, result, {}});
+}
+
+} // namespace simulator

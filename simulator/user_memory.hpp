@@ -1,0 +1,21 @@
+// Copies from and to the addresses that a program hands to its driver, as the kernel does: an
+// address that is none is an error and no crash.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace simulator
+{
+
+// False if not all of the bytes can be read or written.
+bool copy_from_user(void *to, uint64_t user_address, size_t size);
+bool copy_to_user(uint64_t user_address, const void *from, size_t size);
+
+// What a pointer of the program's is to the kernel.
+inline uint64_t user_address(const void *pointer)
+{
+    return reinterpret_cast<uintptr_t>(pointer);
+}
+
+} // namespace simulator
