@@ -60,6 +60,7 @@ void report_missing_image(const UpdateOptions &options)
     }
 }
 
+// Kept: the link is open by now; a missing image is told only after it was synchronised.
 void load_image(const UpdateOptions &options, const char *default_name, uint32_t address)
 {
     FILE *image = fopen(options.has_file_name ? options.file_name : default_name, "rb");
@@ -68,7 +69,7 @@ void load_image(const UpdateOptions &options, const char *default_name, uint32_t
         exit(1);
     }
     stm_download_image(image, address, console_poll, console_output);
-    // The stream stays open: the process ends with this one operation.
+    // Kept: the stream stays open; the process ends with this one operation.
 }
 
 void run_action(const UpdateOptions &options)

@@ -1,7 +1,7 @@
 // What the command line of update asks for.
 #pragma once
 
-// The gap between 1 and 6 and the value 99 are deliberate.
+// Kept: the gap between 1 and 6, and the value 99.
 enum UpdateAction {
     ACTION_FIRMWARE = 0,
     ACTION_BOOTER = 1,

@@ -18,14 +18,16 @@ bool acknowledged(StmPollFn poll, StmOutputFn output)
 bool frame_acknowledged(uint16_t checksum, StmPollFn poll, StmOutputFn output)
 {
     if (!acknowledged(poll, output)) {
+        // Kept: without leading zeros, unlike the same checksum in the texts before.
         report_message(output, "Checksum sent: %X\n", checksum);
         return false;
     }
     return true;
 }
 
-// Returns the number of bytes of the mode command, 0 for an address that has none.
-// Kept: bytes 1 to 6 of the boot loader's frame are whatever the transmit buffer holds.
+// Returns the number of bytes of the mode command.
+// Kept: bytes 1 to 6 of the boot loader's frame are whatever the transmit buffer holds, and an
+// address that has no mode command makes an exchange of no bytes all the same.
 int32_t build_mode_command(uint32_t address)
 {
     switch (address) {
@@ -69,6 +71,7 @@ bool send_header(FILE *file, uint32_t address, StmPollFn poll, StmOutputFn outpu
 
 bool send_block(int32_t number, uint32_t address, uint32_t size, StmPollFn poll, StmOutputFn output)
 {
+    // Kept: every block carries the start address; the co-processor counts.
     const uint16_t checksum = image_frame_finish(address, size);
     if (image_frame_send() < 0) {
         report_errno("SPI send data");
@@ -80,7 +83,9 @@ bool send_block(int32_t number, uint32_t address, uint32_t size, StmPollFn poll,
     return frame_acknowledged(checksum, poll, output);
 }
 
-// Reads the next block into a fresh frame; 0 at the end of the file, which a read error is too.
+// Reads the next block into a fresh frame; 0 at the end of the file.
+// Kept: only the end-of-file flag is looked at. A read error ends the file where nothing could be
+// read; after a short block that is not the end, reading goes on.
 uint32_t read_block(FILE *file)
 {
     if (feof(file) != 0) {

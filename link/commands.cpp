@@ -63,6 +63,7 @@ int stm_print_booter_version(StmPollFn, StmOutputFn output)
     if (minor == 0) {
         return output("Booter Version unknown\n", 0);
     }
+    // Kept: the major number is always 1; the co-processor sends the minor one only.
     char text[sizeof("Booter Version 1.255\n")];
     snprintf(text, sizeof(text), "Booter Version 1.%d\n", minor);
     return output(text, 0);

@@ -40,7 +40,7 @@ int judge_status(uint8_t status, int polls, StmOutputFn output)
 
 int stm_wait_for_ack(StmPollFn poll, StmOutputFn output)
 {
-    link_prepare_transfer(stm_link.transfer);
+    link_prepare_transfer(stm_link.transfer); // no download may have done so before
     int polls = 0;
     do {
         usleep(STM_ACK_POLL_US);
@@ -49,6 +49,7 @@ int stm_wait_for_ack(StmPollFn poll, StmOutputFn output)
             report_errno("SPI wait for ACK");
             return -1;
         }
+        // Kept: a stop comes before the status of its poll, whatever that is.
         if (stop_requested(poll)) {
             return 0;
         }

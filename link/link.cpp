@@ -25,6 +25,7 @@ uint64_t descriptor_address(const void *buffer)
     return reinterpret_cast<uintptr_t>(buffer);
 }
 
+// Kept: a refused clock is told, but keeps nobody from going on.
 void set_speed()
 {
     uint32_t speed_hz = STM_SPI_SPEED_HZ;
@@ -41,7 +42,8 @@ void stm_open()
     memcpy(path, STM_SPI_DEVICE, sizeof(STM_SPI_DEVICE));
     stm_link.spi_fd = open(path, O_RDWR);
     if (stm_link.spi_fd < 0) {
-        // Kept: this one text names the module without its final "s".
+        // Kept: this one text names the module without its final "s"; like others below, it ends in
+        // a newline of its own before perror's colon.
         report_errno("Error: stm_com_func: Can't open device \n");
         exit(1);
     }
@@ -53,6 +55,7 @@ void stm_sync_transfer()
 {
     memset(stm_link.rx_buffer, 0, sizeof(stm_link.rx_buffer));
     memset(stm_link.tx_buffer, STM_SYNC_FILL, sizeof(stm_link.tx_buffer));
+    // Kept: a link that cannot be synchronised is told, but used all the same.
     if (stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, STM_BUFFER_SIZE) < 0) {
         report_errno("Error: stm_com_funcs: SPI datatransfer\n");
     }
@@ -60,6 +63,7 @@ void stm_sync_transfer()
 
 void stm_close()
 {
+    // Kept: the descriptor keeps its value, so that a second call closes that number again.
     if (stm_link.spi_fd >= 0) {
         close(stm_link.spi_fd);
     }

@@ -9,8 +9,9 @@
 
 struct RingBuffer;
 
-// Zero at program start. tx_buffer is never cleared as a whole after stm_sync_transfer: bytes that
-// no command rewrites stay 0x66, and frames long enough to reach them send them.
+// Zero at program start.
+// Kept: tx_buffer is never cleared as a whole after stm_sync_transfer. Bytes that no command
+// rewrites stay 0x66, and frames long enough to reach them send them.
 struct StmLink {
     RingBuffer *ring;                    // attached shared memory, null while there is none
     int32_t spi_fd;                      // as the last open returned it, failed or not
@@ -27,8 +28,8 @@ extern StmLink stm_link;
 
 // One full-duplex exchange of length bytes: tx[i] goes out while rx[i] comes in. Clock, delay, word
 // size and chip select stay the device's. Returns what the ioctl returns, negative on failure. A
-// length that the buffers cannot hold, or below 0, is refused with EMSGSIZE before the driver sees
-// it, which is also how the driver answers more than its default buffer.
+// length that the long buffers cannot hold, or below 0, is refused with EMSGSIZE before the driver
+// sees it, which is also how the driver answers more than its default buffer.
 int stm_transfer(const uint8_t *tx, uint8_t *rx, int32_t length);
 
 // The same with a descriptor whose buffers the caller has set; only its length changes.

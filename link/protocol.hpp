@@ -1,4 +1,6 @@
-// Every number of the wire protocol by its name. Multi-byte numbers are little-endian.
+// The numbers of the wire protocol by their names; those that front ends need stand in
+// stm_com_funcs.h, the offsets within a frame where it is built. Multi-byte numbers are
+// little-endian.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +10,7 @@ constexpr char STM_SPI_DEVICE[] = "/dev/spidev1.0";
 constexpr uint32_t STM_SPI_SPEED_HZ = 6'000'000;
 
 // Sizes of the link's buffers, in bytes.
-constexpr int32_t STM_BUFFER_SIZE = 4096; // the most the kernel's driver takes in one exchange
+constexpr int32_t STM_BUFFER_SIZE = 4096; // the most that the kernel's driver takes by default
 constexpr int32_t STM_MESSAGE_SIZE = 255; // one text for the output callback, NUL included
 constexpr int32_t STM_TX_SHORT_SIZE = 13; // request frames of the read-outs
 constexpr int32_t STM_RX_SHORT_SIZE = 10;

@@ -14,12 +14,13 @@
  *   Arguments   the operation's own come first, then the poll callback, then the output callback.
  *               Neither callback may be null, not even where it is said to be unused.
  *   Blocking    an operation runs in its caller's thread and waits by polling and usleep; the
- *               longest wait is stated with each. Exchange times at 6 MHz come on top: 1.3 us a
- *               byte, 1.4 ms for a download frame.
- *   Results     0 or a positive value is success, -1 is failure; 0 can also mean that the operator
- *               stopped a wait.
- *   Reports     there are two channels. A failing system call goes to standard error through
- *               perror, with a fixed text. Everything else goes to the output callback.
+ *               longest wait is stated with each that waits. Exchange times at 6 MHz come on top:
+ *               1.3 us a byte, 1.4 ms for a download frame.
+ *   Results     where nothing else is stated, 0 or a positive value is success, -1 is failure; 0
+ *               can also mean that the operator stopped a wait.
+ *   Reports     there are two channels. A failing open, clock setting or exchange goes to standard
+ *               error through perror, with a fixed text. Everything else goes to the output
+ *               callback.
  *   Numbers     multi-byte numbers travel little-endian where nothing else is said.
  */
 #ifndef STM_COM_FUNCS_H
@@ -79,7 +80,7 @@ void stm_open(void);
 
 /*
  * Makes one exchange of 4096 bytes of 0x66, more than any frame the co-processor could be waiting
- * for. What comes back is dropped; the transmit buffer holds 0x66 throughout afterwards.
+ * for. Nobody looks at what comes back; the transmit buffer holds 0x66 throughout afterwards.
  *
  * A failing exchange is reported as "Error: stm_com_funcs: SPI datatransfer\n" through perror; the
  * caller is not told.
@@ -122,8 +123,8 @@ int stm_reset(void);
  * command: 0x23 asks for the running mode, 0x91 for the boot-loader version.
  * answer:  receives the byte; untouched on failure.
  *
- * Returns 0 with the answer stored, or -1 after a failing exchange, reported through perror as
- * "SPI command" (the command) or "read data" (the answer).
+ * Blocks for 100 ms at most. Returns 0 with the answer stored, or -1 after a failing exchange,
+ * reported through perror as "SPI command" (the command) or "read data" (the answer).
  */
 int stm_query_byte(uint8_t command, uint8_t *answer);
 
@@ -136,7 +137,7 @@ int stm_query_byte(uint8_t command, uint8_t *answer);
  *
  * poll: unused.
  *
- * Blocks for 100 ms. Returns what the output callback returns.
+ * Blocks for 100 ms at most. Returns what the output callback returns.
  */
 int stm_print_booter_version(StmPollFn poll, StmOutputFn output);
 
@@ -148,7 +149,7 @@ int stm_print_booter_version(StmPollFn poll, StmOutputFn output);
  *
  * poll: unused.
  *
- * Blocks for 100 ms. Returns what the output callback returns.
+ * Blocks for 100 ms at most. Returns what the output callback returns.
  */
 int stm_print_state(StmPollFn poll, StmOutputFn output);
 
@@ -165,9 +166,11 @@ int stm_print_state(StmPollFn poll, StmOutputFn output);
  *    0  the poll callback delivered STM_STOP_LINE; the status of that poll is not looked at;
  *   -1  a failing exchange, reported as "SPI wait for ACK" through perror, or one of these texts
  *       through the output callback, flag 0: "SPI Bus inactive\n" (0xFF), "Checksum error\n"
- *       (0xF0), "Address error\n" (0xF1), "SPI timeout\n" (nothing of it within 1500 polls).
+ *       (0xF0), "Address error\n" (0xF1), each also in the 1501st poll, or "SPI timeout\n" (none of
+ *       them in 1501 polls and no acknowledge in 1500).
  *
- * Blocks for at most 16.5 s; ends early through the poll callback, which is called once a poll.
+ * Blocks for about 16.5 s at most; ends early through the poll callback, which is called once a
+ * poll.
  */
 int stm_wait_for_ack(StmPollFn poll, StmOutputFn output);
 
@@ -186,40 +189,51 @@ uint16_t stm_crc16(const uint8_t *data, uint16_t length);
 
 /*
  * Returns the size of a stream in bytes, as the low 32 bits of its end position, or -1 for a null
- * stream or one that has no position (a pipe). The stream's position is the same afterwards and
- * its end-of-file flag is clear.
+ * stream or one that has no position (a pipe). A stream with a position keeps it, and has its
+ * end-of-file flag cleared.
  */
 int32_t stm_file_size(FILE *stream);
 
 /*
  * Writes an image into the co-processor's flash.
  *
- * Sends the mode command (0x81 for the firmware, an eight-byte 0x82 frame for the boot loader), a
- * header frame with address and size, then the file in blocks of up to 1024 bytes, and waits with
- * stm_wait_for_ack after each of them. Every frame has 1034 bytes:
+ * Sends the mode command, a header frame with address and size, then the file in blocks of up to
+ * 1024 bytes, and waits with stm_wait_for_ack after each of them. The mode command is the byte 0x81
+ * for the firmware, and for the boot loader a frame of eight bytes: 0x82, the six bytes that the
+ * transmit buffer holds there (0x66 after stm_open), 0xAA. Every other frame has 1034 bytes:
  *
  *      0  checksum, stm_crc16 over bytes 2 to 1033
  *      2  flash address, 32 bits; the start address in every frame
  *      6  header: size of the file; block: number of its bytes, 1 to 1024; 32 bits
- *     10  header: nothing; block: the bytes
+ *     10  header: zeros; block: its bytes, then zeros; both up to byte 1023
+ *   1024  the block's last ten bytes, as far as it has so many; the others are not cleared and
+ *         repeat what was last sent there (0x66 after stm_open)
  *
- * Bytes 1024 to 1033 that a frame has no use for are not cleared: they repeat what was last sent
- * there.
- *
- * file:    open in binary mode at its start; left open, at the place where reading ended. A read
- *          error counts as the end of the file.
+ * file:    not null, open in binary mode at its start; left open, at the place where reading ended.
+ *          A read that yields nothing ends the file, be it by an error or by its end.
  * address: STM_FLASH_FIRMWARE_ADDR or STM_FLASH_BOOTER_ADDR. Any other address makes an exchange of
  *          no bytes in place of the mode command and is sent in the frames as it is.
  *
- * Reports the size, the header and each block to the output callback, flag 0, and in the end
- * "Transmitted data: %ld Byte\n" with the number of bytes that were acknowledged: the only sign of
- * success. The first failure ends the download; nothing is retried. Failing exchanges are reported
- * through perror as "SPI command", "SPI send header information" or "SPI send data"; a missing
- * acknowledge by stm_wait_for_ack, followed, for a frame, by "Checksum sent: %X\n".
+ * Output, flag 0:
+ *
+ *     "Filesize: %d Byte\n"                                  before the header is built
+ *     "Transmitting information header (size: 0x%04hX, checksum: 0x%04hX)\n"
+ *                                                            before the header is sent; the size's
+ *                                                            low 16 bits
+ *     "Transmitting datablock %d (size: 0x%04hX, checksum: 0x%04hX)\n"
+ *                                                            after each block, numbered from 0
+ *     "Transmitted data: %ld Byte\n"                         at the end of the file
+ *
+ * The last text gives the number of bytes whose waits did not fail. The image is in the flash if
+ * that number is the file's size, and the operator stopped no wait; there is no other sign of it.
+ *
+ * The first failure ends the download; nothing is retried. Failing exchanges are reported through
+ * perror as "SPI command", "SPI send header information" or "SPI send data"; a missing acknowledge
+ * by stm_wait_for_ack and then, for a frame, as "Checksum sent: %X\n" to the output callback.
  *
  * STM_STOP_LINE ends only the wait in which it is typed, as if the co-processor had acknowledged.
  *
- * Blocks for 11 ms a frame at least and 16.5 s a frame at most.
+ * Blocks for one wait more than there are frames: 11 ms each at least, about 16.5 s at most.
  */
 void stm_download_image(FILE *file, uint32_t address, StmPollFn poll, StmOutputFn output);
 

@@ -1,4 +1,4 @@
-// How a wait listens to its operator.
+// The stop line.
 #include "link/waiting.hpp"
 
 #include <cstring>

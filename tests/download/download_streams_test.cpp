@@ -187,3 +187,70 @@ TEST_F(DownloadStream, that_is_null_has_no_size_either_but_is_not_read_when_the_
     load(static_cast<FILE *>(nullptr), FIRMWARE);
     EXPECT_TRUE(happened({"exchange 1: 81", "perror \"SPI command\" EIO"}));
 }
+
+namespace
+{
+
+// A file of zeros that fails to be read once, after its first bytes, and then goes on.
+struct FlickeringFile {
+    off64_t size;
+    off64_t fails_at;
+    off64_t position;
+    bool has_failed;
+};
+
+ssize_t read_flickering(void *cookie, char *to, size_t count)
+{
+    auto &file = *static_cast<FlickeringFile *>(cookie);
+    if (file.position == file.fails_at && !file.has_failed) {
+        file.has_failed = true;
+        errno = EIO;
+        return -1;
+    }
+    const off64_t end = file.has_failed ? file.size : file.fails_at;
+    const auto readable = std::min(static_cast<off64_t>(count), end - file.position);
+    std::fill_n(to, readable, '\0');
+    file.position += readable;
+    return static_cast<ssize_t>(readable);
+}
+
+int seek_flickering(void *cookie, off64_t *offset, int whence)
+{
+    auto &file = *static_cast<FlickeringFile *>(cookie);
+    if (whence == SEEK_CUR) {
+        *offset += file.position;
+    } else if (whence == SEEK_END) {
+        *offset += file.size;
+    }
+    file.position = *offset;
+    return 0;
+}
+
+} // namespace
+
+TEST_F(DownloadStream, that_fails_once_in_a_block_is_read_on_behind_it)
+{
+    FlickeringFile flickering = {1600, 1500, 0, false};
+    FILE *file =
+        keep(fopencookie(&flickering, "rb", {read_flickering, nullptr, seek_flickering, nullptr}));
+    setvbuf(file, nullptr, _IONBF, 0);
+    load(file, FIRMWARE);
+    const Bytes header = frame(0x08004000, 1600, {}, OPENED);
+    const Bytes first = frame(0x08004000, 1024, Bytes(1024, 0), OPENED);
+    const Bytes zeros(10, 0);
+    const Bytes second = frame(0x08004000, 476, Bytes(476, 0), zeros);
+    const Bytes third = frame(0x08004000, 100, Bytes(100, 0), zeros);
+    EXPECT_TRUE(happened(joined({
+        {"exchange 1: 81"},
+        WAIT,
+        {say("Filesize: 1600 Byte\n"), say_header(1600, checksum_of(header)), exchange(header)},
+        WAIT,
+        {exchange(first), say_block(0, 1024, checksum_of(first))},
+        WAIT,
+        {exchange(second), say_block(1, 476, checksum_of(second))},
+        WAIT,
+        {exchange(third), say_block(2, 100, checksum_of(third))},
+        WAIT,
+        {say("Transmitted data: 1600 Byte\n")},
+    })));
+}

@@ -320,3 +320,23 @@ TEST_F(Command, state_after_a_failing_fetch_is_0)
         "say 0 \"0\\n\"",
     }));
 }
+
+TEST_F(Command, exchange_that_returns_0_has_not_failed)
+{
+    exchange_result = 0;
+    EXPECT_EQ(stm_reset(), 0);
+    EXPECT_EQ(stm_start_bootloader(), 0);
+}
+
+TEST_F(Query, answer_that_does_not_come_back_is_the_byte_before)
+{
+    watch = [](const spi_ioc_transfer &descriptor) {
+        if (descriptor.len == 1 && stm_link.tx_buffer[0] == 0x91) {
+            stm_link.rx_buffer[0] = 0x77;
+        }
+    };
+    bytes_come_back = false;
+    uint8_t answer = 0;
+    EXPECT_EQ(stm_query_byte(0x91, &answer), 0);
+    EXPECT_EQ(answer, 0x77);
+}

@@ -268,3 +268,21 @@ TEST_F(Handshake, each_wait_has_all_its_polls)
     EXPECT_EQ(wait(), 1);
     EXPECT_TRUE(happened(times(1500, POLL)));
 }
+
+TEST_F(Handshake, exchange_that_returns_0_has_not_failed)
+{
+    exchange_result = 0;
+    answer_always({0x55});
+    EXPECT_EQ(wait(), 1);
+    EXPECT_TRUE(happened(POLL));
+}
+
+TEST_F(Handshake, status_that_does_not_come_back_is_the_one_before)
+{
+    bytes_come_back = false;
+    stm_link.rx_buffer[0] = 0x55;
+    EXPECT_EQ(wait(), 1);
+    stm_link.rx_buffer[0] = 0xF0;
+    EXPECT_EQ(wait(), -1);
+    EXPECT_TRUE(happened(joined({POLL, POLL, {say("Checksum error\n")}})));
+}

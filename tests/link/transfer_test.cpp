@@ -132,3 +132,11 @@ TEST_F(CommandBytes, are_the_first_48_of_both_buffers)
     EXPECT_EQ(bytes_in(stm_link.rx_buffer), chained({bytes_of(48, 0), bytes_of(4048, 0x5A)}));
     EXPECT_TRUE(happened({}));
 }
+
+TEST_F(Exchanging, result_is_that_of_the_system_call)
+{
+    for (const int result : {0, 1, 4096}) {
+        exchange_result = result;
+        EXPECT_EQ(stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, 5), result);
+    }
+}

@@ -187,8 +187,10 @@ int Dialogue::make_exchange(const spi_ioc_transfer &descriptor)
         return fail_with(EFAULT);
     }
     const uint8_t *tx = buffer_at(descriptor.tx_buf);
-    const Bytes sent(tx, tx + descriptor.len);
-    transcript.push_back(is_short ? short_exchange(sent) : exchange(sent));
+    if (keep_transcript) {
+        const Bytes sent(tx, tx + descriptor.len);
+        transcript.push_back(is_short ? short_exchange(sent) : exchange(sent));
+    }
     if (watch) {
         watch(descriptor);
     }
@@ -197,8 +199,10 @@ int Dialogue::make_exchange(const spi_ioc_transfer &descriptor)
         return fail_with(answer.error);
     }
     answer.bytes.resize(descriptor.len);
-    std::copy(answer.bytes.begin(), answer.bytes.end(), buffer_at(descriptor.rx_buf));
-    return static_cast<int>(descriptor.len);
+    if (bytes_come_back) {
+        std::copy(answer.bytes.begin(), answer.bytes.end(), buffer_at(descriptor.rx_buf));
+    }
+    return exchange_result == EXCHANGED ? static_cast<int>(descriptor.len) : exchange_result;
 }
 
 Dialogue::Answer Dialogue::next_answer()

@@ -25,6 +25,7 @@ class Dialogue : public testing::Test
 {
   public:
     static constexpr int DEVICE = 7;
+    static constexpr int EXCHANGED = -1; // the length of the exchange
 
     Dialogue();
     ~Dialogue() override;
@@ -44,8 +45,11 @@ class Dialogue : public testing::Test
     int speed_result = 0;
     int speed_error = 0;
     int close_result = 0;
+    int exchange_result = EXCHANGED; // or what every exchange that does not fail returns instead
+    bool bytes_come_back = true;     // or the receive buffer is left as it is
     int output_result = 0;
-    bool really_exit = false; // perror and exit do their true work
+    bool really_exit = false;    // perror and exit do their true work
+    bool keep_transcript = true; // or nothing is written down, of what would be too long
 
     // What comes back: in every exchange, in one of them, or in the first ones, a byte each. What
     // an answer leaves open of an exchange is zero.
