@@ -245,7 +245,7 @@ std::string help_text()
         "  virtual-board --through --transcript dialogue.txt update -state\n"
         "      listen to the dialogue with a real board\n"
         "  virtual-board --emulator 'qemu-arm -L /usr/arm-linux-gnueabihf' \\\n"
-        "                --preload build/armhf/lib/libvirtual-board.so ./update -state\n"
+        "                --preload build/board/lib/libvirtual-board.so ./update -state\n"
         "      a program of the board's own architecture\n"
         "\n"
         "The exit status is the command's; 125 if virtual-board itself fails, 126 if the command\n"
