@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 
 #include <unistd.h>
 
@@ -27,21 +28,24 @@ class DownloadStream : public Download
     }
 };
 
-// A file of size bytes of which only the first good ones can be read.
+// A file of size bytes that cannot be read beyond a place until that was tried so many times.
 struct DamagedFile {
     off64_t size;
     off64_t good;
     off64_t position;
+    int failures;
 };
 
 ssize_t read_damaged(void *cookie, char *to, size_t count)
 {
     auto &file = *static_cast<DamagedFile *>(cookie);
-    if (file.position >= file.good) {
+    if (file.position >= file.good && file.failures > 0) {
+        --file.failures;
         errno = EIO;
         return -1;
     }
-    const auto readable = std::min(static_cast<off64_t>(count), file.good - file.position);
+    const off64_t end = file.failures > 0 ? file.good : file.size;
+    const auto readable = std::min(static_cast<off64_t>(count), end - file.position);
     std::fill_n(to, readable, '\x5A');
     file.position += readable;
     return static_cast<ssize_t>(readable);
@@ -147,7 +151,7 @@ TEST_F(DownloadStream, without_a_size_and_without_bytes)
 
 TEST_F(DownloadStream, read_error_counts_as_its_end)
 {
-    DamagedFile damaged = {3000, 1500, 0};
+    DamagedFile damaged = {3000, 1500, 0, INT_MAX};
     load(keep(open_damaged(damaged)), FIRMWARE);
     const Bytes header = frame(0x08004000, 3000, {}, OPENED);
     EXPECT_TRUE(happened(joined({
@@ -162,7 +166,7 @@ TEST_F(DownloadStream, read_error_counts_as_its_end)
 
 TEST_F(DownloadStream, read_error_at_its_first_byte_leaves_the_header_alone)
 {
-    DamagedFile damaged = {3000, 0, 0};
+    DamagedFile damaged = {3000, 0, 0, INT_MAX};
     load(keep(open_damaged(damaged)), FIRMWARE);
     const Bytes header = frame(0x08004000, 3000, {}, OPENED);
     EXPECT_TRUE(happened(joined({
@@ -176,7 +180,7 @@ TEST_F(DownloadStream, read_error_at_its_first_byte_leaves_the_header_alone)
 
 TEST_F(DownloadStream, read_error_between_two_blocks_ends_behind_the_first)
 {
-    DamagedFile damaged = {3000, 1024, 0};
+    DamagedFile damaged = {3000, 1024, 0, INT_MAX};
     load(keep(open_damaged(damaged)), FIRMWARE);
     EXPECT_EQ(texts.back(), R"(say 0 "Transmitted data: 1024 Byte\n")");
 }
@@ -188,58 +192,17 @@ TEST_F(DownloadStream, that_is_null_has_no_size_either_but_is_not_read_when_the_
     EXPECT_TRUE(happened({"exchange 1: 81", "perror \"SPI command\" EIO"}));
 }
 
-namespace
-{
-
-// A file of zeros that fails to be read once, after its first bytes, and then goes on.
-struct FlickeringFile {
-    off64_t size;
-    off64_t fails_at;
-    off64_t position;
-    bool has_failed;
-};
-
-ssize_t read_flickering(void *cookie, char *to, size_t count)
-{
-    auto &file = *static_cast<FlickeringFile *>(cookie);
-    if (file.position == file.fails_at && !file.has_failed) {
-        file.has_failed = true;
-        errno = EIO;
-        return -1;
-    }
-    const off64_t end = file.has_failed ? file.size : file.fails_at;
-    const auto readable = std::min(static_cast<off64_t>(count), end - file.position);
-    std::fill_n(to, readable, '\0');
-    file.position += readable;
-    return static_cast<ssize_t>(readable);
-}
-
-int seek_flickering(void *cookie, off64_t *offset, int whence)
-{
-    auto &file = *static_cast<FlickeringFile *>(cookie);
-    if (whence == SEEK_CUR) {
-        *offset += file.position;
-    } else if (whence == SEEK_END) {
-        *offset += file.size;
-    }
-    file.position = *offset;
-    return 0;
-}
-
-} // namespace
-
 TEST_F(DownloadStream, that_fails_once_in_a_block_is_read_on_behind_it)
 {
-    FlickeringFile flickering = {1600, 1500, 0, false};
-    FILE *file =
-        keep(fopencookie(&flickering, "rb", {read_flickering, nullptr, seek_flickering, nullptr}));
+    DamagedFile damaged = {1600, 1500, 0, 1};
+    FILE *file = keep(open_damaged(damaged));
     setvbuf(file, nullptr, _IONBF, 0);
     load(file, FIRMWARE);
     const Bytes header = frame(0x08004000, 1600, {}, OPENED);
-    const Bytes first = frame(0x08004000, 1024, Bytes(1024, 0), OPENED);
-    const Bytes zeros(10, 0);
-    const Bytes second = frame(0x08004000, 476, Bytes(476, 0), zeros);
-    const Bytes third = frame(0x08004000, 100, Bytes(100, 0), zeros);
+    const Bytes first = frame(0x08004000, 1024, Bytes(1024, 0x5A), OPENED);
+    const Bytes tail(10, 0x5A);
+    const Bytes second = frame(0x08004000, 476, Bytes(476, 0x5A), tail);
+    const Bytes third = frame(0x08004000, 100, Bytes(100, 0x5A), tail);
     EXPECT_TRUE(happened(joined({
         {"exchange 1: 81"},
         WAIT,
