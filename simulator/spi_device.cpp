@@ -130,7 +130,8 @@ int SpiDevice::fetch(std::span<const spi_ioc_transfer> transfers, const MessageL
         length.received > DRIVER_BUFFER_SIZE) {
         return -EMSGSIZE;
     }
-    mosi_.assign(static_cast<size_t>(length.total), 0); // a transfer that only receives sends zeroes
+    mosi_.assign(static_cast<size_t>(length.total),
+                 0); // a transfer that only receives sends zeroes
     size_t at = 0;
     for (const spi_ioc_transfer &transfer : transfers) {
         if (transfer.tx_buf != 0 &&
