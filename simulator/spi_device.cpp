@@ -28,7 +28,7 @@ constexpr uint64_t ALIGNMENT = 64;
 constexpr uint64_t ALIGNMENT = 8;
 #endif
 
-constexpr uint64_t MOST_BYTES = 1024 * 1024; // of one call, those without a buffer included
+constexpr uint64_t MOST_BYTES = 1'048'576; // of one call, those without a buffer included
 
 MessageLength measure(std::span<const spi_ioc_transfer> transfers)
 {

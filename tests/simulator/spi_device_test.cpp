@@ -129,7 +129,7 @@ TEST_F(SpiDeviceTest, keeps_mode_and_gives_it_back)
 
 TEST_F(SpiDeviceTest, knows_a_message_by_its_request)
 {
-    EXPECT_EQ(transfers_of(SPI_IOC_MESSAGE(0)), 0);
+    EXPECT_EQ(transfers_of(_IOC(_IOC_WRITE, SPI_IOC_MAGIC, 0, 0)), 0);
     EXPECT_EQ(transfers_of(SPI_IOC_MESSAGE(1)), 1);
     EXPECT_EQ(transfers_of(SPI_IOC_MESSAGE(511)), 511);
     EXPECT_EQ(transfers_of(SPI_IOC_WR_MAX_SPEED_HZ), -1);

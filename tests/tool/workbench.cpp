@@ -12,6 +12,7 @@
 #include <iterator>
 #include <random>
 #include <sstream>
+#include <string_view>
 #include <thread>
 
 namespace fs = std::filesystem;
@@ -19,7 +20,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-const std::string EMULATOR(TOOL_EMULATOR); // empty for programs of this machine
+constexpr std::string_view EMULATOR = TOOL_EMULATOR; // empty for programs of this machine
 
 Words plus(Words words, const Words &more)
 {
@@ -86,14 +87,15 @@ Words virtual_board(const Words &options)
 {
     Words words = {TOOL_VIRTUAL_BOARD};
     if (!EMULATOR.empty()) {
-        words = plus(words, {"--emulator", EMULATOR, "--preload", TOOL_PRELOAD});
+        words = plus(words, {"--emulator", std::string(EMULATOR), "--preload", TOOL_PRELOAD});
     }
     return plus(words, options);
 }
 
 Words directly(const Words &environment, const Words &command)
 {
-    Words words = EMULATOR.empty() ? Words{"env", ADMIT_INSTRUMENTED} : split(EMULATOR);
+    Words words =
+        EMULATOR.empty() ? Words{"env", ADMIT_INSTRUMENTED} : split(std::string(EMULATOR));
     for (const std::string &setting : environment) {
         words = plus(words, EMULATOR.empty() ? Words{setting} : Words{"-E", setting});
     }
