@@ -59,6 +59,21 @@ TEST_F(SpiDeviceTest, numbers_every_exchange_also_those_that_it_refuses)
     EXPECT_EQ(seen, (std::vector<int>{1, 2, 3, 4}));
 }
 
+TEST_F(SpiDeviceTest, refuses_more_than_its_buffer_in_either_direction)
+{
+    SpiDevice device = device_with({});
+    const Bytes sent(4097);
+    Bytes received(4097);
+    spi_ioc_transfer one_way = transfer(sent, received);
+    one_way.tx_buf = 0;
+    EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(1), &one_way), -EMSGSIZE);
+    one_way = transfer(sent, received);
+    one_way.rx_buf = 0;
+    EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(1), &one_way), -EMSGSIZE);
+    one_way.len = 4096;
+    EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(1), &one_way), 4096);
+}
+
 TEST_F(SpiDeviceTest, fails_the_exchange_of_a_fault_and_no_other)
 {
     SpiDevice device = device_with({{FaultKind::exchange, 2, ETIMEDOUT}});
