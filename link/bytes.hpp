@@ -1,16 +1,32 @@
-// Numbers of the wire, written byte by byte: the buffers have no alignment and the host any order.
+// Numbers of the wire, read and written byte by byte: the buffers have no alignment and the host
+// any order.
 #pragma once
 
 #include <cstdint>
 
+constexpr uint8_t low_byte(uint32_t value)
+{
+    return static_cast<uint8_t>(value);
+}
+
+constexpr uint8_t high_byte(uint32_t word)
+{
+    return static_cast<uint8_t>(word >> 8);
+}
+
 constexpr void put_le16(uint8_t *to, uint16_t value)
 {
-    to[0] = static_cast<uint8_t>(value);
-    to[1] = static_cast<uint8_t>(value >> 8);
+    to[0] = low_byte(value);
+    to[1] = high_byte(value);
 }
 
 constexpr void put_le32(uint8_t *to, uint32_t value)
 {
     put_le16(to, static_cast<uint16_t>(value));
     put_le16(to + 2, static_cast<uint16_t>(value >> 16));
+}
+
+constexpr uint16_t get_le16(const uint8_t *from)
+{
+    return static_cast<uint16_t>(from[0] | from[1] << 8);
 }

@@ -28,9 +28,18 @@ constexpr uint8_t STM_CMD_VERSION = 0x91;          // byte: ask for the boot-loa
 
 // Command frame: command, six parameter bytes, end byte.
 constexpr int32_t STM_FRAME_BYTES = 8;
+constexpr int32_t STM_PARAM_BYTES = 6;
 constexpr uint8_t STM_FRAME_END = 0xAA;
 
-// Status bytes that the co-processor answers to STM_POLL_ACK. All from 0xF0 on end a wait.
+// Commands that name an address. The codes of settings and queries stand in their tables.
+constexpr uint8_t STM_CMD_WRITE_BYTE = 0x61; // 'a'
+constexpr uint8_t STM_CMD_READ_BYTE = 0x62;  // 'b'
+constexpr uint8_t STM_CMD_READ_RANGE = 0x75; // 'u'
+constexpr uint16_t STM_TOP_BLOCK_ADDR = 0xFFCF;
+constexpr int32_t STM_TOP_BLOCK_WORDS = 12;
+
+// Status bytes that the co-processor answers to STM_POLL_ACK; to STM_POLL_DATA, STM_ACK says that
+// an answer is ready. All from 0xF0 on end a wait for an acknowledge.
 constexpr uint8_t STM_ACK = 0x55; // 'U'
 constexpr uint8_t STM_ERR_CHECKSUM = 0xF0;
 constexpr uint8_t STM_ERR_ADDRESS = 0xF1;
@@ -42,6 +51,8 @@ constexpr uint32_t STM_ANSWER_PAUSE_US = 100'000; // between a query and its ans
 constexpr uint32_t STM_ACK_POLL_US = 10'000;      // before each poll for an acknowledge
 constexpr uint32_t STM_ACK_AFTER_POLL_US = 1'000; // and after it
 constexpr int STM_ACK_POLL_LIMIT = 1501;          // the last of them can no longer succeed
+constexpr uint32_t STM_PARAM_POLL_US = 1'000;     // after each poll for an answer
+constexpr int STM_PARAM_POLL_LIMIT = 3001;        // the last of them is not looked at
 
 // Image download.
 constexpr int32_t STM_BLOCK_SIZE = 1024;

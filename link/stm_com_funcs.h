@@ -174,6 +174,79 @@ int stm_print_state(StmPollFn poll, StmOutputFn output);
  */
 int stm_wait_for_ack(StmPollFn poll, StmOutputFn output);
 
+/* -------------------------------------------------------------------------- parameter commands */
+
+/*
+ * Sends a command to the application and fetches its answer. All settings and queries go this way.
+ *
+ * Sends the code, the six parameter bytes and 0xAA in one exchange, polls with 'D' (0x44) every
+ * millisecond until 0x55 comes back, at most 3001 times, then fetches two bytes, low byte first.
+ * What they mean is the command's own: a result, or the length of a reply that is fetched with one
+ * more exchange of so many bytes.
+ *
+ * params: six bytes; only read.
+ *
+ * Returns
+ *    0 to 65535  the answer.
+ *    0           also after the poll callback delivered STM_STOP_LINE, which goes before a 0x55 of
+ *                the same poll; the answer is not fetched. No sign tells this from an answer of 0.
+ *   -1           a failing exchange, after which nothing is sent. Reported through perror as
+ *                "Error stm_com_funcs: SPI command \n" (the frame),
+ *                "Error stm_com_funcs: SPI wait for ACK\n" (a poll) or
+ *                "Error stm_com_funcs: SPI datasize \n" (the answer).
+ *
+ * No 0x55 in 3000 polls is reported as "Error stm_com_funcs: SPI timeout\n" through the output
+ * callback, flag 0; one that comes with the 3001st is not looked at. The two bytes are fetched and
+ * returned all the same.
+ *
+ * Blocks for about 3 s at most; ends early through the poll callback, which is called once a poll.
+ */
+int32_t stm_param_command(uint8_t code, const uint8_t params[6], StmPollFn poll,
+                          StmOutputFn output);
+
+/*
+ * stm_param_command with the parameter bytes p0, p1, p2, p3, 0, 0; results, reports and blocking
+ * are the same.
+ */
+int32_t stm_command(uint8_t code, uint8_t p0, uint8_t p1, uint8_t p2, uint8_t p3, StmPollFn poll,
+                    StmOutputFn output);
+
+/*
+ * stm_command with the code in the name and parameters of 0. What these six do is the co-processor
+ * firmware's own; the host sends them and hands the answer back.
+ */
+int32_t stm_command_r(StmPollFn poll, StmOutputFn output); /* 0x72 'r' */
+int32_t stm_command_q(StmPollFn poll, StmOutputFn output); /* 0x71 'q' */
+int32_t stm_command_c(StmPollFn poll, StmOutputFn output); /* 0x63 'c' */
+int32_t stm_command_d(StmPollFn poll, StmOutputFn output); /* 0x64 'd' */
+int32_t stm_command_3(StmPollFn poll, StmOutputFn output); /* 0x33 '3' */
+int32_t stm_command_2(StmPollFn poll, StmOutputFn output); /* 0x32 '2' */
+
+/*
+ * Writes one byte into the co-processor's memory.
+ *
+ * stm_command with the code 'a' (0x61) and the parameters address low, address high, value, 0;
+ * results, reports and blocking are the same.
+ */
+int32_t stm_write_byte(uint16_t address, uint8_t value, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Writes the characters of a text, without its NUL, one after another to the same address, each
+ * with a command of its own as in stm_write_byte. No answer is looked at, so neither a failure nor
+ * the operator's stop keeps the following characters from being sent.
+ *
+ * text: shorter than 256 characters. A longer one is sent from its start again, without end.
+ *
+ * Blocks for about 3 s a character at most.
+ */
+void stm_write_string(uint16_t address, const char *text, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Stands for an operation that a front end offers and the module does not have. Sends nothing and
+ * hands "not implemented\n" to the output callback, flag 0.
+ */
+void stm_not_implemented(int unused1, int unused2, StmOutputFn output);
+
 /* ------------------------------------------------------------------------------------ checksum */
 
 /*
@@ -184,6 +257,20 @@ int stm_wait_for_ack(StmPollFn poll, StmOutputFn output);
  * data:   length bytes; may be null if length is 0.
  */
 uint16_t stm_crc16(const uint8_t *data, uint16_t length);
+
+/* ----------------------------------------------------------------------------- numbers to text */
+
+/*
+ * Writes a number in digits 0 to 9 and a to z, a '-' before it if it is below 0, and a NUL.
+ *
+ * buffer: as many characters as the text takes; 34 hold every number in every base.
+ * base:   2 to 36; any other gives the empty text.
+ *
+ * Returns the buffer.
+ */
+char *stm_itoa(int32_t value, char *buffer, int32_t base);
+char *stm_ltoa(long value, char *buffer, int32_t base); /* the low 32 bits, as a signed number */
+char *stm_utoa(uint32_t value, char *buffer, int32_t base);
 
 /* ------------------------------------------------------------------------------ image download */
 
@@ -207,7 +294,7 @@ int32_t stm_file_size(FILE *stream);
  *      6  header: size of the file; block: number of its bytes, 1 to 1024; 32 bits
  *     10  header: zeros; block: its bytes, then zeros; both up to byte 1023
  *   1024  the block's last ten bytes, as far as it has so many; the others are not cleared and
- *         repeat what was last sent there (0x66 after stm_open)
+ *         repeat what was last sent there (0x66 after stm_open and after a query's reply)
  *
  * file:    not null, open in binary mode at its start; left open, at the place where reading ended.
  *          A read that yields nothing ends the file, be it by an error or by its end.
@@ -236,6 +323,225 @@ int32_t stm_file_size(FILE *stream);
  * Blocks for one wait more than there are frames: 11 ms each at least, about 16.5 s at most.
  */
 void stm_download_image(FILE *file, uint32_t address, StmPollFn poll, StmOutputFn output);
+
+/* ------------------------------------------------------------------------------------ settings */
+
+/*
+ * What holds for every stm_set_ operation
+ *
+ * The first argument is tested on the host; if it is out of range, nothing is sent, and the error
+ * text stated with the operation goes to the output callback, flag 0, with the whole argument for
+ * %d. The test looks at the low 8 bits of the argument, at its low 16 bits or at the whole of it.
+ * A test of low bits lets arguments pass whose high bits are set: 256 is channel 0 there. A test of
+ * the whole refuses every negative argument.
+ *
+ * Otherwise the arguments go out in the six parameter bytes of one stm_param_command: the channel
+ * in one byte, 16-bit values in two and 32-bit values in four, low byte first, then zeros.
+ *
+ * Returns the result of stm_param_command: the co-processor's answer from 0 to 65535, 0 after the
+ * operator's stop, -1 after a failing exchange. For an argument out of range it returns what the
+ * output callback returned; a front end that must tell the two apart returns a number below -1
+ * there.
+ *
+ * Reports as stm_param_command does. Blocks for about 3 s at most. What a setting means and in
+ * which unit it counts is the co-processor firmware's own.
+ */
+
+/*
+ * The number in hundredths, as settings send it: value * 100 in single precision, without its
+ * fraction. 0 for NaN and for a product below 0, 4294967295 for one of 2^32 or more.
+ */
+uint32_t stm_scale100(float value);
+
+/*
+ * Set a value, or two of them, of an ADC channel. Codes 0xC5, 0xC2, 0xC6 and 0xC3. Each goes out as
+ * the low 16 bits of stm_scale100: 12.345 as 1234, and 700 as 4464, because values are not tested.
+ *
+ * channel: 0 to 1 for the adc2 operations, else 0 to 7; the low 8 bits are tested. Error text for
+ *          both ranges: "Wrong ADC channel (%d)\n".
+ */
+int32_t stm_set_adc2_value(int channel, float value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_adc_value(int channel, float value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_adc2_value_pair(int channel, float first, float second, StmPollFn poll,
+                                StmOutputFn output);
+int32_t stm_set_adc_value_pair(int channel, float first, float second, StmPollFn poll,
+                               StmOutputFn output);
+
+/*
+ * Set a 32-bit value of a channel. Codes 0x9C and 0x9B.
+ *
+ * channel: the whole is tested. BE: 0 to 1, error text "Wrong BE channel (%d)\n". ADC: 0 to 7,
+ * error text "Wrong ADC channel (%d)\n".
+ */
+int32_t stm_set_be_u32(int channel, uint32_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_adc_u32(int channel, uint32_t value, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Set a 16-bit value of a channel. The name ends in the code.
+ *
+ * channel: the whole is tested. BE: 0 to 1, error text "Wrong BE channel (%d)\n". ADC: 0 to 7,
+ * error text "Wrong ADC channel (%d)\n". Others: 0 to 1, error text "Wrong channel (%d)\n".
+ */
+int32_t stm_set_be_word_97(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_be_word_98(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_adc_word_54(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_adc_word_55(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_channel_word_56(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_channel_word_57(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_channel_word_58(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_channel_word_59(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_channel_word_5A(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+int32_t stm_set_channel_word_5B(int channel, uint16_t value, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Sets the interpolation mode, which goes out in one byte. Code 0x53.
+ *
+ * mode: 0 to 3; the whole is tested. Error text "Wrong interpolation mode (%d)\n".
+ */
+int32_t stm_set_interpolation_mode(int mode, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Sets the ADC sample skip, as a 16-bit value. Code 0x52.
+ *
+ * skip: 3 to 32000; the whole is tested. Error text "Wrong ADC sampleskip (%d)\n".
+ */
+int32_t stm_set_adc_sampleskip(int skip, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Sets the ADC sample time, as a 16-bit value. Code 0x51.
+ *
+ * time: 0 to 32000; the low 16 bits are tested and sent, so that 65636 passes as 100. Error text
+ *       "Wrong ADC sampletime (%d)\n".
+ */
+int32_t stm_set_adc_sampletime(int time, StmPollFn poll, StmOutputFn output);
+
+/* ------------------------------------------------------------------------------------- queries */
+
+/*
+ * What holds for every stm_query_ operation below, and for the reads by address after them
+ *
+ * One stm_command gives the length N of the reply. The reply is fetched with one more exchange:
+ * the transmit buffer is filled with 0x66, and N bytes of it go out.
+ *
+ * The reply's failing exchange is reported as "SPI datatransfer" through perror; more than 4096
+ * bytes are refused that way, without an exchange. Nothing is printed then. A failing exchange of
+ * stm_command leaves no length, so that there is neither a reply nor a second report.
+ *
+ * After a time-out the operation goes on with the length that was fetched all the same. After the
+ * operator's stop, and for a length of 0, it goes on with a reply of no bytes, which is fetched and
+ * printed like any other: a number is 0, a text is empty, and a first byte is the one received
+ * last, which is 0 for a length of 0 and the poll's own after a stop.
+ *
+ * Texts are built in buffers of the operation's own; flag 0 where nothing else is stated. Each
+ * stm_command blocks for about 3 s at most.
+ */
+
+/* Print the first byte of the reply as "%d\n", 0 to 255. The name ends in the code. */
+void stm_query_byte_value_73(StmPollFn poll, StmOutputFn output);
+void stm_query_byte_value_C7(StmPollFn poll, StmOutputFn output);
+void stm_query_byte_value_05(StmPollFn poll, StmOutputFn output);
+void stm_query_byte_value_04(StmPollFn poll, StmOutputFn output);
+
+/*
+ * Print the reply as a signed number of 32 bits ("%ld\n") or 16 bits ("%d\n"), low byte first.
+ * Bytes that are missing count as 0, further ones are left out. Codes 0xA0 and 0x03.
+ */
+void stm_query_long(StmPollFn poll, StmOutputFn output);
+void stm_query_short(StmPollFn poll, StmOutputFn output);
+
+/*
+ * Print the reply as a text, with a newline behind it; its first 126 bytes if it is longer. A NUL
+ * in it ends what the output callback sees, the newline included. The name ends in the code.
+ */
+void stm_query_text_21(StmPollFn poll, StmOutputFn output);
+void stm_query_text_22(StmPollFn poll, StmOutputFn output);
+
+/*
+ * Print a number of a channel, as stm_query_long (32 bits) and stm_query_short (16 bits) do. The
+ * channel goes out in the first parameter byte; the name ends in the code.
+ *
+ * channel: tested as a whole; if it is out of range, nothing is sent, and the error text goes to
+ * the output callback.
+ *
+ *     code             bits   channels   error text
+ *     06 07 99          32     0 to 7    "Wrong ADC channel (%d)\n"
+ *     9A                32     0 to 7    "Wrong BE channel (%d)\n"
+ *     08 to 0D          16     0 to 1    "Wrong channel (%d)\n"
+ *     95 96             16     0 to 1    "Wrong BE channel (%d)\n"
+ */
+void stm_query_channel_06(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_07(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_08(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_09(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_0A(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_0B(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_0C(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_0D(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_95(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_96(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_99(int channel, StmPollFn poll, StmOutputFn output);
+void stm_query_channel_9A(int channel, StmPollFn poll, StmOutputFn output);
+
+/* --------------------------------------------------------------------------- reads by address */
+
+/*
+ * Reads the byte at an address of the co-processor's memory and prints it as a character, "%c\n".
+ *
+ * Code 'b' (0x62) with the parameters address low, address high, 0, 0. The first byte of the reply
+ * counts.
+ *
+ * Returns the byte, 0 to 255; 255 also if there is no reply.
+ */
+int32_t stm_read_char(uint16_t address, StmPollFn poll, StmOutputFn output);
+
+/*
+ * The same, printed as a number, "%d\n". Returns the byte, 0 to 255, or -1 if there is no reply.
+ */
+int16_t stm_read_byte(uint16_t address, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Reads four bytes from an address on with stm_read_byte, which prints a line for each, and returns
+ * them as one number, the first byte as its highest. Addresses wrap from 0xFFFF to 0.
+ *
+ * Every byte that has no reply, and all bytes before it, are 0xFF in the result. The operator's
+ * stop ends only the wait for one byte; that of the poll is then taken in its place.
+ *
+ * Blocks for about 12 s at most.
+ */
+uint32_t stm_read_u32_be(uint16_t address, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Reads the 48 bytes from 0xFFCF to 0xFFFE with twelve calls of stm_read_u32_be, which print 48
+ * lines.
+ *
+ * destination: 48 bytes; each of the twelve numbers is stored low byte first, so that the bytes of
+ *              each four come to lie in reverse order.
+ *
+ * Returns the last number. Blocks for about 145 s at most; a stop ends the wait for one byte only.
+ */
+uint32_t stm_read_top_block(uint8_t destination[48], StmPollFn poll, StmOutputFn output);
+
+/*
+ * Prints the text that repeated reads of one address give: code 'b' as in stm_read_char again and
+ * again, each byte as a piece of its own with flag 1, until a byte is 0 or 50 have been read. The 0
+ * makes an empty piece. A newline follows, flag 0.
+ *
+ * Returns the number of bytes read, 1 to 50, or -1 at the first that has no reply; no newline
+ * follows then. Blocks for about 150 s at most; a stop ends the wait for one byte only.
+ */
+int32_t stm_print_text_at(uint16_t address, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Prints the bytes of a range of memory: code 'u' (0x75) with the parameters address low, address
+ * high, count low, count high.
+ *
+ * Prints count bytes of the receive buffer, however many the reply had: each "0x%X;" with flag 1,
+ * the last "0x%X\n" with flag 0. Of more than 4096 the first 4096; of none nothing. Bytes behind
+ * the reply are those of earlier exchanges, and so are all of them after a stop.
+ *
+ * Returns the length of the reply, or -1 if there is none.
+ */
+int32_t stm_dump_bytes(uint16_t address, uint16_t count, StmPollFn poll, StmOutputFn output);
 
 #ifdef __cplusplus
 }

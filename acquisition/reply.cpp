@@ -1,0 +1,29 @@
+// The second half of a query.
+#include "acquisition/reply.hpp"
+
+#include "link/link.hpp"
+#include "link/report.hpp"
+
+#include <cstring>
+
+bool stm_read_reply(int32_t length)
+{
+    if (length < 0) {
+        return false;
+    }
+    memset(stm_link.tx_buffer, STM_SYNC_FILL, sizeof(stm_link.tx_buffer));
+    if (stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, length) < 0) {
+        report_errno("SPI datatransfer");
+        return false;
+    }
+    return true;
+}
+
+uint32_t reply_number(int32_t length, int32_t width)
+{
+    uint32_t number = 0;
+    for (int32_t i = 0; i < length && i < width; ++i) {
+        number |= static_cast<uint32_t>(stm_link.rx_buffer[i]) << (8 * i);
+    }
+    return number;
+}
