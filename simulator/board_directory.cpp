@@ -43,6 +43,17 @@ std::string read_line(const std::string &path)
     return line;
 }
 
+std::string read_file(const std::string &path)
+{
+    std::ifstream stream(path);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+const char *values_file(ValuesOf kind)
+{
+    return kind == ValuesOf::settings ? "settings" : "answers";
+}
+
 using PutInPlace = int(const char *, const char *) noexcept;
 
 // Whole or not at all: the content is written under a name of its own and then put in place.
@@ -106,45 +117,61 @@ std::string BoardDirectory::open(const std::string &path)
     if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) {
         return system_error(path);
     }
-    const BoardIdentity fresh;
-    std::string error =
-        make_file(file("flash.bin"), std::string(FLASH_SIZE, static_cast<char>(FLASH_ERASED)));
+    std::string error = make_files();
     if (error.empty()) {
-        error = make_file(file("mode"), std::string(mode_name(fresh.mode)) + '\n');
+        error = map("flash.bin", FLASH_SIZE, flash_);
     }
-    if (error.empty()) {
-        error = make_file(file("version"), std::to_string(fresh.boot_loader_version) + '\n');
-    }
-    if (error.empty()) {
-        error = make_file(stand_in(path), "");
-    }
-    return error.empty() ? map_flash() : error;
+    return error.empty() ? map("memory.bin", MEMORY_SIZE, memory_) : error;
 }
 
-std::string BoardDirectory::map_flash()
+std::string BoardDirectory::make_files()
 {
-    const std::string path = file("flash.bin");
+    const BoardIdentity fresh;
+    const struct {
+        const char *name;
+        std::string content;
+    } files[] = {
+        {"flash.bin", std::string(FLASH_SIZE, static_cast<char>(FLASH_ERASED))},
+        {"memory.bin", std::string(MEMORY_SIZE, '\0')},
+        {"mode", std::string(mode_name(fresh.mode)) + '\n'},
+        {"version", std::to_string(fresh.boot_loader_version) + '\n'},
+        {values_file(ValuesOf::settings), ""},
+        {values_file(ValuesOf::answers), ""},
+    };
+    for (const auto &row : files) {
+        const std::string error = make_file(file(row.name), row.content);
+        if (!error.empty()) {
+            return error;
+        }
+    }
+    return make_file(stand_in(path_), "");
+}
+
+std::string BoardDirectory::map(const char *name, size_t size, uint8_t *&bytes)
+{
+    const std::string path = file(name);
     const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
     if (fd < 0) {
         return system_error(path);
     }
     struct stat status = {};
-    if (fstat(fd, &status) != 0 || status.st_size != static_cast<off_t>(FLASH_SIZE)) {
+    if (fstat(fd, &status) != 0 || status.st_size != static_cast<off_t>(size)) {
         close(fd);
-        return path + text(": a flash has %u bytes", FLASH_SIZE);
+        return path + text(": its size must be %zu bytes", size);
     }
-    void *mapped = mmap(nullptr, FLASH_SIZE, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    void *mapped = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
     close(fd);
     if (mapped == MAP_FAILED) {
         return system_error(path);
     }
-    flash_ = static_cast<uint8_t *>(mapped);
+    bytes = static_cast<uint8_t *>(mapped);
     return {};
 }
 
-std::span<uint8_t, FLASH_SIZE> BoardDirectory::flash() const
+BoardBytes BoardDirectory::bytes() const
 {
-    return std::span<uint8_t, FLASH_SIZE>(flash_, FLASH_SIZE);
+    return {std::span<uint8_t, FLASH_SIZE>(flash_, FLASH_SIZE),
+            std::span<uint8_t, MEMORY_SIZE>(memory_, MEMORY_SIZE)};
 }
 
 std::string BoardDirectory::load(BoardIdentity &identity) const
@@ -161,6 +188,18 @@ std::string BoardDirectory::load(BoardIdentity &identity) const
 std::string BoardDirectory::save_mode(Mode mode) const
 {
     return replace_file(file("mode"), std::string(mode_name(mode)) + '\n');
+}
+
+std::string BoardDirectory::load(ValuesOf kind, CommandValues &values) const
+{
+    const std::string path = file(values_file(kind));
+    const std::string error = read_values(values, kind, read_file(path));
+    return error.empty() ? error : path + ": " + error;
+}
+
+std::string BoardDirectory::save(ValuesOf kind, const CommandValues &values) const
+{
+    return write_file(file(values_file(kind)), write_values(values), rename);
 }
 
 std::string BoardDirectory::save_version(uint8_t version) const

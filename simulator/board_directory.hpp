@@ -3,6 +3,9 @@
 //     flash.bin    512 KiB; the byte at offset n lies at flash address 0x08000000 + n
 //     mode         "application", "boot loader" or "unknown"
 //     version      minor version of the boot loader, 0 to 255; 0 is unknown
+//     memory.bin   64 KiB, the memory that the application's commands read and write
+//     settings     what each setting last received, a line each:  0xC2/3 = 1234
+//     answers      the answers that the board has been told to give, likewise
 //     spidev1.0    stands for the device node
 //
 // The text files may be edited while no program has the device open.
@@ -25,22 +28,26 @@ class BoardDirectory
     // An empty string, or why it is no board.
     std::string open(const std::string &path);
 
-    std::span<uint8_t, FLASH_SIZE> flash() const;
+    BoardBytes bytes() const;
 
     // The file that stands for the device node of a board.
     static std::string stand_in(const std::string &path) { return path + "/spidev1.0"; }
 
     // Empty, or what is wrong with the files.
     std::string load(BoardIdentity &identity) const;
+    std::string load(ValuesOf kind, CommandValues &values) const;
     std::string save_mode(Mode mode) const;
     std::string save_version(uint8_t version) const;
+    std::string save(ValuesOf kind, const CommandValues &values) const;
 
   private:
     std::string file(const char *name) const { return path_ + '/' + name; }
-    std::string map_flash();
+    std::string make_files();
+    std::string map(const char *name, size_t size, uint8_t *&bytes);
 
     std::string path_;
-    uint8_t *flash_ = nullptr; // stays mapped as long as the process lives
+    uint8_t *flash_ = nullptr; // both stay mapped as long as the process lives
+    uint8_t *memory_ = nullptr;
 };
 
 // The mode's name in the file, and back; mode is untouched if the name is unknown.

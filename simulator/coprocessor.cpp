@@ -25,7 +25,6 @@ constexpr uint8_t START_APPLICATION_COMMAND = 0x83;
 constexpr uint8_t MODE_QUERY = 0x23;
 constexpr uint8_t VERSION_QUERY = 0x91;
 
-constexpr size_t COMMAND_FRAME_SIZE = 8;
 constexpr uint8_t COMMAND_FRAME_END = 0xAA;
 
 bool is_filler(std::span<const uint8_t> bytes)
@@ -35,9 +34,9 @@ bool is_filler(std::span<const uint8_t> bytes)
 
 } // namespace
 
-Coprocessor::Coprocessor(std::span<uint8_t, FLASH_SIZE> flash, BoardIdentity identity,
-                         Behaviour behaviour)
-    : identity_(identity), behaviour_(std::move(behaviour)), boot_loader_(Flash(flash))
+Coprocessor::Coprocessor(BoardBytes bytes, BoardIdentity identity, Behaviour behaviour)
+    : identity_(identity), behaviour_(std::move(behaviour)), boot_loader_(Flash(bytes.flash)),
+      application_(bytes.memory)
 {
     died_at(ALWAYS);
 }
@@ -53,6 +52,9 @@ void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> mis
         miso[0] = take_status();
     } else if (mosi.size() == 1 && mosi[0] == DATA_POLL) {
         miso[0] = take_answer();
+    } else if (transaction_.expects(mosi)) {
+        transaction_.give(miso);
+        note_ = transaction_.note();
     } else {
         receive(mosi);
     }
@@ -65,12 +67,13 @@ void Coprocessor::receive(std::span<const uint8_t> mosi)
 {
     status_.reset();
     answer_.reset();
+    transaction_.cancel();
     if (mosi.size() > COMMAND_FRAME_SIZE && is_filler(mosi)) {
         synchronise();
     } else if (mosi.size() == IMAGE_FRAME_SIZE && boot_loader_.expects_frame()) {
         receive_image_frame(mosi.first<IMAGE_FRAME_SIZE>());
     } else if (mosi.size() == COMMAND_FRAME_SIZE) {
-        receive_command_frame(mosi);
+        receive_command_frame(mosi.first<COMMAND_FRAME_SIZE>());
     } else if (mosi.size() == 1) {
         receive_byte(mosi[0]);
     } else {
@@ -101,7 +104,7 @@ void Coprocessor::receive_byte(uint8_t command)
     }
 }
 
-void Coprocessor::receive_command_frame(std::span<const uint8_t> frame)
+void Coprocessor::receive_command_frame(std::span<const uint8_t, COMMAND_FRAME_SIZE> frame)
 {
     if (frame.back() != COMMAND_FRAME_END) {
         note_ = text("command 0x%02X ends in 0x%02X", frame.front(), frame.back());
@@ -118,8 +121,33 @@ void Coprocessor::receive_command_frame(std::span<const uint8_t> frame)
         queue_answer(static_cast<uint8_t>(identity_.mode), "mode asked for");
         break;
     default:
-        note_ = text("unknown command 0x%02X", frame.front());
+        receive_application_command(frame);
     }
+}
+
+void Coprocessor::receive_application_command(std::span<const uint8_t, COMMAND_FRAME_SIZE> frame)
+{
+    const uint8_t code = frame.front();
+    const Command *command = find_command(code);
+    const int place = command_place(code);
+    if (command == nullptr || identity_.mode != Mode::application) {
+        note_ =
+            text(command == nullptr ? "unknown command 0x%02X"
+                                    : "command 0x%02X is for the application, which is not running",
+                 code);
+        return;
+    }
+    if (died_at(place)) {
+        return;
+    }
+    Response response = application_.perform(*command, frame.subspan<1, PARAMETER_BYTES>());
+    note_ = response.note;
+    for (const int at : {ALWAYS, place}) {
+        if (const Fault *odd = find_fault(behaviour_.faults, FaultKind::length, at)) {
+            response.answer = static_cast<uint16_t>(odd->value);
+        }
+    }
+    transaction_.begin(std::move(response), busy_polls_at(place));
 }
 
 void Coprocessor::receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame)
@@ -159,12 +187,7 @@ void Coprocessor::queue_status(Verdict verdict, int step)
 {
     note_ = std::move(verdict.note);
     status_ = verdict.status;
-    busy_ = behaviour_.busy_polls;
-    for (const int place : {ALWAYS, step}) {
-        if (const Fault *late = find_fault(behaviour_.faults, FaultKind::late, place)) {
-            busy_ += late->value;
-        }
-    }
+    busy_ = busy_polls_at(step);
     if (const Fault *odd = find_fault(behaviour_.faults, FaultKind::status, step)) {
         status_ = static_cast<uint8_t>(odd->value);
     }
@@ -184,12 +207,23 @@ bool Coprocessor::refused_by_fault(int step)
     return true;
 }
 
-bool Coprocessor::died_at(int step)
+int64_t Coprocessor::busy_polls_at(int place) const
 {
-    if (find_fault(behaviour_.faults, FaultKind::bus_inactive, step) != nullptr) {
+    int64_t polls = behaviour_.busy_polls;
+    for (const int at : {ALWAYS, place}) {
+        if (const Fault *late = find_fault(behaviour_.faults, FaultKind::late, at)) {
+            polls += late->value;
+        }
+    }
+    return polls;
+}
+
+bool Coprocessor::died_at(int place)
+{
+    if (find_fault(behaviour_.faults, FaultKind::bus_inactive, place) != nullptr) {
         dead_line_ = UNDRIVEN;
         note_ = "fault: the bus is inactive from here on";
-    } else if (find_fault(behaviour_.faults, FaultKind::silence, step) != nullptr) {
+    } else if (find_fault(behaviour_.faults, FaultKind::silence, place) != nullptr) {
         dead_line_ = IDLE;
         note_ = "fault: silent from here on";
     }
@@ -213,6 +247,11 @@ uint8_t Coprocessor::take_status()
 
 uint8_t Coprocessor::take_answer()
 {
+    if (transaction_.is_polled()) {
+        const uint8_t found = transaction_.take_poll();
+        note_ = transaction_.note();
+        return found;
+    }
     note_ = answer_ ? "answer" : "nothing to answer";
     return std::exchange(answer_, std::nullopt).value_or(IDLE);
 }

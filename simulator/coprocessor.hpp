@@ -2,9 +2,11 @@
 // clocks or processes; the same exchanges always get the same answers.
 #pragma once
 
+#include "simulator/application.hpp"
 #include "simulator/boot_loader.hpp"
 #include "simulator/faults.hpp"
 #include "simulator/flash.hpp"
+#include "simulator/transaction.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -14,6 +16,8 @@
 namespace simulator
 {
 
+inline constexpr size_t COMMAND_FRAME_SIZE = 8;
+
 enum class Mode : uint8_t { unknown = 0, boot_loader = 1, application = 2 };
 
 // What a board is, apart from its flash.
@@ -22,16 +26,22 @@ struct BoardIdentity {
     uint8_t boot_loader_version = 5; // minor number; 0 is unknown
 };
 
+// The bytes of a board that outlast its power.
+struct BoardBytes {
+    std::span<uint8_t, FLASH_SIZE> flash;
+    std::span<uint8_t, MEMORY_SIZE> memory;
+};
+
 // How a board behaves.
 struct Behaviour {
-    int busy_polls = 0; // polls that find it busy after each frame, before the status
+    int busy_polls = 0; // polls that find it busy after each frame, before the status or the answer
     Faults faults;
 };
 
 class Coprocessor
 {
   public:
-    Coprocessor(std::span<uint8_t, FLASH_SIZE> flash, BoardIdentity identity, Behaviour behaviour);
+    Coprocessor(BoardBytes bytes, BoardIdentity identity, Behaviour behaviour);
 
     // Clocks the bytes of one exchange in and as many out. mosi and miso have the same size.
     void exchange(std::span<const uint8_t> mosi, std::span<uint8_t> miso);
@@ -42,10 +52,13 @@ class Coprocessor
     Mode mode() const { return identity_.mode; }
     void set_identity(BoardIdentity identity) { identity_ = identity; }
 
+    Application &application() { return application_; }
+
   private:
     void receive(std::span<const uint8_t> mosi);
     void receive_byte(uint8_t command);
-    void receive_command_frame(std::span<const uint8_t> frame);
+    void receive_command_frame(std::span<const uint8_t, COMMAND_FRAME_SIZE> frame);
+    void receive_application_command(std::span<const uint8_t, COMMAND_FRAME_SIZE> frame);
     void receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame);
     void synchronise();
     void begin_download(const FlashRegion &region);
@@ -53,13 +66,16 @@ class Coprocessor
     void queue_answer(uint8_t answer, const char *meaning);
     void queue_status(Verdict verdict, int step);
     bool refused_by_fault(int step);
-    bool died_at(int step);
+    int64_t busy_polls_at(int place) const;
+    bool died_at(int place);
     uint8_t take_status();
     uint8_t take_answer();
 
     BoardIdentity identity_;
     Behaviour behaviour_;
     BootLoader boot_loader_;
+    Application application_;
+    Transaction transaction_;
     std::optional<uint8_t> dead_line_; // what a dead board's line reads
     std::optional<uint8_t> status_;    // waits for an acknowledge poll
     int64_t busy_ = 0;                 // polls that still find the board busy with it

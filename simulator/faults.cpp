@@ -1,11 +1,11 @@
 // Faults in words.
 #include "simulator/faults.hpp"
 
+#include "simulator/number.hpp"
 #include "simulator/text.hpp"
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 
 namespace simulator
@@ -14,8 +14,8 @@ namespace simulator
 namespace
 {
 
-enum class Place { none, may_be_step, step, exchange };
-enum class Value { none, status, polls, error };
+enum class Place { none, step, anywhere, command, exchange };
+enum class Value { none, status, polls, length, error };
 
 struct FaultRow {
     FaultKind kind;
@@ -28,18 +28,20 @@ struct FaultRow {
 };
 
 constexpr FaultRow FAULT_ROWS[] = {
-    {FaultKind::bus_inactive, Place::may_be_step, Value::none, 0, "bus-inactive",
-     "bus-inactive[@STEP]", "nobody drives the line (0xFF), from STEP of a download on"},
-    {FaultKind::silence, Place::may_be_step, Value::none, 0, "silence", "silence[@STEP]",
-     "the co-processor is dead (0x00), from STEP of a download on"},
+    {FaultKind::bus_inactive, Place::anywhere, Value::none, 0, "bus-inactive",
+     "bus-inactive[@WHERE]", "nobody drives the line (0xFF), from WHERE on"},
+    {FaultKind::silence, Place::anywhere, Value::none, 0, "silence", "silence[@WHERE]",
+     "the co-processor is dead (0x00), from WHERE on"},
     {FaultKind::checksum_error, Place::step, Value::none, 0, "checksum-error",
      "checksum-error@STEP", "STEP is answered with a checksum error"},
     {FaultKind::address_error, Place::step, Value::none, 0, "address-error", "address-error@STEP",
      "STEP is answered with an address error"},
     {FaultKind::status, Place::step, Value::status, 0, "status", "status@STEP=BYTE",
      "STEP is taken, but answered with this status byte"},
-    {FaultKind::late, Place::may_be_step, Value::polls, 0, "late", "late[@STEP]=POLLS",
-     "STEP (or every one) is answered so many polls later"},
+    {FaultKind::late, Place::anywhere, Value::polls, 0, "late", "late[@WHERE]=POLLS",
+     "WHERE (or everywhere) is answered so many polls later"},
+    {FaultKind::length, Place::command, Value::length, 0, "length", "length[@CODE]=N",
+     "command CODE (or every one) is answered with N: a result, or a length"},
     {FaultKind::exchange, Place::exchange, Value::error, EIO, "exchange", "exchange@N[=ERRNO]",
      "the N-th exchange of the program fails (EIO)"},
     {FaultKind::no_device, Place::none, Value::error, ENOENT, "no-device", "no-device[=ERRNO]",
@@ -48,22 +50,21 @@ constexpr FaultRow FAULT_ROWS[] = {
      "speed-refused[=ERRNO]", "the device does not take the clock (EINVAL)"},
 };
 
-// A number, decimal or with 0x, within the limits.
-std::optional<int> parse_number(std::string_view words, int least, int most)
+constexpr int MOST = 1'000'000'000;
+
+std::optional<int> parse_int(std::string_view words, int least, int most)
 {
-    int base = 10;
-    if (words.starts_with("0x")) {
-        words.remove_prefix(2);
-        base = 16;
-    }
-    int number = 0;
-    const auto [end, error] =
-        std::from_chars(words.data(), words.data() + words.size(), number, base);
-    const bool whole = error == std::errc() && end == words.data() + words.size();
-    return whole && number >= least && number <= most ? std::optional(number) : std::nullopt;
+    const std::optional<int64_t> number = parse_number(words, least, most);
+    return number ? std::optional(static_cast<int>(*number)) : std::nullopt;
 }
 
-constexpr int MOST = 1'000'000'000;
+std::optional<int> parse_command(std::string_view words)
+{
+    const std::optional<int> code = parse_int(words, 0, 0xFF);
+    return code && words.starts_with("0x")
+               ? std::optional(command_place(static_cast<uint8_t>(*code)))
+               : std::nullopt;
+}
 
 std::optional<int> parse_step(std::string_view words)
 {
@@ -73,8 +74,9 @@ std::optional<int> parse_step(std::string_view words)
     if (words == "header") {
         return STEP_HEADER;
     }
-    const std::optional<int> block = parse_number(words, 0, MOST);
-    return block ? std::optional(STEP_FIRST_BLOCK + *block) : std::nullopt;
+    const std::optional<int> block = parse_int(words, 0, MOST);
+    return block && !words.starts_with("0x") ? std::optional(STEP_FIRST_BLOCK + *block)
+                                             : std::nullopt;
 }
 
 // Words that a fault may have or not.
@@ -83,17 +85,22 @@ using Words = std::optional<std::string_view>;
 std::optional<int> parse_place(const FaultRow &row, const Words &words)
 {
     if (!words) {
-        const bool optional = row.place == Place::none || row.place == Place::may_be_step;
+        const bool optional = row.place != Place::step && row.place != Place::exchange;
         return optional ? std::optional(ALWAYS) : std::nullopt;
     }
     switch (row.place) {
     case Place::none:
         return std::nullopt;
-    case Place::may_be_step:
     case Place::step:
         return parse_step(*words);
+    case Place::command:
+        return parse_command(*words);
+    case Place::anywhere: {
+        const std::optional<int> command = parse_command(*words);
+        return command ? command : parse_step(*words);
+    }
     case Place::exchange:
-        return parse_number(*words, 1, MOST);
+        return parse_int(*words, 1, MOST);
     }
     return std::nullopt;
 }
@@ -107,7 +114,7 @@ std::optional<int> parse_error_name(std::string_view words)
             return error;
         }
     }
-    return parse_number(words, 1, LAST_ERRNO);
+    return parse_int(words, 1, LAST_ERRNO);
 }
 
 std::optional<int> parse_value(const FaultRow &row, const Words &words)
@@ -120,9 +127,11 @@ std::optional<int> parse_value(const FaultRow &row, const Words &words)
     case Value::none:
         return std::nullopt;
     case Value::status:
-        return parse_number(*words, 0, 0xFF);
+        return parse_int(*words, 0, 0xFF);
     case Value::polls:
-        return parse_number(*words, 1, MOST);
+        return parse_int(*words, 1, MOST);
+    case Value::length:
+        return parse_int(*words, 0, 0xFFFF);
     case Value::error:
         return parse_error_name(*words);
     }

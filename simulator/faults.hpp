@@ -2,9 +2,11 @@
 //
 //     KIND[@PLACE][=VALUE]      late@header=20      exchange@7=EIO      silence@12
 //
-// The steps of a download are the places "mode", "header" and the number of a block, from 0.
+// Places are the steps of a download, "mode", "header" or the number of a block from 0, and the
+// commands of the application by their codes, as in length@0xA0=0.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,7 +21,8 @@ enum class FaultKind {
     checksum_error, // a frame is answered with 0xF0 and forgotten
     address_error,  // a frame is answered with 0xF1 and forgotten
     status,         // a frame is taken, but answered with an odd status byte
-    late,           // a frame is answered so many polls later
+    late,           // a frame or a command is answered so many polls later
+    length,         // a command is answered with this result, or length of its reply
     exchange,       // an exchange fails with an errno, and its bytes are lost
     no_device,      // the device cannot be opened
     speed_refused,  // the device does not take the clock
@@ -31,10 +34,16 @@ inline constexpr int STEP_MODE = 0;
 inline constexpr int STEP_HEADER = 1;
 inline constexpr int STEP_FIRST_BLOCK = 2;
 
+// The place of a command of the application.
+constexpr int command_place(uint8_t code)
+{
+    return -0x100 - code;
+}
+
 struct Fault {
     FaultKind kind;
-    int place; // ALWAYS, a step of a download, or the number of an exchange, from 1
-    int value; // a status byte, a number of polls, or an errno
+    int place; // ALWAYS, a step of a download, a command's place, or the number of an exchange
+    int value; // a status byte, a number of polls, a length, or an errno
 };
 
 using Faults = std::vector<Fault>;

@@ -53,6 +53,12 @@ bool set_version(LaunchOptions &options, const std::string &number)
     return good;
 }
 
+bool set_answer(LaunchOptions &options, const std::string &words)
+{
+    options.error = add_value(options.answers, ValuesOf::answers, words);
+    return options.error.empty();
+}
+
 bool set_busy_polls(LaunchOptions &options, const std::string &number)
 {
     return set_busy(options.settings, number);
@@ -103,6 +109,12 @@ bool set_preload(LaunchOptions &options, const std::string &path)
     return true;
 }
 
+bool set_commands(LaunchOptions &options, const std::string &)
+{
+    options.commands = true;
+    return true;
+}
+
 bool set_help(LaunchOptions &options, const std::string &)
 {
     options.help = true;
@@ -116,6 +128,9 @@ constexpr OptionRow OPTION_ROWS[] = {
      set_mode},
     {"--version", "N", "minor version of the boot loader, 0 to 255 (a fresh board: 5)",
      set_version},
+    {"--answer", "CODE[/CHANNEL]=VALUE", "the board answers so from now on; can be given again",
+     set_answer},
+    {"--commands", nullptr, "list the commands with answers", set_commands},
     {"--busy", "N", "each frame keeps the board busy for N polls (0)", set_busy_polls},
     {"--fault", "FAULT", "something goes wrong; can be given again", set_fault},
     {"--transcript", "FILE", "write each exchange as a line to FILE, - for standard error",
@@ -175,13 +190,14 @@ int take_option(LaunchOptions &options, int count, char **words)
 bool shapes_board(const LaunchOptions &options)
 {
     const Settings &settings = options.settings;
-    return !settings.directory.empty() || options.mode || options.version || settings.counts_time ||
-           settings.behaviour.busy_polls != 0 || !settings.behaviour.faults.empty();
+    return !settings.directory.empty() || options.mode || options.version ||
+           !options.answers.empty() || settings.counts_time || settings.behaviour.busy_polls != 0 ||
+           !settings.behaviour.faults.empty();
 }
 
 void check_together(LaunchOptions &options)
 {
-    if (options.help) {
+    if (options.help || options.commands) {
         return;
     }
     if (options.command.empty()) {
@@ -228,7 +244,9 @@ std::string help_text()
         const std::string name = std::string(row.name) + ' ' + (row.argument ? row.argument : "");
         help += text("  %-20s  %s\n", name.c_str(), row.help);
     }
-    help += "\nFaults (STEP is a step of a download: mode, header, or the number of a block):\n";
+    help += "\nFaults (STEP is a step of a download: mode, header, or the number of a block; WHERE "
+            "is a\n"
+            "STEP, or CODE, a command of the application, such as 0xA0):\n";
     help += describe_faults();
     help +=
         "\n"
@@ -242,6 +260,10 @@ std::string help_text()
         "      see what happens when block 3 is damaged on its way\n"
         "  virtual-board --count-time --fault silence@header update -firmware image.bin\n"
         "      a time-out of 16 seconds, in no time\n"
+        "  virtual-board --board my-board --answer 0x06/3=-250 --answer 0x21=hello FRONT-END\n"
+        "      channel 3 of query 0x06 answers -250, and query 0x21 a text; what FRONT-END sets "
+        "is\n"
+        "      found in my-board/settings\n"
         "  virtual-board --through --transcript dialogue.txt update -state\n"
         "      listen to the dialogue with a real board\n"
         "  virtual-board --emulator 'qemu-arm -L /usr/arm-linux-gnueabihf' \\\n"

@@ -15,11 +15,13 @@ struct LaunchOptions {
     Settings settings;
     std::optional<Mode> mode;
     std::optional<uint8_t> version;
+    CommandValues answers;
     std::string preload;               // library to load into the command; empty for the own one
     std::vector<std::string> emulator; // words to put before the command; may be empty
     std::vector<char *> command;
     bool help = false;
-    std::string error; // empty if the rest is good
+    bool commands = false; // the application's, as a list
+    std::string error;     // empty if the rest is good
 };
 
 LaunchOptions parse_options(int argc, char **argv);

@@ -76,6 +76,20 @@ void set_for_emulator(std::vector<std::string> &emulator, const LoaderVariables 
     }
 }
 
+// Those that the board has already stay, as far as they are not given anew.
+std::string add_answers(const BoardDirectory &directory, const CommandValues &fresh)
+{
+    CommandValues answers;
+    const std::string error = directory.load(ValuesOf::answers, answers);
+    if (!error.empty() || fresh.empty()) {
+        return error;
+    }
+    for (const auto &[key, value] : fresh) {
+        answers[key] = value;
+    }
+    return directory.save(ValuesOf::answers, answers);
+}
+
 } // namespace
 
 std::string find_preload(const LaunchOptions &options)
@@ -120,7 +134,14 @@ std::string prepare_board(const LaunchOptions &options)
     if (error.empty() && options.version) {
         error = directory.save_version(*options.version);
     }
+    if (error.empty()) {
+        error = add_answers(directory, options.answers);
+    }
     BoardIdentity identity;
+    CommandValues settings;
+    if (error.empty()) {
+        error = directory.load(ValuesOf::settings, settings);
+    }
     return error.empty() ? directory.load(identity) : error;
 }
 

@@ -8,6 +8,12 @@
 namespace
 {
 
+int print(const std::string &text)
+{
+    const bool written = fputs(text.c_str(), stdout) >= 0;
+    return written && fflush(stdout) == 0 ? 0 : simulator::OWN_FAILURE;
+}
+
 int run(int argc, char **argv)
 {
     simulator::LaunchOptions options = simulator::parse_options(argc, argv);
@@ -15,8 +21,10 @@ int run(int argc, char **argv)
         return simulator::complain(options.error);
     }
     if (options.help) {
-        const bool written = fputs(simulator::help_text().c_str(), stdout) >= 0;
-        return written && fflush(stdout) == 0 ? 0 : simulator::OWN_FAILURE;
+        return print(simulator::help_text());
+    }
+    if (options.commands) {
+        return print(simulator::describe_commands());
     }
     return simulator::launch(options);
 }

@@ -82,7 +82,8 @@ BoardDirectory open_directory()
 struct Board {
     BoardDirectory directory = open_directory();
     BoardIdentity identity = {};
-    Coprocessor coprocessor{directory.flash(), identity, settings().behaviour};
+    CommandValues saved_settings;
+    Coprocessor coprocessor{directory.bytes(), identity, settings().behaviour};
     SpiDevice device{coprocessor, settings().behaviour.faults, program_clock, note_exchange};
 };
 
@@ -90,6 +91,23 @@ Board &board()
 {
     static auto *const instance = new Board;
     return *instance;
+}
+
+void load_values(Board &board)
+{
+    CommandValues answers;
+    check(board.directory.load(ValuesOf::settings, board.saved_settings));
+    check(board.directory.load(ValuesOf::answers, answers));
+    board.coprocessor.application().load(board.saved_settings, std::move(answers));
+}
+
+void save_settings(Board &board)
+{
+    const CommandValues &settings = board.coprocessor.application().settings();
+    if (settings != board.saved_settings) {
+        board.saved_settings = settings;
+        check(board.directory.save(ValuesOf::settings, settings));
+    }
 }
 
 // Adds the bytes of a buffer, as far as there are any that a driver would have taken.
@@ -139,6 +157,7 @@ int device_open()
     begin_transcript();
     check(board().directory.load(board().identity));
     board().coprocessor.set_identity(board().identity);
+    load_values(board());
     return board().device.open();
 }
 
@@ -150,6 +169,7 @@ void device_close()
 int device_ioctl(unsigned long request, void *argument)
 {
     const int result = board().device.ioctl(request, argument);
+    save_settings(board());
     const Mode mode = board().coprocessor.mode();
     if (mode != board().identity.mode) {
         board().identity.mode = mode;

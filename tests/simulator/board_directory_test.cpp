@@ -42,6 +42,9 @@ TEST_F(BoardFolder, is_made_with_erased_flash_and_a_board_fresh_from_its_maker)
     EXPECT_EQ(content("flash.bin"), std::string(524288, '\xFF'));
     EXPECT_EQ(content("mode"), "application\n");
     EXPECT_EQ(content("version"), "5\n");
+    EXPECT_EQ(content("memory.bin"), std::string(65536, '\0'));
+    EXPECT_EQ(content("settings"), "");
+    EXPECT_EQ(content("answers"), "");
 }
 
 TEST_F(BoardFolder, holds_no_other_files_than_the_boards_own)
@@ -50,22 +53,24 @@ TEST_F(BoardFolder, holds_no_other_files_than_the_boards_own)
     directory.open(path);
     directory.save_mode(Mode::boot_loader);
     directory.save_version(7);
+    directory.save(ValuesOf::settings, {{{0x53, NO_PLACE}, "2"}});
     std::vector<std::string> names;
     for (const auto &entry : std::filesystem::directory_iterator(path)) {
         names.push_back(entry.path().filename());
     }
     std::ranges::sort(names);
-    EXPECT_EQ(names, (std::vector<std::string>{"flash.bin", "mode", "spidev1.0", "version"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"answers", "flash.bin", "memory.bin", "mode",
+                                               "settings", "spidev1.0", "version"}));
 }
 
 TEST_F(BoardFolder, keeps_what_is_written_to_its_flash)
 {
     BoardDirectory first;
     first.open(path);
-    first.flash()[524287] = 0x12;
+    first.bytes().flash[524287] = 0x12;
     BoardDirectory second;
     second.open(path);
-    EXPECT_EQ(second.flash()[524287], 0x12);
+    EXPECT_EQ(second.bytes().flash[524287], 0x12);
     EXPECT_EQ(content("flash.bin").back(), 0x12);
 }
 
@@ -81,6 +86,52 @@ TEST_F(BoardFolder, keeps_mode_and_version)
         EXPECT_EQ(identity.mode, mode);
         EXPECT_EQ(identity.boot_loader_version, 200);
     }
+}
+
+TEST_F(BoardFolder, keeps_what_is_written_to_its_memory)
+{
+    BoardDirectory first;
+    first.open(path);
+    first.bytes().memory[65535] = 0x12;
+    BoardDirectory second;
+    second.open(path);
+    EXPECT_EQ(second.bytes().memory[65535], 0x12);
+    EXPECT_EQ(content("memory.bin").back(), 0x12);
+}
+
+TEST_F(BoardFolder, with_a_memory_of_another_size_is_no_board)
+{
+    BoardDirectory directory;
+    directory.open(path);
+    std::filesystem::resize_file(path + "/memory.bin", 65535);
+    EXPECT_EQ(BoardDirectory().open(path), path + "/memory.bin: its size must be 65536 bytes");
+}
+
+TEST_F(BoardFolder, keeps_settings_and_answers_apart)
+{
+    BoardDirectory directory;
+    directory.open(path);
+    const CommandValues settings = {{{0xC3, 7}, "1 2"}};
+    const CommandValues answers = {{{0x21, NO_PLACE}, "ok"}};
+    EXPECT_EQ(directory.save(ValuesOf::settings, settings), "");
+    EXPECT_EQ(directory.save(ValuesOf::answers, answers), "");
+    EXPECT_EQ(content("settings"), "0xC3/7 = 1 2\n");
+    EXPECT_EQ(content("answers"), "0x21 = ok\n");
+    CommandValues values;
+    EXPECT_EQ(directory.load(ValuesOf::settings, values), "");
+    EXPECT_EQ(values, settings);
+    EXPECT_EQ(directory.load(ValuesOf::answers, values), "");
+    EXPECT_EQ(values, answers);
+}
+
+TEST_F(BoardFolder, says_in_which_file_a_value_is_not_understood)
+{
+    BoardDirectory directory;
+    directory.open(path);
+    std::ofstream(path + "/answers") << "0x21 = ok\n0x21 ok\n";
+    CommandValues values;
+    EXPECT_EQ(directory.load(ValuesOf::answers, values),
+              path + "/answers: '0x21 ok': it does not read like CODE[/CHANNEL]=VALUE");
 }
 
 TEST_F(BoardFolder, versions_are_numbers_from_0_to_255)

@@ -34,6 +34,11 @@ TEST(Faults, read_like_their_kind_place_and_value)
     expect_fault("status@mode=0", FaultKind::status, STEP_MODE, 0);
     expect_fault("late=20", FaultKind::late, ALWAYS, 20);
     expect_fault("late@7=1501", FaultKind::late, STEP_FIRST_BLOCK + 7, 1501);
+    expect_fault("late@0x06=3000", FaultKind::late, command_place(0x06), 3000);
+    expect_fault("silence@0xA0", FaultKind::silence, command_place(0xA0), 0);
+    expect_fault("bus-inactive@0xff", FaultKind::bus_inactive, command_place(0xFF), 0);
+    expect_fault("length=0", FaultKind::length, ALWAYS, 0);
+    expect_fault("length@0x00=65535", FaultKind::length, command_place(0), 65535);
     expect_fault("exchange@1", FaultKind::exchange, 1, EIO);
     expect_fault("exchange@99=ESHUTDOWN", FaultKind::exchange, 99, ESHUTDOWN);
     expect_fault("exchange@99=110", FaultKind::exchange, 99, 110);
@@ -56,6 +61,14 @@ TEST(Faults, that_make_no_sense_are_refused_with_a_reason)
                               "checksum-error",
                               "checksum-error@",
                               "checksum-error@1x",
+                              "checksum-error@0x06",
+                              "length",
+                              "length@0x06",
+                              "length@6=1",
+                              "length@header=1",
+                              "length=65536",
+                              "length=-1",
+                              "late@0x100=1",
                               "status@mode",
                               "status@mode=256",
                               "status@mode=-1",
@@ -94,9 +107,10 @@ TEST(Faults, are_found_at_their_very_place)
 TEST(Faults, are_all_described)
 {
     const std::string description = describe_faults();
-    for (const char *form : {"bus-inactive[@STEP]", "silence[@STEP]", "checksum-error@STEP",
-                             "address-error@STEP", "status@STEP=BYTE", "late[@STEP]=POLLS",
-                             "exchange@N[=ERRNO]", "no-device[=ERRNO]", "speed-refused[=ERRNO]"}) {
+    for (const char *form :
+         {"bus-inactive[@WHERE]", "silence[@WHERE]", "checksum-error@STEP", "address-error@STEP",
+          "status@STEP=BYTE", "late[@WHERE]=POLLS", "length[@CODE]=N", "exchange@N[=ERRNO]",
+          "no-device[=ERRNO]", "speed-refused[=ERRNO]"}) {
         EXPECT_NE(description.find(form), std::string::npos) << form;
     }
 }

@@ -35,7 +35,7 @@ class VirtualWire : public testing::Test
   protected:
     void power_on(BoardIdentity identity, Behaviour behaviour)
     {
-        coprocessor.emplace(std::span<uint8_t, FLASH_SIZE>(flash), identity, std::move(behaviour));
+        coprocessor.emplace(bytes(), identity, std::move(behaviour));
     }
 
     Bytes exchange(const Bytes &mosi)
@@ -64,9 +64,14 @@ class VirtualWire : public testing::Test
         return {begin, begin + static_cast<std::ptrdiff_t>(size)};
     }
 
+    BoardBytes bytes()
+    {
+        return {std::span<uint8_t, FLASH_SIZE>(flash), std::span<uint8_t, MEMORY_SIZE>(memory)};
+    }
+
     Bytes flash = Bytes(FLASH_SIZE, 0xEE);
-    std::optional<Coprocessor> coprocessor =
-        Coprocessor(std::span<uint8_t, FLASH_SIZE>(flash), BoardIdentity(), Behaviour());
+    Bytes memory = Bytes(MEMORY_SIZE, 0);
+    std::optional<Coprocessor> coprocessor = Coprocessor(bytes(), BoardIdentity(), Behaviour());
 };
 
 } // namespace simulator

@@ -40,6 +40,14 @@ TEST_F(VirtualBoard, explains_itself)
     }
 }
 
+TEST_F(VirtualBoard, lists_the_commands_of_the_application)
+{
+    const Result result = run({TOOL_VIRTUAL_BOARD, "--commands"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.output.find("  0xC3  0 to 7    takes 2 numbers of 16 bits   1\n"),
+              std::string::npos);
+}
+
 TEST_F(VirtualBoard, refuses_what_it_does_not_understand)
 {
     expect_refused({}, "no command to run; --help explains");
@@ -56,15 +64,19 @@ TEST_F(VirtualBoard, refuses_what_it_does_not_understand)
     expect_refused({"--version", "-1", "true"}, "--version cannot be '-1'");
     expect_refused({"--busy", "some", "true"}, "--busy cannot be 'some'");
     expect_refused({"--busy", "-1", "true"}, "--busy cannot be '-1'");
+    expect_refused({"--answer", "", "true"}, "'': it does not read like CODE[/CHANNEL]=VALUE");
+    expect_refused({"--answer", "0x21", "true"},
+                   "'0x21': it does not read like CODE[/CHANNEL]=VALUE");
     expect_refused({"--fault", "fire", "true"}, "unknown fault 'fire'");
     expect_refused({"--fault", "late@header", "true"},
-                   "fault 'late@header' does not read like late[@STEP]=POLLS");
+                   "fault 'late@header' does not read like late[@WHERE]=POLLS");
     expect_refused({"--through", "--board", "b", "true"},
                    "--through leaves the device real: it goes with --transcript only");
     for (const Words &option : std::vector<Words>{{"--fault", "silence"},
                                                   {"--busy", "4"},
                                                   {"--mode", "unknown"},
                                                   {"--version", "7"},
+                                                  {"--answer", "0x21=hello"},
                                                   {"--count-time"}}) {
         Words words = {"--through"};
         words.insert(words.end(), option.begin(), option.end());
@@ -243,7 +255,8 @@ TEST_F(VirtualBoard, says_what_is_wrong_with_a_folder_that_is_no_board)
     expect_refused({"--board", "board", "true"}, path("board/version: not a number from 0 to 255"));
     write_file("board/version", {'9'});
     write_file("board/flash.bin", Bytes(100, 0));
-    expect_refused({"--board", "board", "true"}, path("board/flash.bin: a flash has 524288 bytes"));
+    expect_refused({"--board", "board", "true"},
+                   path("board/flash.bin: its size must be 524288 bytes"));
     write_file("file", {});
     expect_refused({"--board", "file", "true"}, path("file/flash.bin: Not a directory"));
     expect_refused({"--board", "no/where", "true"}, path("no/where: No such file or directory"));

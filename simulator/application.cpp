@@ -1,0 +1,186 @@
+// The application's side of the parameter commands.
+#include "simulator/application.hpp"
+
+#include "simulator/text.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace simulator
+{
+
+namespace
+{
+
+uint32_t little_endian(std::span<const uint8_t> bytes)
+{
+    uint32_t number = 0;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        number |= uint32_t{bytes[i]} << (8 * i);
+    }
+    return number;
+}
+
+uint16_t address_of(Application::Parameters parameters)
+{
+    return static_cast<uint16_t>(little_endian(parameters.first(2)));
+}
+
+Response told(std::vector<uint8_t> reply, std::string note)
+{
+    return {static_cast<uint16_t>(reply.size()), std::move(reply), std::move(note)};
+}
+
+// The channel that the first parameter names; false if the command has no such channel.
+bool take_channel(const Command &command, Application::Parameters parameters, int &channel)
+{
+    channel = command.channels == 0 ? NO_PLACE : parameters[0];
+    return channel < command.channels || command.channels == 0;
+}
+
+std::string channel_words(int channel)
+{
+    return channel == NO_PLACE ? std::string() : text(" channel %d", channel);
+}
+
+Response no_such_channel(const Command &command, int channel)
+{
+    return {0, {}, text("command 0x%02X has no channel %d", command.code, channel)};
+}
+
+// The values of a setting, as they came in.
+std::string received_values(const Command &command, Application::Parameters parameters)
+{
+    std::string values;
+    size_t at = command.channels == 0 ? 0 : 1;
+    const auto width = static_cast<size_t>(command.width);
+    for (int i = 0; i < command.values; ++i, at += width) {
+        values += text("%s%u", i > 0 ? " " : "", little_endian(parameters.subspan(at, width)));
+    }
+    return values;
+}
+
+} // namespace
+
+void Application::load(CommandValues settings, CommandValues answers)
+{
+    settings_ = std::move(settings);
+    answers_ = std::move(answers);
+    reads_.clear();
+}
+
+Response Application::perform(const Command &command, Parameters parameters)
+{
+    switch (command.kind) {
+    case CommandKind::number:
+        return tell_number(command, parameters);
+    case CommandKind::text:
+        return tell_text(command);
+    case CommandKind::setting:
+        return set(command, parameters);
+    case CommandKind::plain:
+        return {result_of(command), {}, text("command 0x%02X", command.code)};
+    case CommandKind::write_byte:
+        return write_byte(command, parameters);
+    case CommandKind::read_byte:
+        return read_byte(parameters);
+    case CommandKind::read_range:
+        return read_range(parameters);
+    }
+    return {};
+}
+
+Response Application::set(const Command &command, Parameters parameters)
+{
+    int channel = NO_PLACE;
+    if (!take_channel(command, parameters, channel)) {
+        return no_such_channel(command, channel);
+    }
+    const std::string values = received_values(command, parameters);
+    settings_[{command.code, channel}] = values;
+    return {result_of(command),
+            {},
+            text("setting 0x%02X%s = %s", command.code, channel_words(channel).c_str(),
+                 values.c_str())};
+}
+
+// An answer that is given goes before what the setting of the same quantity has received.
+Response Application::tell_number(const Command &command, Parameters parameters) const
+{
+    int channel = NO_PLACE;
+    if (!take_channel(command, parameters, channel)) {
+        return no_such_channel(command, channel);
+    }
+    std::string value = command.default_answer;
+    const auto setting = settings_.find({command.shows, channel});
+    if (const std::string *answer = find_answer(command.code, channel)) {
+        value = *answer;
+    } else if (setting != settings_.end()) {
+        value = setting->second;
+    }
+    const auto number = static_cast<uint64_t>(numbers_of(value).at(0));
+    std::vector<uint8_t> reply;
+    for (int i = 0; i < command.width; ++i) {
+        reply.push_back(static_cast<uint8_t>(number >> (8 * i)));
+    }
+    return told(std::move(reply), text("query 0x%02X%s: %s", command.code,
+                                       channel_words(channel).c_str(), value.c_str()));
+}
+
+Response Application::tell_text(const Command &command) const
+{
+    const std::string *answer = find_answer(command.code, NO_PLACE);
+    const std::string words = (answer != nullptr ? *answer : command.default_answer);
+    const std::string taken = words.substr(0, UINT16_MAX);
+    return told({taken.begin(), taken.end()}, text("query 0x%02X", command.code));
+}
+
+Response Application::write_byte(const Command &command, Parameters parameters)
+{
+    const uint16_t address = address_of(parameters);
+    memory_[address] = parameters[2];
+    return {result_of(command), {}, text("0x%02X written to 0x%04X", parameters[2], address)};
+}
+
+Response Application::read_byte(Parameters parameters)
+{
+    const uint16_t address = address_of(parameters);
+    return told({byte_at(address)}, text("byte at 0x%04X", address));
+}
+
+Response Application::read_range(Parameters parameters) const
+{
+    const uint16_t address = address_of(parameters);
+    const uint32_t count = little_endian(parameters.subspan(2, 2));
+    std::vector<uint8_t> reply(count);
+    for (uint32_t i = 0; i < count; ++i) {
+        reply[i] = memory_[(address + i) % MEMORY_SIZE];
+    }
+    return told(std::move(reply), text("%u bytes from 0x%04X on", count, address));
+}
+
+// An address for which a text is told gives it byte by byte, then a 0, then from its start again.
+uint8_t Application::byte_at(int address)
+{
+    const std::string *words = find_answer('b', address);
+    if (words == nullptr) {
+        return memory_[static_cast<size_t>(address)];
+    }
+    const size_t at = reads_[address]++ % (words->size() + 1);
+    return static_cast<uint8_t>(words->c_str()[at]);
+}
+
+uint16_t Application::result_of(const Command &command) const
+{
+    const std::string *answer = find_answer(command.code, NO_PLACE);
+    return static_cast<uint16_t>(
+        numbers_of(answer != nullptr ? *answer : command.default_answer).at(0));
+}
+
+const std::string *Application::find_answer(uint8_t code, int place) const
+{
+    const auto found = answers_.find({code, place});
+    return found == answers_.end() ? nullptr : &found->second;
+}
+
+} // namespace simulator

@@ -1,0 +1,54 @@
+// The application's side of the parameter commands: what each of them does to the board's settings
+// and memory, and what it answers.
+#pragma once
+
+#include "simulator/command_values.hpp"
+
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace simulator
+{
+
+inline constexpr size_t MEMORY_SIZE = 0x10000;
+inline constexpr size_t PARAMETER_BYTES = 6;
+
+struct Response {
+    uint16_t answer = 0; // a result, or the length of the reply
+    std::vector<uint8_t> reply;
+    std::string note; // for the person who reads the dialogue
+};
+
+class Application
+{
+  public:
+    using Parameters = std::span<const uint8_t, PARAMETER_BYTES>;
+
+    explicit Application(std::span<uint8_t, MEMORY_SIZE> memory) : memory_(memory) {}
+
+    void load(CommandValues settings, CommandValues answers);
+    const CommandValues &settings() const { return settings_; }
+
+    Response perform(const Command &command, Parameters parameters);
+
+  private:
+    Response set(const Command &command, Parameters parameters);
+    Response tell_number(const Command &command, Parameters parameters) const;
+    Response tell_text(const Command &command) const;
+    Response write_byte(const Command &command, Parameters parameters);
+    Response read_byte(Parameters parameters);
+    Response read_range(Parameters parameters) const;
+    uint8_t byte_at(int address);
+    uint16_t result_of(const Command &command) const;
+    const std::string *find_answer(uint8_t code, int place) const;
+
+    std::span<uint8_t, MEMORY_SIZE> memory_;
+    CommandValues settings_;
+    CommandValues answers_;
+    std::map<int, size_t> reads_; // by address: how much of the text told for it has been read
+};
+
+} // namespace simulator

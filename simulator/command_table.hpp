@@ -1,0 +1,40 @@
+// The commands that the application understands, with what they carry and answer.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace simulator
+{
+
+enum class CommandKind {
+    number,     // a query: channel; the reply is a signed number of so many bytes
+    text,       // a query: the reply is a text
+    setting,    // channel and values of so many bytes; the answer is a result
+    plain,      // no parameters; the answer is a result
+    write_byte, // address and byte; the answer is a result
+    read_byte,  // address; the reply is a byte
+    read_range, // address and count; the reply is so many bytes
+};
+
+struct Command {
+    uint8_t code;
+    CommandKind kind;
+    int channels;               // 0 for a command without
+    int width;                  // bytes of a number or of each value of a setting
+    int values;                 // of a setting
+    uint8_t shows;              // query: the setting whose value is its answer, or 0
+    const char *default_answer; // of a command that no answer is given for; null if it has none
+};
+
+const Command *find_command(uint8_t code);
+
+// The channels of a command, or the addresses of one that names an address.
+inline constexpr int ADDRESSES = 0x10000;
+int places_of(const Command &command);
+
+// The commands, a line each.
+std::string describe_commands();
+
+} // namespace simulator

@@ -1,0 +1,43 @@
+// The stages of one parameter command at the co-processor's end of the wire:
+//
+//     idle --command--> busy --polls--> answer --00 00--> reply --filler--> idle
+//
+// The command's frame and everything that fits no stage are the co-processor's own matter.
+#pragma once
+
+#include "simulator/application.hpp"
+
+#include <cstdint>
+#include <span>
+
+namespace simulator
+{
+
+class Transaction
+{
+  public:
+    void begin(Response response, int64_t busy_polls);
+    void cancel() { stage_ = Stage::idle; }
+
+    // Whether a poll for data belongs to it, and what such a poll finds.
+    bool is_polled() const { return stage_ == Stage::busy; }
+    uint8_t take_poll();
+
+    // Whether an exchange fetches its answer or its reply, and what comes back in it.
+    bool expects(std::span<const uint8_t> mosi) const;
+    void give(std::span<uint8_t> miso);
+
+    const char *note() const { return note_; }
+
+  private:
+    enum class Stage { idle, busy, answer, reply };
+
+    void give_answer(std::span<uint8_t> miso);
+
+    Stage stage_ = Stage::idle;
+    Response response_;
+    int64_t busy_ = 0; // polls that still find it busy
+    const char *note_ = "";
+};
+
+} // namespace simulator
