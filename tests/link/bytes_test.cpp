@@ -14,6 +14,7 @@ constexpr std::array<uint8_t, 4> at_compile_time()
     return bytes;
 }
 
+static_assert(low_byte(0x1234) == 0x34 && high_byte(0x1234) == 0x12);
 static_assert(at_compile_time() == std::array<uint8_t, 4>{0x00, 0x40, 0x00, 0x08});
 
 Bytes le16(uint16_t value)
@@ -45,4 +46,33 @@ TEST(LittleEndian, thirty_two_bits_travel_low_byte_first)
     EXPECT_EQ(le32(0x12345678), Bytes({0xEE, 0x78, 0x56, 0x34, 0x12, 0xEE}));
     EXPECT_EQ(le32(0x00000000), Bytes({0xEE, 0x00, 0x00, 0x00, 0x00, 0xEE}));
     EXPECT_EQ(le32(0xFFFFFFFE), Bytes({0xEE, 0xFE, 0xFF, 0xFF, 0xFF, 0xEE}));
+}
+
+TEST(LittleEndian, sixteen_bits_are_read_low_byte_first)
+{
+    const uint8_t bytes[] = {0xEE, 0x34, 0x12, 0xFF, 0x00, 0x80, 0xFF, 0xFF};
+    EXPECT_EQ(get_le16(bytes + 1), 0x1234);
+    EXPECT_EQ(get_le16(bytes + 2), 0xFF12);
+    EXPECT_EQ(get_le16(bytes + 3), 0x00FF);
+    EXPECT_EQ(get_le16(bytes + 4), 0x8000);
+    EXPECT_EQ(get_le16(bytes + 6), 0xFFFF);
+}
+
+TEST(LittleEndian, sixteen_bits_are_read_as_they_were_written)
+{
+    for (uint32_t value = 0; value <= 0xFFFF; ++value) {
+        ASSERT_EQ(get_le16(le16(static_cast<uint16_t>(value)).data() + 1), value);
+    }
+}
+
+TEST(BytesOfAWord, are_its_lowest_and_the_one_above_whatever_lies_higher)
+{
+    EXPECT_EQ(low_byte(0x1234), 0x34);
+    EXPECT_EQ(high_byte(0x1234), 0x12);
+    EXPECT_EQ(low_byte(0xFF00), 0x00);
+    EXPECT_EQ(high_byte(0x00FF), 0x00);
+    EXPECT_EQ(low_byte(0xFFFF), 0xFF);
+    EXPECT_EQ(high_byte(0xFFFF), 0xFF);
+    EXPECT_EQ(low_byte(0xABCD1234), 0x34);
+    EXPECT_EQ(high_byte(0xABCD1234), 0x12);
 }

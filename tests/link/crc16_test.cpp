@@ -1,5 +1,7 @@
-// Goal: the table-driven checksum is the defined one, for every length its argument can have.
+// Goal: the table-driven checksum is the defined one, for every length its argument can have, and
+// the one that the virtual co-processor computes.
 #include "link/stm_com_funcs.h"
+#include "simulator/crc.hpp"
 #include "tests/platform/bitwise_crc.hpp"
 
 namespace
@@ -11,15 +13,34 @@ uint16_t crc16(const Bytes &bytes)
 }
 
 // Bytes without a visible pattern, the same in every run.
-Bytes scattered_bytes(size_t count)
+Bytes scattered_bytes(size_t count, uint32_t seed = 1)
 {
     Bytes bytes(count);
-    uint32_t state = 1;
+    uint32_t state = seed;
     for (uint8_t &byte : bytes) {
         state = state * 1664525 + 1013904223;
         byte = static_cast<uint8_t>(state >> 24);
     }
     return bytes;
+}
+
+// Lengths up to the longest, short ones as likely as long ones.
+size_t scattered_length(uint32_t seed)
+{
+    const Bytes bytes = scattered_bytes(3, seed);
+    return static_cast<size_t>(bytes[0] << 8 | bytes[1]) >> (bytes[2] % 16);
+}
+
+// The bitwise forms of the tests and of the co-processor both give the module's checksum.
+testing::AssertionResult all_agree(const Bytes &bytes)
+{
+    const uint16_t crc = crc16(bytes);
+    if (crc == bitwise_crc(bytes) && crc == simulator::bitwise_crc(bytes)) {
+        return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure()
+           << crc << ", not " << bitwise_crc(bytes) << " of the tests and "
+           << simulator::bitwise_crc(bytes) << " of the co-processor";
 }
 
 } // namespace
@@ -75,4 +96,28 @@ TEST(Crc16, order_of_the_bytes_counts)
 {
     EXPECT_NE(crc16({0x01, 0x02}), crc16({0x02, 0x01}));
     EXPECT_NE(crc16({0x01}), crc16({0x00, 0x01}));
+}
+
+TEST(Crc16, every_single_byte_agrees_with_the_co_processor)
+{
+    EXPECT_TRUE(all_agree({}));
+    for (int value = 0; value < 256; ++value) {
+        EXPECT_TRUE(all_agree({static_cast<uint8_t>(value)})) << "byte " << value;
+    }
+}
+
+TEST(Crc16, scattered_buffers_of_all_lengths_agree_with_the_co_processor)
+{
+    for (uint32_t seed = 1; seed <= 500; ++seed) {
+        const size_t length = scattered_length(seed);
+        ASSERT_TRUE(all_agree(scattered_bytes(length, seed)))
+            << "seed " << seed << ", length " << length;
+    }
+}
+
+TEST(Crc16, lengths_at_the_boundaries_agree_with_the_co_processor)
+{
+    for (const size_t length : {0U, 1U, 255U, 256U, 1032U, 32767U, 32768U, 65534U, 65535U}) {
+        EXPECT_TRUE(all_agree(scattered_bytes(length, 7))) << "length " << length;
+    }
 }
