@@ -4,15 +4,12 @@
 #include "link/link.hpp"
 #include "link/report.hpp"
 
-#include <cstring>
-
 bool stm_read_reply(int32_t length)
 {
     if (length < 0) {
         return false;
     }
-    memset(stm_link.tx_buffer, STM_SYNC_FILL, sizeof(stm_link.tx_buffer));
-    if (stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, length) < 0) {
+    if (link_fetch(length) < 0) {
         report_errno("SPI datatransfer");
         return false;
     }

@@ -30,3 +30,13 @@ constexpr uint16_t get_le16(const uint8_t *from)
 {
     return static_cast<uint16_t>(from[0] | from[1] << 8);
 }
+
+constexpr uint32_t get_le32(const uint8_t *from)
+{
+    return get_le16(from) | uint32_t{get_le16(from + 2)} << 16;
+}
+
+constexpr uint16_t get_be16(const uint8_t *from)
+{
+    return static_cast<uint16_t>(from[0] << 8 | from[1]);
+}

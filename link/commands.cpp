@@ -45,8 +45,7 @@ int stm_query_byte(uint8_t command, uint8_t *answer)
         return -1;
     }
     usleep(STM_ANSWER_PAUSE_US);
-    stm_link.tx_buffer[0] = STM_POLL_DATA;
-    if (stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, 1) < 0) {
+    if (link_poll_data() < 0) {
         report_errno("read data");
         return -1;
     }

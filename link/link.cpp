@@ -54,9 +54,8 @@ void stm_open()
 void stm_sync_transfer()
 {
     memset(stm_link.rx_buffer, 0, sizeof(stm_link.rx_buffer));
-    memset(stm_link.tx_buffer, STM_SYNC_FILL, sizeof(stm_link.tx_buffer));
     // Kept: a link that cannot be synchronised is told, but used all the same.
-    if (stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, STM_BUFFER_SIZE) < 0) {
+    if (link_fetch(STM_BUFFER_SIZE) < 0) {
         report_errno("Error: stm_com_funcs: SPI datatransfer\n");
     }
 }
@@ -92,6 +91,30 @@ void link_prepare_transfer(spi_ioc_transfer &descriptor)
     descriptor = {};
     descriptor.tx_buf = descriptor_address(stm_link.tx_buffer);
     descriptor.rx_buf = descriptor_address(stm_link.rx_buffer);
+}
+
+int link_poll_data()
+{
+    stm_link.tx_buffer[0] = STM_POLL_DATA;
+    return stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, 1);
+}
+
+int link_fetch_pair()
+{
+    memset(stm_link.tx_buffer, 0, 2);
+    return stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, 2);
+}
+
+int link_fetch(int32_t length)
+{
+    memset(stm_link.tx_buffer, STM_SYNC_FILL, sizeof(stm_link.tx_buffer));
+    return stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, length);
+}
+
+void link_clear_buffers()
+{
+    memset(stm_link.tx_buffer, 0, sizeof(stm_link.tx_buffer));
+    memset(stm_link.rx_buffer, 0, sizeof(stm_link.rx_buffer));
 }
 
 void link_clear_command_bytes()

@@ -10,13 +10,14 @@
 struct RingBuffer;
 
 // Zero at program start.
-// Kept: tx_buffer is never cleared as a whole after stm_sync_transfer. Bytes that no command
-// rewrites stay 0x66, and frames long enough to reach them send them.
+// Kept: commands and downloads clear no more of tx_buffer than they need. Bytes that none rewrites
+// stay as the last synchronisation, reply or read-out left them, and frames long enough to reach
+// them send them.
 struct StmLink {
     RingBuffer *ring;                    // attached shared memory, null while there is none
     int32_t spi_fd;                      // as the last open returned it, failed or not
     uint8_t tx_buffer[STM_BUFFER_SIZE];  // long frames, single-byte commands and polls
-    char message[STM_MESSAGE_SIZE];      // the last report to the output callback
+    char message[STM_MESSAGE_SIZE];      // the last report, CSV text or ADC piece
     uint8_t tx_short[STM_TX_SHORT_SIZE]; // request frames of the read-outs
     spi_ioc_transfer transfer;           // shared by the acknowledge wait and the download
     uint8_t rx_short[STM_RX_SHORT_SIZE]; // what comes back while tx_short goes out, as far as read
@@ -37,6 +38,15 @@ int stm_transfer(spi_ioc_transfer &descriptor, int32_t length);
 
 // Zeroes a descriptor and points it at tx_buffer and rx_buffer.
 void link_prepare_transfer(spi_ioc_transfer &descriptor);
+
+// The exchanges of which the conversation with the application consists. Each returns what
+// stm_transfer returns and leaves what came back at the start of rx_buffer.
+int link_poll_data();           // one 'D', for the byte that tells whether an answer is ready
+int link_fetch_pair();          // two zeros, for a number of 16 bits
+int link_fetch(int32_t length); // filler; all of tx_buffer then holds it
+
+// Clears both buffers.
+void link_clear_buffers();
 
 // Clears the bytes of both buffers in which a command is built and answered.
 void link_clear_command_bytes();

@@ -38,6 +38,11 @@ constexpr uint8_t STM_CMD_READ_RANGE = 0x75; // 'u'
 constexpr uint16_t STM_TOP_BLOCK_ADDR = 0xFFCF;
 constexpr int32_t STM_TOP_BLOCK_WORDS = 12;
 
+// Requests of the read-outs; those for records stand with their formats.
+constexpr uint8_t STM_CMD_RAW_BYTES = 0x01;
+constexpr uint8_t STM_CMD_ADC_SAMPLES = 0xC4;
+constexpr uint8_t STM_RECORD_MARKER = 0x55; // 'U', the first byte of each record
+
 // Status bytes that the co-processor answers to STM_POLL_ACK; to STM_POLL_DATA, STM_ACK says that
 // an answer is ready. All from 0xF0 on end a wait for an acknowledge.
 constexpr uint8_t STM_ACK = 0x55; // 'U'
@@ -47,12 +52,14 @@ constexpr uint8_t STM_BUS_INACTIVE = 0xFF; // nobody drives the line
 constexpr uint8_t STM_STATUS_ERROR_BITS = 0xF0;
 
 // Pauses in microseconds, limits in polls.
-constexpr uint32_t STM_ANSWER_PAUSE_US = 100'000; // between a query and its answer
-constexpr uint32_t STM_ACK_POLL_US = 10'000;      // before each poll for an acknowledge
-constexpr uint32_t STM_ACK_AFTER_POLL_US = 1'000; // and after it
-constexpr int STM_ACK_POLL_LIMIT = 1501;          // the last of them can no longer succeed
-constexpr uint32_t STM_PARAM_POLL_US = 1'000;     // after each poll for an answer
-constexpr int STM_PARAM_POLL_LIMIT = 3001;        // the last of them is not looked at
+constexpr uint32_t STM_ANSWER_PAUSE_US = 100'000;  // between a query and its answer
+constexpr uint32_t STM_ACK_POLL_US = 10'000;       // before each poll for an acknowledge
+constexpr uint32_t STM_ACK_AFTER_POLL_US = 1'000;  // and after it
+constexpr int STM_ACK_POLL_LIMIT = 1501;           // the last of them can no longer succeed
+constexpr uint32_t STM_PARAM_POLL_US = 1'000;      // after each poll for an answer
+constexpr int STM_PARAM_POLL_LIMIT = 3001;         // the last of them is not looked at
+constexpr int STM_BLOCK_POLL_LIMIT = 301;          // polls for a block follow without pauses
+constexpr uint32_t STM_BLOCK_TIMEOUT_US = 500'000; // after as many in vain
 
 // Image download.
 constexpr int32_t STM_BLOCK_SIZE = 1024;

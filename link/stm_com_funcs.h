@@ -43,6 +43,22 @@ extern "C" {
 #define STM_FLASH_BOOTER_ADDR   0x08000000u /* boot loader: the first 16 KiB of the flash */
 #define STM_FLASH_FIRMWARE_ADDR 0x08004000u /* application firmware: behind the boot loader */
 
+/* Integers as the co-processor's records name them. */
+typedef uint8_t stm_uint8;
+typedef uint8_t stm_uint8_t;
+typedef int8_t stm_int8_t;
+typedef uint16_t stm_uint16_t;
+typedef int16_t stm_int16_t;
+typedef uint32_t stm_uint32_t;
+typedef int32_t stm_int32_t;
+
+/* How a read-out shows what it reads; passed as int. */
+typedef enum {
+    READOUT_HEX = 1,  /* bytes, each as "0x%02X " */
+    READOUT_TEXT = 2, /* a line for each value, with its label */
+    READOUT_CSV = 3   /* a ';' behind each value; records under a header of their fields' names */
+} ReadoutMode;
+
 /*
  * Input poll: asks the front end whether the operator has typed a line.
  *
@@ -287,14 +303,16 @@ int32_t stm_file_size(FILE *stream);
  * Sends the mode command, a header frame with address and size, then the file in blocks of up to
  * 1024 bytes, and waits with stm_wait_for_ack after each of them. The mode command is the byte 0x81
  * for the firmware, and for the boot loader a frame of eight bytes: 0x82, the six bytes that the
- * transmit buffer holds there (0x66 after stm_open), 0xAA. Every other frame has 1034 bytes:
+ * transmit buffer holds there (0x66 after stm_open, 0 after a read-out that was stopped), 0xAA.
+ * Every other frame has 1034 bytes:
  *
  *      0  checksum, stm_crc16 over bytes 2 to 1033
  *      2  flash address, 32 bits; the start address in every frame
  *      6  header: size of the file; block: number of its bytes, 1 to 1024; 32 bits
  *     10  header: zeros; block: its bytes, then zeros; both up to byte 1023
  *   1024  the block's last ten bytes, as far as it has so many; the others are not cleared and
- *         repeat what was last sent there (0x66 after stm_open and after a query's reply)
+ *         repeat what was last sent there (0x66 after stm_open or a query's reply, 0 after a
+ *         read-out that was stopped)
  *
  * file:    not null, open in binary mode at its start; left open, at the place where reading ended.
  *          A read that yields nothing ends the file, be it by an error or by its end.
@@ -542,6 +560,104 @@ int32_t stm_print_text_at(uint16_t address, StmPollFn poll, StmOutputFn output);
  * Returns the length of the reply, or -1 if there is none.
  */
 int32_t stm_dump_bytes(uint16_t address, uint16_t count, StmPollFn poll, StmOutputFn output);
+
+/* ----------------------------------------------------------------------------------- read-outs */
+
+/*
+ * What holds for every read-out
+ *
+ * A request frame of eight bytes goes out: command, parameters, 0xAA. Parameters that a request has
+ * no use for repeat what earlier ones sent there. Then the co-processor is polled with 'D' (0x44),
+ * one byte and no pause each, until 0x55 comes back, at most 301 times; the byte of the 301st is
+ * not looked at. Without a 0x55 "SPI timeout\n" goes to the output callback, flag 0.
+ *
+ * A failing exchange is reported through perror, as "SPI datatransfer" where nothing else is
+ * stated, and ends the operation at once. More than 4096 bytes are refused that way, without an
+ * exchange.
+ *
+ * STM_STOP_LINE ends the operation at once. The poll callback is called once a poll, and at no
+ * other time; not while something is shown, and not in a pause.
+ *
+ * mode: a ReadoutMode. With any other value everything is read and checked, and only errors are
+ * shown.
+ */
+
+/*
+ * Reads measurement records in blocks and shows them: base records of 56 bytes (request 0xC8, at
+ * most 73 a block), records with a rotation time of 52 bytes (0xC1, 78), records with a temperature
+ * of 48 bytes (0x02, 85).
+ *
+ * Asks for as many records as are wanted, the block's most if there are more. When the co-processor
+ * is ready, fetches the block's length (two bytes, high byte first) and the block, asks for the
+ * next one if more are wanted, and only then checks and shows the records of this one. Behind the
+ * last block the link is synchronised with stm_sync_transfer. A time-out is followed by a pause of
+ * 500 ms and another wait for the same block, without end.
+ *
+ * count: number of records wanted. Each block counts for as many whole records as its length holds,
+ *        good or bad; one that is shorter than a record counts for none, and as many are asked for
+ *        again. A count of 0 or less asks for its low 8 bits and reads one block all the same.
+ *
+ * Output, flag 1: in READOUT_CSV the header, before the first request; then each record in one
+ * text. The header names the fields in their order. Labelled text shows all of them with their
+ * sign, CSV shows rel_t and BE32_01_ext without. READOUT_CSV leaves out records whose number is 0.
+ * READOUT_HEX shows the first 48 bytes of the block for each of its records.
+ *
+ * The first record of a block is taken whatever its first byte is, a further one where 0x55
+ * follows; not the block's length ends them, but the zeros behind it, or the end of the 4096 bytes.
+ * A record whose checksum (its last two bytes, stm_crc16 over its others) is wrong is reported as
+ * "Wrong checksum detected (iCurrentBlockIndex = %d)\n", flag 0, with its byte offset in the block;
+ * it and the rest of the block are lost, and nothing is asked for again.
+ *
+ * Failing exchanges of stm_read_records behind the first request are reported as
+ * "SPI datatransfer (1)" (a poll), "(2)" (the length), "(3)" (the block) and "(4)" (the next
+ * request).
+ *
+ * Blocks until all blocks have come, as long as the co-processor takes; only STM_STOP_LINE and a
+ * failing exchange end it early, without the synchronisation.
+ */
+void stm_read_records(int count, int mode, StmPollFn poll, StmOutputFn output);
+void stm_read_records_omega(int count, int mode, StmPollFn poll, StmOutputFn output);
+void stm_read_records_temp(int count, int mode, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Reads one frame of ADC samples and shows it.
+ *
+ * Request 0xC4. The frame's length comes low byte first; the frame is taken for 1203 bytes,
+ * whatever that length is, and what is missing is 0: number of samples (one byte), 300 samples of
+ * 32 bits, signed, of which so many are shown, and stm_crc16 over all bytes before. A time-out is
+ * followed by a pause of 500 ms, and the frame is fetched all the same. When the frame has been
+ * shown, the link is synchronised with stm_sync_transfer.
+ *
+ * Output, flag 1:
+ *    READOUT_CSV   the header "\"value\";\n", before the request, behind what the link's message
+ *                  buffer still holds of earlier reports and CSV texts, as far as 254 characters
+ *                  hold it; then each sample, and an empty text
+ *    READOUT_TEXT  the number of samples and the first one, each further sample, the checksum
+ *    READOUT_HEX   a heading and the first byte, each further byte of all 1203, a newline
+ *
+ * A wrong checksum is reported as "Wrong checksum detected (expected: %X, received: %X\n", flag 0:
+ * first the frame's own, then the computed one. No sample is shown then, and the link is not
+ * synchronised.
+ *
+ * Blocks for about 0.5 s at most.
+ */
+void stm_read_adc_samples(int mode, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Reads 50 bytes that mean something to the co-processor's firmware only, and shows them in one
+ * text.
+ *
+ * Request 0x01 with parameters of 0, from the long buffers. The bytes are fetched without a length,
+ * after a time-out too, which makes no pause here. The link is not synchronised.
+ *
+ * Output, flag 0:
+ *    READOUT_TEXT  a heading, and "%d.Byte 0x%02X \n" for each of the first 48 bytes
+ *    READOUT_CSV   "\"%d.Byte\";0x%02X;" for each of them, in one line without a header
+ *    READOUT_HEX   a heading, and all 4096 bytes of the receive buffer, 0 behind the 50
+ *
+ * Blocks for 301 exchanges of a byte at most.
+ */
+void stm_read_raw_bytes(int mode, StmPollFn poll, StmOutputFn output);
 
 #ifdef __cplusplus
 }

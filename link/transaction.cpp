@@ -30,8 +30,7 @@ int send_frame(uint8_t code, const uint8_t params[STM_PARAM_BYTES])
 Wait wait_until_ready(StmPollFn poll)
 {
     for (int polls = 1;; ++polls) {
-        stm_link.tx_buffer[0] = STM_POLL_DATA;
-        if (stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, 1) < 0) {
+        if (link_poll_data() < 0) {
             return Wait::failed;
         }
         if (stop_requested(poll)) {
@@ -49,8 +48,7 @@ Wait wait_until_ready(StmPollFn poll)
 
 int32_t read_answer()
 {
-    put_le16(stm_link.tx_buffer, 0);
-    if (stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, 2) < 0) {
+    if (link_fetch_pair() < 0) {
         report_errno("Error stm_com_funcs: SPI datasize \n");
         return -1;
     }

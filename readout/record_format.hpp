@@ -1,0 +1,149 @@
+// The records that the co-processor delivers, as data: where each field lies on the wire and how it
+// is shown. Records are packed and little-endian.
+#pragma once
+
+#include "link/protocol.hpp"
+
+#include <cstdint>
+#include <span>
+
+// How a field's bytes become a number of 32 bits.
+enum class Wire : uint8_t { u8, i8, u16, i16, i32 };
+
+// How CSV shows that number. Labelled text always shows it signed.
+enum class Csv : uint8_t { with_sign, without_sign };
+
+enum class Line : uint8_t { plain, ends_group }; // in labelled text, a blank line follows a group
+
+struct RecordField {
+    const char *label; // in labelled text, type, blanks and colon included
+    const char *name;  // of the CSV column
+    int32_t offset;
+    Wire wire;
+    Csv csv;
+    Line line;
+};
+
+struct RecordFormat {
+    int32_t size;                        // in bytes; the last two are the checksum over the others
+    std::span<const RecordField> fields; // in the order in which they are shown
+    int32_t reserved_at;                 // two bytes that are not shown; 0 if there are none
+    uint8_t command;                     // of a request for such records
+    int32_t most;                        // records in one request
+};
+
+constexpr int32_t RECORD_NUMBER_AT = 1;
+constexpr int32_t RECORD_CHECKSUM_SIZE = 2;
+
+constexpr int32_t wire_size(Wire wire)
+{
+    switch (wire) {
+    case Wire::u8:
+    case Wire::i8:
+        return 1;
+    case Wire::u16:
+    case Wire::i16:
+        return 2;
+    case Wire::i32:
+        break;
+    }
+    return 4;
+}
+
+// True if marker, reserved bytes and fields cover each byte of the record exactly once, the
+// checksum last.
+consteval bool record_is_covered(const RecordFormat &format)
+{
+    uint64_t covered = 1; // a bit for each byte, first that of the marker
+    int32_t bytes = 1;
+    const auto cover = [&](int32_t at, int32_t size) {
+        covered |= ((uint64_t{1} << size) - 1) << at;
+        bytes += size;
+    };
+    if (format.reserved_at != 0) {
+        cover(format.reserved_at, 2);
+    }
+    for (const RecordField &field : format.fields) {
+        cover(field.offset, wire_size(field.wire));
+    }
+    const RecordField &last = format.fields.back();
+    return bytes == format.size && covered == (uint64_t{1} << format.size) - 1 &&
+           last.wire == Wire::u16 && last.offset == format.size - RECORD_CHECKSUM_SIZE;
+}
+
+// True if the largest request fills the receive buffer as far as whole records do.
+consteval bool record_request_fits(const RecordFormat &format)
+{
+    return format.most == STM_BUFFER_SIZE / format.size;
+}
+
+// The three kinds of records. Kept: labels that name another type than the field has, the
+// temperature's label, and the places of Uen and negIe, which are not those on the wire.
+
+// clang-format off
+constexpr RecordField STM_RECORD_FIELDS[] = {
+    {"stm_uint8_t  nr   : ",              "nr",            1, Wire::u8,  Csv::with_sign,     Line::plain},
+    {"stm_int32_t  rel_t: ",              "rel_t",         4, Wire::i32, Csv::without_sign,  Line::ends_group},
+    {"stm_int32_t  U1e  : ",              "U1e",          12, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  U2e  : ",              "U2e",          16, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  U3e  : ",              "U3e",          20, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  Uen  : ",              "Uen",           8, Wire::i32, Csv::with_sign,     Line::ends_group},
+    {"stm_int32_t  I1   : ",              "I1",           28, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  I2   : ",              "I2",           32, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  I3   : ",              "I3",           36, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  -Ie  : ",              "negIe",        24, Wire::i32, Csv::with_sign,     Line::ends_group},
+    {"stm_int16_t  BE1  : ",              "BE1",          40, Wire::i32, Csv::with_sign,     Line::plain}, // 32 bits here
+    {"stm_int16_t  BE2  : ",              "BE2",          44, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int8_t   BE   : ",              "BE",           48, Wire::i8,  Csv::with_sign,     Line::plain},
+    {"stm_uint32_t   BE32_01_ext   : ",   "BE32_01_ext",  49, Wire::i32, Csv::without_sign,  Line::plain},
+    {"stm_uint8    buffered  : ",         "buffered",     53, Wire::u8,  Csv::with_sign,     Line::plain},
+    {"stm_int8_t   checksum  : ",         "checksum",     54, Wire::u16, Csv::with_sign,     Line::ends_group},
+};
+
+constexpr RecordField STM_RECORD_FIELDS_OMEGA[] = {
+    {"stm_uint8_t  nr   : ",              "nr",            1, Wire::u8,  Csv::with_sign,     Line::plain},
+    {"stm_uint16_t  omega_t : ",          "omega_t",       2, Wire::u16, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  rel_t: ",              "rel_t",         4, Wire::i32, Csv::without_sign,  Line::ends_group},
+    {"stm_int32_t  U1e  : ",              "U1e",          12, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  U2e  : ",              "U2e",          16, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  U3e  : ",              "U3e",          20, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  Uen  : ",              "Uen",           8, Wire::i32, Csv::with_sign,     Line::ends_group},
+    {"stm_int32_t  I1   : ",              "I1",           28, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  I2   : ",              "I2",           32, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  I3   : ",              "I3",           36, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  -Ie  : ",              "negIe",        24, Wire::i32, Csv::with_sign,     Line::ends_group},
+    {"stm_int16_t  BE1  : ",              "BE1",          40, Wire::i16, Csv::with_sign,     Line::plain},
+    {"stm_int16_t  BE2  : ",              "BE2",          42, Wire::i16, Csv::with_sign,     Line::plain},
+    {"stm_int8_t   BE   : ",              "BE",           44, Wire::i8,  Csv::with_sign,     Line::plain},
+    {"stm_uint32_t   BE32_01_ext   : ",   "BE32_01_ext",  45, Wire::i32, Csv::without_sign,  Line::plain},
+    {"stm_uint8    buffered  : ",         "buffered",     49, Wire::u8,  Csv::with_sign,     Line::plain},
+    {"stm_int8_t   checksum  : ",         "checksum",     50, Wire::u16, Csv::with_sign,     Line::ends_group},
+};
+
+constexpr RecordField STM_RECORD_FIELDS_TEMP[] = {
+    {"stm_uint8_t  nr   : ",              "nr",            1, Wire::u8,  Csv::with_sign,     Line::plain},
+    {"stm_uint16_t omega_t : ",           "temp",          2, Wire::u16, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  rel_t: ",              "rel_t",         4, Wire::i32, Csv::without_sign,  Line::ends_group},
+    {"stm_int32_t  U1e  : ",              "U1e",          12, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  U2e  : ",              "U2e",          16, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  U3e  : ",              "U3e",          20, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  Uen  : ",              "Uen",           8, Wire::i32, Csv::with_sign,     Line::ends_group},
+    {"stm_int32_t  I1   : ",              "I1",           28, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  I2   : ",              "I2",           32, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  I3   : ",              "I3",           36, Wire::i32, Csv::with_sign,     Line::plain},
+    {"stm_int32_t  -Ie  : ",              "negIe",        24, Wire::i32, Csv::with_sign,     Line::ends_group},
+    {"stm_int16_t  BE1  : ",              "BE1",          40, Wire::i16, Csv::with_sign,     Line::plain},
+    {"stm_int16_t  BE2  : ",              "BE2",          42, Wire::i16, Csv::with_sign,     Line::plain},
+    {"stm_int8_t   BE   : ",              "BE",           44, Wire::i8,  Csv::with_sign,     Line::plain},
+    {"stm_uint8    buffered  : ",         "buffered",     45, Wire::u8,  Csv::with_sign,     Line::plain},
+    {"stm_int8_t   checksum  : ",         "checksum",     46, Wire::u16, Csv::with_sign,     Line::ends_group},
+};
+// clang-format on
+
+constexpr RecordFormat STM_RECORD = {56, STM_RECORD_FIELDS, 2, 0xC8, 73};
+constexpr RecordFormat STM_RECORD_OMEGA = {52, STM_RECORD_FIELDS_OMEGA, 0, 0xC1, 78};
+constexpr RecordFormat STM_RECORD_TEMP = {48, STM_RECORD_FIELDS_TEMP, 0, 0x02, 85};
+
+static_assert(record_is_covered(STM_RECORD) && record_request_fits(STM_RECORD));
+static_assert(record_is_covered(STM_RECORD_OMEGA) && record_request_fits(STM_RECORD_OMEGA));
+static_assert(record_is_covered(STM_RECORD_TEMP) && record_request_fits(STM_RECORD_TEMP));

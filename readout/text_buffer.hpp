@@ -1,0 +1,33 @@
+// A text that grows within fixed bounds. What no longer fits is left out; a NUL always ends it.
+#pragma once
+
+#include <cstdint>
+
+struct TextBuffer {
+    char *text;
+    int32_t size; // of the memory behind text, NUL included
+    int32_t length;
+};
+
+// The link's message, emptied, and the message with what it holds.
+TextBuffer text_in_message();
+TextBuffer text_behind_message();
+
+template <int32_t SIZE>
+TextBuffer text_in(char (&memory)[SIZE])
+{
+    memory[0] = '\0';
+    return {memory, SIZE, 0};
+}
+
+void text_clear(TextBuffer &buffer);
+void text_append(TextBuffer &buffer, const char *text);
+
+[[gnu::format(printf, 2, 3)]] void text_format(TextBuffer &buffer, const char *format, ...);
+
+// A number in decimal.
+void text_append_signed(TextBuffer &buffer, int32_t number);
+void text_append_unsigned(TextBuffer &buffer, uint32_t number);
+
+// Bytes, each as "0x%02X ".
+void text_append_hex(TextBuffer &buffer, const uint8_t *bytes, int32_t count);
