@@ -1,6 +1,7 @@
 // The application's side of the parameter commands.
 #include "simulator/application.hpp"
 
+#include "simulator/adc_frame.hpp"
 #include "simulator/text.hpp"
 
 #include <algorithm>
@@ -11,6 +12,8 @@ namespace simulator
 
 namespace
 {
+
+constexpr uint32_t RAW_BYTES = 50;
 
 uint32_t little_endian(std::span<const uint8_t> bytes)
 {
@@ -26,9 +29,22 @@ uint16_t address_of(Application::Parameters parameters)
     return static_cast<uint16_t>(little_endian(parameters.first(2)));
 }
 
+Response result(uint16_t answer, std::string note)
+{
+    Response response;
+    response.answer = answer;
+    response.note = std::move(note);
+    return response;
+}
+
 Response told(std::vector<uint8_t> reply, std::string note)
 {
-    return {static_cast<uint16_t>(reply.size()), std::move(reply), std::move(note)};
+    Response response;
+    response.answer = static_cast<uint16_t>(reply.size());
+    response.answer_note = reply.empty() ? "result" : "length of the reply";
+    response.reply = std::move(reply);
+    response.note = std::move(note);
+    return response;
 }
 
 // The channel that the first parameter names; false if the command has no such channel.
@@ -45,7 +61,7 @@ std::string channel_words(int channel)
 
 Response no_such_channel(const Command &command, int channel)
 {
-    return {0, {}, text("command 0x%02X has no channel %d", command.code, channel)};
+    return result(0, text("command 0x%02X has no channel %d", command.code, channel));
 }
 
 // The values of a setting, as they came in.
@@ -79,13 +95,19 @@ Response Application::perform(const Command &command, Parameters parameters)
     case CommandKind::setting:
         return set(command, parameters);
     case CommandKind::plain:
-        return {result_of(command), {}, text("command 0x%02X", command.code)};
+        return result(result_of(command), text("command 0x%02X", command.code));
     case CommandKind::write_byte:
         return write_byte(command, parameters);
     case CommandKind::read_byte:
         return read_byte(parameters);
     case CommandKind::read_range:
         return read_range(parameters);
+    case CommandKind::adc_values:
+        return tell_adc_values();
+    case CommandKind::raw_bytes:
+        return tell_raw_bytes();
+    case CommandKind::records:
+        break; // they are the board's, not the commands'
     }
     return {};
 }
@@ -98,10 +120,8 @@ Response Application::set(const Command &command, Parameters parameters)
     }
     const std::string values = received_values(command, parameters);
     settings_[{command.code, channel}] = values;
-    return {result_of(command),
-            {},
-            text("setting 0x%02X%s = %s", command.code, channel_words(channel).c_str(),
-                 values.c_str())};
+    return result(result_of(command), text("setting 0x%02X%s = %s", command.code,
+                                           channel_words(channel).c_str(), values.c_str()));
 }
 
 // An answer that is given goes before what the setting of the same quantity has received.
@@ -120,6 +140,7 @@ Response Application::tell_number(const Command &command, Parameters parameters)
     }
     const auto number = static_cast<uint64_t>(numbers_of(value).at(0));
     std::vector<uint8_t> reply;
+    reply.reserve(sizeof(number));
     for (int i = 0; i < command.width; ++i) {
         reply.push_back(static_cast<uint8_t>(number >> (8 * i)));
     }
@@ -139,7 +160,7 @@ Response Application::write_byte(const Command &command, Parameters parameters)
 {
     const uint16_t address = address_of(parameters);
     memory_[address] = parameters[2];
-    return {result_of(command), {}, text("0x%02X written to 0x%04X", parameters[2], address)};
+    return result(result_of(command), text("0x%02X written to 0x%04X", parameters[2], address));
 }
 
 Response Application::read_byte(Parameters parameters)
@@ -157,6 +178,29 @@ Response Application::read_range(Parameters parameters) const
         reply[i] = memory_[(address + i) % MEMORY_SIZE];
     }
     return told(std::move(reply), text("%u bytes from 0x%04X on", count, address));
+}
+
+Response Application::tell_adc_values()
+{
+    Response response = told(write_adc_frame(seed_, adc_start_, adc_values_), "values asked for");
+    adc_start_ += ADC_VALUES;
+    response.answer_note = "length of the values";
+    response.reply_note = text("%d values", adc_values_);
+    response.is_block = true;
+    return response;
+}
+
+// They begin as records do, and then count up from the seed.
+Response Application::tell_raw_bytes() const
+{
+    std::vector<uint8_t> reply(RAW_BYTES, 0x55);
+    for (uint32_t i = 1; i < RAW_BYTES; ++i) {
+        reply[i] = static_cast<uint8_t>(seed_ + i - 1);
+    }
+    Response response = told(std::move(reply), "raw bytes asked for");
+    response.reply_note = "raw bytes";
+    response.has_answer = false;
+    return response;
 }
 
 // An address for which a text is told gives it byte by byte, then a 0, then from its start again.

@@ -19,7 +19,12 @@ inline constexpr size_t PARAMETER_BYTES = 6;
 struct Response {
     uint16_t answer = 0; // a result, or the length of the reply
     std::vector<uint8_t> reply;
-    std::string note; // for the person who reads the dialogue
+    std::string note; // for the person who reads the dialogue, as are the next two
+    std::string answer_note = "result";
+    std::string reply_note = "reply";
+    bool big_endian = false; // the answer
+    bool has_answer = true;  // else the reply comes at once
+    bool is_block = false;   // a reply of at most LARGEST_BLOCK bytes, whatever the answer
 };
 
 class Application
@@ -27,7 +32,10 @@ class Application
   public:
     using Parameters = std::span<const uint8_t, PARAMETER_BYTES>;
 
-    explicit Application(std::span<uint8_t, MEMORY_SIZE> memory) : memory_(memory) {}
+    Application(std::span<uint8_t, MEMORY_SIZE> memory, uint32_t seed, uint8_t adc_values)
+        : memory_(memory), seed_(seed), adc_values_(adc_values)
+    {
+    }
 
     void load(CommandValues settings, CommandValues answers);
     const CommandValues &settings() const { return settings_; }
@@ -41,11 +49,16 @@ class Application
     Response write_byte(const Command &command, Parameters parameters);
     Response read_byte(Parameters parameters);
     Response read_range(Parameters parameters) const;
+    Response tell_adc_values();
+    Response tell_raw_bytes() const;
     uint8_t byte_at(int address);
     uint16_t result_of(const Command &command) const;
     const std::string *find_answer(uint8_t code, int place) const;
 
     std::span<uint8_t, MEMORY_SIZE> memory_;
+    uint32_t seed_;
+    uint8_t adc_values_; // of a frame that are said to be good
+    uint32_t adc_start_ = 1;
     CommandValues settings_;
     CommandValues answers_;
     std::map<int, size_t> reads_; // by address: how much of the text told for it has been read

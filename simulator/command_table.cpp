@@ -36,8 +36,14 @@ constexpr Command plain(uint8_t code, CommandKind kind = CommandKind::plain)
     return {code, kind, 0, 0, 0, 0, TAKEN};
 }
 
+constexpr Command readout(uint8_t code, CommandKind kind, int width = 0)
+{
+    return {code, kind, 0, width, 0, 0, nullptr};
+}
+
 // clang-format off
 constexpr Command COMMANDS[] = {
+    readout(0x01, CommandKind::raw_bytes), readout(0x02, CommandKind::records, 48),
     number(0x03, 2, 0, 0x51), number(0x04, 1, 0, 0x52), number(0x05, 1, 0, 0x53),
     number(0x06, 4, 8, 0x54), number(0x07, 4, 8, 0x55),
     number(0x08, 2, 2, 0x56), number(0x09, 2, 2, 0x57), number(0x0A, 2, 2, 0x58),
@@ -56,8 +62,12 @@ constexpr Command COMMANDS[] = {
     number(0x95, 2, 2, 0x97), number(0x96, 2, 2, 0x98), setting(0x97, 2, 2), setting(0x98, 2, 2),
     number(0x99, 4, 8, 0x9B), number(0x9A, 4, 8, 0x9C), setting(0x9B, 8, 4), setting(0x9C, 2, 4),
     number(0xA0, 4, 0, 0, "123456"),
-    setting(0xC2, 8, 2), setting(0xC3, 8, 2, 2), setting(0xC5, 2, 2), setting(0xC6, 2, 2, 2),
+    readout(0xC1, CommandKind::records, 52),
+    setting(0xC2, 8, 2), setting(0xC3, 8, 2, 2),
+    readout(0xC4, CommandKind::adc_values),
+    setting(0xC5, 2, 2), setting(0xC6, 2, 2, 2),
     number(0xC7, 1, 0, 0, "3"),
+    readout(0xC8, CommandKind::records, 56),
 };
 // clang-format on
 
@@ -79,6 +89,12 @@ std::string describe(const Command &command)
         return "reads a byte of the memory";
     case CommandKind::read_range:
         return "reads a range of the memory";
+    case CommandKind::adc_values:
+        return "reads converter values";
+    case CommandKind::raw_bytes:
+        return "reads raw bytes";
+    case CommandKind::records:
+        return text("reads records of %d bytes", command.width);
     }
     return {};
 }

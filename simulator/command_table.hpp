@@ -16,13 +16,16 @@ enum class CommandKind {
     write_byte, // address and byte; the answer is a result
     read_byte,  // address; the reply is a byte
     read_range, // address and count; the reply is so many bytes
+    adc_values, // the reply is a frame of values
+    raw_bytes,  // the reply comes without its length
+    records,    // count; the reply is a block of records of so many bytes
 };
 
 struct Command {
     uint8_t code;
     CommandKind kind;
     int channels;               // 0 for a command without
-    int width;                  // bytes of a number or of each value of a setting
+    int width;                  // bytes of a number, of each value of a setting, or of a record
     int values;                 // of a setting
     uint8_t shows;              // query: the setting whose value is its answer, or 0
     const char *default_answer; // of a command that no answer is given for; null if it has none

@@ -50,6 +50,9 @@ std::optional<Wanted> wanted_of(const Command &command, ValuesOf kind)
     case CommandKind::write_byte:
         return Wanted{0, 1, 2};
     case CommandKind::read_range:
+    case CommandKind::adc_values:
+    case CommandKind::raw_bytes:
+    case CommandKind::records:
         break;
     }
     return std::nullopt;

@@ -36,7 +36,10 @@ bool is_filler(std::span<const uint8_t> bytes)
 
 Coprocessor::Coprocessor(BoardBytes bytes, BoardIdentity identity, Behaviour behaviour)
     : identity_(identity), behaviour_(std::move(behaviour)), boot_loader_(Flash(bytes.flash)),
-      application_(bytes.memory)
+      application_(bytes.memory, static_cast<uint32_t>(behaviour_.seed),
+                   static_cast<uint8_t>(behaviour_.adc_values)),
+      records_(static_cast<uint32_t>(behaviour_.seed), behaviour_.faults),
+      deafness_(behaviour_.faults)
 {
     died_at(ALWAYS);
 }
@@ -68,6 +71,7 @@ void Coprocessor::receive(std::span<const uint8_t> mosi)
     status_.reset();
     answer_.reset();
     transaction_.cancel();
+    request_.reset();
     if (mosi.size() > COMMAND_FRAME_SIZE && is_filler(mosi)) {
         synchronise();
     } else if (mosi.size() == IMAGE_FRAME_SIZE && boot_loader_.expects_frame()) {
@@ -140,6 +144,12 @@ void Coprocessor::receive_application_command(std::span<const uint8_t, COMMAND_F
     if (died_at(place)) {
         return;
     }
+    deafness_.begin(place);
+    if (const RecordFormat *format = find_record_format(code)) {
+        request_ = {format, std::min<int>(frame[1], format->most)};
+        note_ = text("%d records asked for", frame[1]);
+        return;
+    }
     Response response = application_.perform(*command, frame.subspan<1, PARAMETER_BYTES>());
     note_ = response.note;
     for (const int at : {ALWAYS, place}) {
@@ -148,6 +158,24 @@ void Coprocessor::receive_application_command(std::span<const uint8_t, COMMAND_F
         }
     }
     transaction_.begin(std::move(response), busy_polls_at(place));
+}
+
+void Coprocessor::begin_counted_readout(const RecordRequest &request)
+{
+    std::vector<uint8_t> records;
+    for (int i = 0; i < request.count; ++i) {
+        const std::vector<uint8_t> record = records_.next_record(*request.format);
+        records.insert(records.end(), record.begin(), record.end());
+    }
+    Block block = records_.make_block(*request.format, std::move(records));
+    Response response;
+    response.answer = block.length;
+    response.reply = std::move(block.bytes);
+    response.answer_note = "length of " + block.name;
+    response.reply_note = std::move(block.name);
+    response.big_endian = true;
+    response.is_block = true;
+    transaction_.begin(std::move(response), busy_polls_at(command_place(request.format->code)));
 }
 
 void Coprocessor::receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame)
@@ -247,6 +275,13 @@ uint8_t Coprocessor::take_status()
 
 uint8_t Coprocessor::take_answer()
 {
+    if (request_) {
+        begin_counted_readout(*std::exchange(request_, std::nullopt));
+    }
+    if (transaction_.is_polled() && deafness_.covers_poll()) {
+        note_ = "fault: deaf";
+        return IDLE;
+    }
     if (transaction_.is_polled()) {
         const uint8_t found = transaction_.take_poll();
         note_ = transaction_.note();

@@ -4,8 +4,10 @@
 
 #include "simulator/application.hpp"
 #include "simulator/boot_loader.hpp"
+#include "simulator/deafness.hpp"
 #include "simulator/faults.hpp"
 #include "simulator/flash.hpp"
+#include "simulator/record_source.hpp"
 #include "simulator/transaction.hpp"
 
 #include <cstdint>
@@ -36,6 +38,14 @@ struct BoardBytes {
 struct Behaviour {
     int busy_polls = 0; // polls that find it busy after each frame, before the status or the answer
     Faults faults;
+    int seed = 1;         // of all that it measures
+    int adc_values = 200; // of a frame that are said to be good
+};
+
+// A request for records whose block has not been polled for yet.
+struct RecordRequest {
+    const RecordFormat *format;
+    int count;
 };
 
 class Coprocessor
@@ -59,6 +69,7 @@ class Coprocessor
     void receive_byte(uint8_t command);
     void receive_command_frame(std::span<const uint8_t, COMMAND_FRAME_SIZE> frame);
     void receive_application_command(std::span<const uint8_t, COMMAND_FRAME_SIZE> frame);
+    void begin_counted_readout(const RecordRequest &request);
     void receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame);
     void synchronise();
     void begin_download(const FlashRegion &region);
@@ -76,6 +87,9 @@ class Coprocessor
     BootLoader boot_loader_;
     Application application_;
     Transaction transaction_;
+    RecordSource records_;
+    Deafness deafness_;
+    std::optional<RecordRequest> request_;
     std::optional<uint8_t> dead_line_; // what a dead board's line reads
     std::optional<uint8_t> status_;    // waits for an acknowledge poll
     int64_t busy_ = 0;                 // polls that still find the board busy with it

@@ -14,8 +14,8 @@ namespace simulator
 namespace
 {
 
-enum class Place { none, step, anywhere, command, exchange };
-enum class Value { none, status, polls, length, error };
+enum class Place { none, step, anywhere, any_command, one_command, counted };
+enum class Value { none, status, polls, length, waits, bit, bytes, error };
 
 struct FaultRow {
     FaultKind kind;
@@ -26,6 +26,8 @@ struct FaultRow {
     const char *form;
     const char *help;
 };
+
+constexpr int FLIPPED_BIT = 64; // unless another one is given
 
 constexpr FaultRow FAULT_ROWS[] = {
     {FaultKind::bus_inactive, Place::anywhere, Value::none, 0, "bus-inactive",
@@ -40,9 +42,21 @@ constexpr FaultRow FAULT_ROWS[] = {
      "STEP is taken, but answered with this status byte"},
     {FaultKind::late, Place::anywhere, Value::polls, 0, "late", "late[@WHERE]=POLLS",
      "WHERE (or everywhere) is answered so many polls later"},
-    {FaultKind::length, Place::command, Value::length, 0, "length", "length[@CODE]=N",
+    {FaultKind::length, Place::any_command, Value::length, 0, "length", "length[@CODE]=N",
      "command CODE (or every one) is answered with N: a result, or a length"},
-    {FaultKind::exchange, Place::exchange, Value::error, EIO, "exchange", "exchange@N[=ERRNO]",
+    {FaultKind::deaf, Place::one_command, Value::waits, 0, "deaf", "deaf@CODE=WAITS",
+     "the first WAITS waits of 301 polls for CODE find nothing"},
+    {FaultKind::flip, Place::counted, Value::bit, FLIPPED_BIT, "flip", "flip@RECORD[=BIT]",
+     "a bit of RECORD is wrong (64); bit 8 is the lowest of byte 1"},
+    {FaultKind::unnumbered, Place::counted, Value::none, 0, "unnumbered", "unnumbered@RECORD",
+     "RECORD has the number 0"},
+    {FaultKind::short_block, Place::counted, Value::bytes, 0, "short", "short@BLOCK=BYTES",
+     "the last BYTES bytes of BLOCK are missing"},
+    {FaultKind::block_length, Place::counted, Value::length, 0, "block-length",
+     "block-length@BLOCK=N", "BLOCK is announced as N bytes, however long it is"},
+    {FaultKind::padded, Place::counted, Value::none, 0, "padded", "padded@BLOCK",
+     "BLOCK is filled up to 4096 bytes with 0x55"},
+    {FaultKind::exchange, Place::counted, Value::error, EIO, "exchange", "exchange@N[=ERRNO]",
      "the N-th exchange of the program fails (EIO)"},
     {FaultKind::no_device, Place::none, Value::error, ENOENT, "no-device", "no-device[=ERRNO]",
      "the device cannot be opened (ENOENT)"},
@@ -51,6 +65,8 @@ constexpr FaultRow FAULT_ROWS[] = {
 };
 
 constexpr int MOST = 1'000'000'000;
+constexpr int LAST_BIT = 56 * 8 - 1; // of the longest record
+constexpr int MOST_BYTES = 4096;     // of a block
 
 std::optional<int> parse_int(std::string_view words, int least, int most)
 {
@@ -85,7 +101,8 @@ using Words = std::optional<std::string_view>;
 std::optional<int> parse_place(const FaultRow &row, const Words &words)
 {
     if (!words) {
-        const bool optional = row.place != Place::step && row.place != Place::exchange;
+        const bool optional = row.place == Place::none || row.place == Place::anywhere ||
+                              row.place == Place::any_command;
         return optional ? std::optional(ALWAYS) : std::nullopt;
     }
     switch (row.place) {
@@ -93,13 +110,14 @@ std::optional<int> parse_place(const FaultRow &row, const Words &words)
         return std::nullopt;
     case Place::step:
         return parse_step(*words);
-    case Place::command:
+    case Place::any_command:
+    case Place::one_command:
         return parse_command(*words);
     case Place::anywhere: {
         const std::optional<int> command = parse_command(*words);
         return command ? command : parse_step(*words);
     }
-    case Place::exchange:
+    case Place::counted:
         return parse_int(*words, 1, MOST);
     }
     return std::nullopt;
@@ -129,9 +147,14 @@ std::optional<int> parse_value(const FaultRow &row, const Words &words)
     case Value::status:
         return parse_int(*words, 0, 0xFF);
     case Value::polls:
+    case Value::waits:
         return parse_int(*words, 1, MOST);
     case Value::length:
         return parse_int(*words, 0, 0xFFFF);
+    case Value::bit:
+        return parse_int(*words, 0, LAST_BIT);
+    case Value::bytes:
+        return parse_int(*words, 1, MOST_BYTES);
     case Value::error:
         return parse_error_name(*words);
     }

@@ -1,9 +1,10 @@
 // What can go wrong on a board, as values: the same values give the same failures every time.
 //
-//     KIND[@PLACE][=VALUE]      late@header=20      exchange@7=EIO      silence@12
+//     KIND[@PLACE][=VALUE]      late@header=20      exchange@7=EIO      silence@12      flip@300
 //
-// Places are the steps of a download, "mode", "header" or the number of a block from 0, and the
-// commands of the application by their codes, as in length@0xA0=0.
+// Places are the steps of a download, "mode", "header" or the number of a block from 0; the
+// commands of the application by their codes, as in length@0xA0=0; or exchanges, records and blocks
+// of records by their numbers from 1, counted since the power came on.
 #pragma once
 
 #include <cstdint>
@@ -23,6 +24,12 @@ enum class FaultKind {
     status,         // a frame is taken, but answered with an odd status byte
     late,           // a frame or a command is answered so many polls later
     length,         // a command is answered with this result, or length of its reply
+    deaf,           // a command is not answered in the first waits for it, however many there are
+    flip,           // a bit of a record is another one
+    unnumbered,     // a record has the number 0
+    short_block,    // the end of a block of records is missing
+    block_length,   // another length than that of the block of records is announced
+    padded,         // a block of records is filled up with the byte that records begin with
     exchange,       // an exchange fails with an errno, and its bytes are lost
     no_device,      // the device cannot be opened
     speed_refused,  // the device does not take the clock
@@ -42,8 +49,8 @@ constexpr int command_place(uint8_t code)
 
 struct Fault {
     FaultKind kind;
-    int place; // ALWAYS, a step of a download, a command's place, or the number of an exchange
-    int value; // a status byte, a number of polls, a length, or an errno
+    int place; // ALWAYS, a step of a download, a command's place, or a number from 1
+    int value; // a status byte, a number of polls, waits or bytes, a bit, a length, or an errno
 };
 
 using Faults = std::vector<Fault>;

@@ -1,7 +1,9 @@
 // Settings in environment variables.
 #include "simulator/settings.hpp"
 
-#include <charconv>
+#include "simulator/number.hpp"
+
+#include <algorithm>
 #include <cstdlib>
 #include <sstream>
 
@@ -13,9 +15,20 @@ namespace
 
 constexpr char DIRECTORY[] = "VIRTUAL_BOARD_DIRECTORY";
 constexpr char TRANSCRIPT[] = "VIRTUAL_BOARD_TRANSCRIPT";
-constexpr char BUSY[] = "VIRTUAL_BOARD_BUSY";
 constexpr char FAULTS[] = "VIRTUAL_BOARD_FAULTS";
 constexpr char THROUGH[] = "VIRTUAL_BOARD_THROUGH";
+
+struct NumberRow {
+    int Behaviour::*number;
+    const char *variable;
+    int most;
+};
+
+constexpr NumberRow NUMBER_ROWS[] = {
+    {&Behaviour::busy_polls, "VIRTUAL_BOARD_BUSY", 1'000'000'000},
+    {&Behaviour::seed, "VIRTUAL_BOARD_SEED", 1'000'000'000},
+    {&Behaviour::adc_values, "VIRTUAL_BOARD_SAMPLES", 0xFF},
+};
 
 std::string get(const char *name)
 {
@@ -30,12 +43,12 @@ void put(const char *name, const std::string &value)
 
 } // namespace
 
-bool set_busy(Settings &settings, const std::string &number)
+bool set_number(Settings &settings, int Behaviour::*number, const std::string &words)
 {
-    int &polls = settings.behaviour.busy_polls;
-    const char *end = number.data() + number.size();
-    const auto result = std::from_chars(number.data(), end, polls);
-    return result.ec == std::errc() && result.ptr == end && polls >= 0 && polls <= 1'000'000'000;
+    const auto *row = std::ranges::find(NUMBER_ROWS, number, &NumberRow::number);
+    const std::optional<int64_t> value = parse_number(words, 0, row->most);
+    settings.behaviour.*number = static_cast<int>(value.value_or(0));
+    return value.has_value();
 }
 
 bool add_fault(Settings &settings, const std::string &words, std::string &reason)
@@ -53,7 +66,9 @@ void put_into_environment(const Settings &settings)
 {
     put(DIRECTORY, settings.directory);
     put(TRANSCRIPT, settings.transcript);
-    put(BUSY, std::to_string(settings.behaviour.busy_polls));
+    for (const NumberRow &row : NUMBER_ROWS) {
+        put(row.variable, std::to_string(settings.behaviour.*row.number));
+    }
     put(FAULTS, settings.fault_words);
     put(COUNT_TIME_VARIABLE, settings.counts_time ? "1" : "");
     put(THROUGH, settings.through ? "1" : "");
@@ -65,8 +80,10 @@ bool take_from_environment(Settings &settings)
     settings.transcript = get(TRANSCRIPT);
     settings.counts_time = !get(COUNT_TIME_VARIABLE).empty();
     settings.through = !get(THROUGH).empty();
-    if (!set_busy(settings, get(BUSY))) {
-        return false;
+    for (const NumberRow &row : NUMBER_ROWS) {
+        if (!set_number(settings, row.number, get(row.variable))) {
+            return false;
+        }
     }
     std::istringstream faults(get(FAULTS));
     std::string reason;

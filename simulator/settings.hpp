@@ -20,8 +20,8 @@ struct Settings {
     bool through = false; // to the real device
 };
 
-// Sets the number of polls that find the board busy. False if the words are no such number.
-bool set_busy(Settings &settings, const std::string &number);
+// Sets a number of the board's behaviour. False if the words are none that it can be.
+bool set_number(Settings &settings, int Behaviour::*number, const std::string &words);
 
 // Adds the words of a fault. False if they are not understood; reason then says why.
 bool add_fault(Settings &settings, const std::string &words, std::string &reason);

@@ -1,6 +1,8 @@
 // The stages of one parameter command.
 #include "simulator/transaction.hpp"
 
+#include "simulator/record_source.hpp"
+
 #include <algorithm>
 #include <utility>
 
@@ -36,7 +38,7 @@ uint8_t Transaction::take_poll()
         note_ = "busy";
         return BUSY;
     }
-    stage_ = Stage::answer;
+    stage_ = response_.has_answer ? Stage::answer : Stage::reply;
     note_ = "ready";
     return READY;
 }
@@ -46,7 +48,13 @@ bool Transaction::expects(std::span<const uint8_t> mosi) const
     if (stage_ == Stage::answer) {
         return mosi.size() == ANSWER_BYTES && all_are(mosi, 0);
     }
-    return stage_ == Stage::reply && mosi.size() == response_.answer && all_are(mosi, FILLER);
+    return stage_ == Stage::reply && mosi.size() == reply_size() && all_are(mosi, FILLER);
+}
+
+size_t Transaction::reply_size() const
+{
+    const size_t size = response_.has_answer ? response_.answer : response_.reply.size();
+    return response_.is_block ? std::min(size, LARGEST_BLOCK) : size;
 }
 
 void Transaction::give(std::span<uint8_t> miso)
@@ -58,15 +66,15 @@ void Transaction::give(std::span<uint8_t> miso)
     const size_t size = std::min(miso.size(), response_.reply.size());
     std::copy_n(response_.reply.begin(), size, miso.begin());
     stage_ = Stage::idle;
-    note_ = "reply";
+    note_ = response_.reply_note;
 }
 
 void Transaction::give_answer(std::span<uint8_t> miso)
 {
-    miso[0] = static_cast<uint8_t>(response_.answer);
-    miso[1] = static_cast<uint8_t>(response_.answer >> 8);
+    miso[response_.big_endian ? 1 : 0] = static_cast<uint8_t>(response_.answer);
+    miso[response_.big_endian ? 0 : 1] = static_cast<uint8_t>(response_.answer >> 8);
     stage_ = response_.reply.empty() ? Stage::idle : Stage::reply;
-    note_ = response_.reply.empty() ? "result" : "length of the reply";
+    note_ = response_.answer_note;
 }
 
 } // namespace simulator

@@ -2,6 +2,7 @@
 //
 //     idle --command--> busy --polls--> answer --00 00--> reply --filler--> idle
 //
+// Some have a reply only.
 // The command's frame and everything that fits no stage are the co-processor's own matter.
 #pragma once
 
@@ -9,6 +10,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 
 namespace simulator
 {
@@ -27,17 +29,18 @@ class Transaction
     bool expects(std::span<const uint8_t> mosi) const;
     void give(std::span<uint8_t> miso);
 
-    const char *note() const { return note_; }
+    const std::string &note() const { return note_; }
 
   private:
     enum class Stage { idle, busy, answer, reply };
 
     void give_answer(std::span<uint8_t> miso);
+    size_t reply_size() const;
 
     Stage stage_ = Stage::idle;
     Response response_;
     int64_t busy_ = 0; // polls that still find it busy
-    const char *note_ = "";
+    std::string note_;
 };
 
 } // namespace simulator

@@ -21,6 +21,7 @@ struct OptionRow {
     const char *argument; // null for an option without one
     const char *help;
     bool (*apply)(LaunchOptions &options, const std::string &argument); // false: bad argument
+    bool shapes_board = true; // a virtual one, of which a real one knows nothing
 };
 
 std::string absolute(const std::string &path)
@@ -61,7 +62,17 @@ bool set_answer(LaunchOptions &options, const std::string &words)
 
 bool set_busy_polls(LaunchOptions &options, const std::string &number)
 {
-    return set_busy(options.settings, number);
+    return set_number(options.settings, &Behaviour::busy_polls, number);
+}
+
+bool set_seed(LaunchOptions &options, const std::string &number)
+{
+    return set_number(options.settings, &Behaviour::seed, number);
+}
+
+bool set_samples(LaunchOptions &options, const std::string &number)
+{
+    return set_number(options.settings, &Behaviour::adc_values, number);
 }
 
 bool set_fault(LaunchOptions &options, const std::string &words)
@@ -130,24 +141,27 @@ constexpr OptionRow OPTION_ROWS[] = {
      set_version},
     {"--answer", "CODE[/CHANNEL]=VALUE", "the board answers so from now on; can be given again",
      set_answer},
-    {"--commands", nullptr, "list the commands with answers", set_commands},
+    {"--commands", nullptr, "list the commands with answers", set_commands, false},
     {"--busy", "N", "each frame keeps the board busy for N polls (0)", set_busy_polls},
+    {"--seed", "N", "what the board measures: each N gives values of its own (1)", set_seed},
+    {"--samples", "N", "good values in a frame of converter values, 0 to 255 (200)", set_samples},
     {"--fault", "FAULT", "something goes wrong; can be given again", set_fault},
     {"--transcript", "FILE", "write each exchange as a line to FILE, - for standard error",
-     set_transcript},
+     set_transcript, false},
     {"--count-time", nullptr,
      "count the command's waits instead of spending them: usleep, nanosleep,\n"
      "                        clock_nanosleep, poll, select; clock_gettime shows the count",
      set_count_time},
-    {"--through", nullptr, "leave the device real and only write the transcript", set_through},
+    {"--through", nullptr, "leave the device real and only write the transcript", set_through,
+     false},
     {"--emulator", "CMD",
      "the command is of another architecture; CMD, which must know qemu's -E,\n"
      "                        runs such programs",
-     set_emulator},
+     set_emulator, false},
     {"--preload", "FILE", "the library to load into the command, of the command's architecture",
-     set_preload},
-    {"--help", nullptr, "this text", set_help},
-    {"-h", nullptr, "the same", set_help},
+     set_preload, false},
+    {"--help", nullptr, "this text", set_help, false},
+    {"-h", nullptr, "the same", set_help, false},
 };
 
 // Takes one option, with its argument from the same word or from the next. Returns the number of
@@ -183,16 +197,8 @@ int take_option(LaunchOptions &options, int count, char **words)
         }
         return 0;
     }
+    options.shapes_board = options.shapes_board || row->shapes_board;
     return takes_next ? 2 : 1;
-}
-
-// What the options make of the board, if it is a virtual one.
-bool shapes_board(const LaunchOptions &options)
-{
-    const Settings &settings = options.settings;
-    return !settings.directory.empty() || options.mode || options.version ||
-           !options.answers.empty() || settings.counts_time || settings.behaviour.busy_polls != 0 ||
-           !settings.behaviour.faults.empty();
 }
 
 void check_together(LaunchOptions &options)
@@ -202,7 +208,7 @@ void check_together(LaunchOptions &options)
     }
     if (options.command.empty()) {
         options.error = "no command to run; --help explains";
-    } else if (options.settings.through && shapes_board(options)) {
+    } else if (options.settings.through && options.shapes_board) {
         options.error = "--through leaves the device real: it goes with --transcript only";
     } else if (!options.emulator.empty() && options.preload.empty()) {
         options.error = "--emulator needs --preload, a library of the command's architecture";
@@ -246,7 +252,9 @@ std::string help_text()
     }
     help += "\nFaults (STEP is a step of a download: mode, header, or the number of a block; WHERE "
             "is a\n"
-            "STEP, or CODE, a command of the application, such as 0xA0):\n";
+            "STEP, or CODE, a command of the application, such as 0xA0; RECORD and BLOCK, of "
+            "records, are\n"
+            "counted from 1 over the run):\n";
     help += describe_faults();
     help +=
         "\n"

@@ -19,6 +19,7 @@ struct LaunchOptions {
     std::string preload;               // library to load into the command; empty for the own one
     std::vector<std::string> emulator; // words to put before the command; may be empty
     std::vector<char *> command;
+    bool shapes_board = false; // an option was given that a real board cannot follow
     bool help = false;
     bool commands = false; // the application's, as a list
     std::string error;     // empty if the rest is good

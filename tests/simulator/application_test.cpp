@@ -163,7 +163,7 @@ TEST_F(ApplicationWire, is_silent_to_a_wrong_end_byte_and_to_an_unknown_code)
     send(wrong);
     EXPECT_EQ(coprocessor->note(), "command 0x72 ends in 0xAB");
     EXPECT_EQ(poll_data(), 0);
-    for (const uint8_t code : Bytes{0x00, 0x0E, 0x50, 0x5C, 0x94, 0x9D, 0xC4, 0xFF}) {
+    for (const uint8_t code : Bytes{0x00, 0x0E, 0x50, 0x5C, 0x94, 0x9D, 0xC9, 0xFF}) {
         send(frame(code));
         EXPECT_EQ(coprocessor->note().substr(0, 16), "unknown command ");
         EXPECT_EQ(poll_data(), 0);

@@ -39,6 +39,16 @@ TEST(Faults, read_like_their_kind_place_and_value)
     expect_fault("bus-inactive@0xff", FaultKind::bus_inactive, command_place(0xFF), 0);
     expect_fault("length=0", FaultKind::length, ALWAYS, 0);
     expect_fault("length@0x00=65535", FaultKind::length, command_place(0), 65535);
+    expect_fault("deaf@0xC8=1", FaultKind::deaf, command_place(0xC8), 1);
+    expect_fault("flip@1", FaultKind::flip, 1, 64);
+    expect_fault("flip@1000000000=0", FaultKind::flip, 1'000'000'000, 0);
+    expect_fault("flip@7=447", FaultKind::flip, 7, 447);
+    expect_fault("unnumbered@2", FaultKind::unnumbered, 2, 0);
+    expect_fault("short@1=1", FaultKind::short_block, 1, 1);
+    expect_fault("short@3=4096", FaultKind::short_block, 3, 4096);
+    expect_fault("block-length@1=0", FaultKind::block_length, 1, 0);
+    expect_fault("block-length@2=65535", FaultKind::block_length, 2, 65535);
+    expect_fault("padded@4", FaultKind::padded, 4, 0);
     expect_fault("exchange@1", FaultKind::exchange, 1, EIO);
     expect_fault("exchange@99=ESHUTDOWN", FaultKind::exchange, 99, ESHUTDOWN);
     expect_fault("exchange@99=110", FaultKind::exchange, 99, 110);
@@ -78,6 +88,29 @@ TEST(Faults, that_make_no_sense_are_refused_with_a_reason)
                               "late=0",
                               "late=x",
                               "late=0x",
+                              "deaf",
+                              "deaf=1",
+                              "deaf@0xC8",
+                              "deaf@200=1",
+                              "deaf@0xC8=0",
+                              "flip",
+                              "flip=1",
+                              "flip@0",
+                              "flip@mode",
+                              "flip@1=448",
+                              "flip@1=-1",
+                              "unnumbered",
+                              "unnumbered@0",
+                              "unnumbered@1=0",
+                              "short@1",
+                              "short@1=0",
+                              "short@1=4097",
+                              "short=1",
+                              "block-length@1",
+                              "block-length@0=1",
+                              "block-length@1=65536",
+                              "padded",
+                              "padded@1=2",
                               "exchange",
                               "exchange@0",
                               "exchange@mode",
@@ -110,7 +143,8 @@ TEST(Faults, are_all_described)
     for (const char *form :
          {"bus-inactive[@WHERE]", "silence[@WHERE]", "checksum-error@STEP", "address-error@STEP",
           "status@STEP=BYTE", "late[@WHERE]=POLLS", "length[@CODE]=N", "exchange@N[=ERRNO]",
-          "no-device[=ERRNO]", "speed-refused[=ERRNO]"}) {
+          "deaf@CODE=WAITS", "flip@RECORD[=BIT]", "unnumbered@RECORD", "short@BLOCK=BYTES",
+          "block-length@BLOCK=N", "padded@BLOCK", "no-device[=ERRNO]", "speed-refused[=ERRNO]"}) {
         EXPECT_NE(description.find(form), std::string::npos) << form;
     }
 }

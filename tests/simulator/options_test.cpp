@@ -1,0 +1,78 @@
+// Goal: virtual-board's options for measurements are understood, and refused if they make no sense.
+#include "simulator/launcher/options.hpp"
+
+#include <gtest/gtest.h>
+
+namespace simulator
+{
+
+namespace
+{
+
+LaunchOptions parsed(std::vector<std::string> words)
+{
+    words.insert(words.begin(), "virtual-board");
+    words.emplace_back("true");
+    std::vector<char *> pointers;
+    for (std::string &word : words) {
+        pointers.push_back(word.data());
+    }
+    LaunchOptions options = parse_options(static_cast<int>(pointers.size()), pointers.data());
+    options.command.clear(); // its words are gone
+    return options;
+}
+
+TEST(Options, have_their_defaults)
+{
+    const LaunchOptions options = parsed({});
+    EXPECT_EQ(options.error, "");
+    EXPECT_EQ(options.settings.behaviour.busy_polls, 0);
+    EXPECT_EQ(options.settings.behaviour.seed, 1);
+    EXPECT_EQ(options.settings.behaviour.adc_values, 200);
+}
+
+TEST(Options, set_numbers_up_to_their_limits)
+{
+    const Behaviour least = parsed({"--seed", "0", "--samples=0"}).settings.behaviour;
+    EXPECT_EQ(least.seed, 0);
+    EXPECT_EQ(least.adc_values, 0);
+    const Behaviour most = parsed({"--seed=1000000000", "--samples", "255"}).settings.behaviour;
+    EXPECT_EQ(most.seed, 1'000'000'000);
+    EXPECT_EQ(most.adc_values, 255);
+}
+
+TEST(Options, refuse_what_is_no_such_number)
+{
+    for (const char *words : {"", "x", "-1", "1 ", "1000000001"}) {
+        EXPECT_EQ(parsed({"--seed", words}).error, std::string("--seed cannot be '") + words + "'");
+    }
+    for (const char *words : {"", "x", "-1", "256"}) {
+        EXPECT_EQ(parsed({"--samples", words}).error,
+                  std::string("--samples cannot be '") + words + "'");
+    }
+    EXPECT_EQ(parsed({"--fault", "flip"}).error,
+              "fault 'flip' does not read like flip@RECORD[=BIT]");
+}
+
+TEST(Options, that_shape_a_board_do_not_go_with_a_real_one)
+{
+    for (const char *words :
+         {"--board=x", "--mode=unknown", "--version=5", "--answer=0x21=x", "--busy=0", "--seed=1",
+          "--samples=200", "--fault=padded@1", "--count-time"}) {
+        EXPECT_EQ(parsed({"--through", words}).error,
+                  "--through leaves the device real: it goes with --transcript only")
+            << words;
+    }
+    EXPECT_EQ(parsed({"--through", "--transcript=-"}).error, "");
+}
+
+TEST(Options, are_all_explained)
+{
+    for (const char *name : {"--seed N ", "--samples N ", "deaf@CODE=WAITS"}) {
+        EXPECT_NE(help_text().find(name), std::string::npos) << name;
+    }
+}
+
+} // namespace
+
+} // namespace simulator
