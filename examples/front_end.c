@@ -5,6 +5,7 @@
  *     ./front_end mode 2
  *     ./front_end adc-pair 3 12.5 0.25
  *     ./front_end show 1
+ *     ./front_end records 200 3 >records.csv
  *
  * A line "s" on standard input stops a wait for the co-processor.
  */
@@ -101,6 +102,36 @@ static int show_text(const double *value)
     return stm_print_text_at((uint16_t)value[0], typed_line, print) < 0;
 }
 
+static int records(const double *value)
+{
+    stm_read_records((int)value[0], (int)value[1], typed_line, print);
+    return 0;
+}
+
+static int records_omega(const double *value)
+{
+    stm_read_records_omega((int)value[0], (int)value[1], typed_line, print);
+    return 0;
+}
+
+static int records_temp(const double *value)
+{
+    stm_read_records_temp((int)value[0], (int)value[1], typed_line, print);
+    return 0;
+}
+
+static int samples(const double *value)
+{
+    stm_read_adc_samples((int)value[0], typed_line, print);
+    return 0;
+}
+
+static int raw_bytes(const double *value)
+{
+    stm_read_raw_bytes((int)value[0], typed_line, print);
+    return 0;
+}
+
 static const struct operation {
     const char *name;
     const char *arguments;
@@ -117,6 +148,11 @@ static const struct operation {
     {"peek", "ADDRESS", 1, peek},
     {"dump", "ADDRESS COUNT", 2, dump},
     {"text", "ADDRESS", 1, show_text},
+    {"records", "COUNT MODE", 2, records},
+    {"omega", "COUNT MODE", 2, records_omega},
+    {"temp", "COUNT MODE", 2, records_temp},
+    {"samples", "MODE", 1, samples},
+    {"raw", "MODE", 1, raw_bytes},
 };
 
 #define OPERATIONS     (sizeof(operations) / sizeof(operations[0]))
@@ -130,6 +166,7 @@ static int explain(void)
     for (i = 0; i < OPERATIONS; ++i) {
         fprintf(stderr, "  %-10s  %s\n", operations[i].name, operations[i].arguments);
     }
+    fputs("MODE is 1 for bytes, 2 for labelled text, 3 for CSV\n", stderr);
     return 2;
 }
 

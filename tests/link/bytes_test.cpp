@@ -1,4 +1,5 @@
-// Goal: numbers are laid out low byte first, at any address, and nothing beside them is touched.
+// Goal: numbers are laid out low byte first, or read high byte first where the wire has it so, at
+// any address, and nothing beside them is touched.
 #include "link/bytes.hpp"
 #include "tests/platform/transcript.hpp"
 
@@ -62,6 +63,43 @@ TEST(LittleEndian, sixteen_bits_are_read_as_they_were_written)
 {
     for (uint32_t value = 0; value <= 0xFFFF; ++value) {
         ASSERT_EQ(get_le16(le16(static_cast<uint16_t>(value)).data() + 1), value);
+    }
+}
+
+TEST(LittleEndian, thirty_two_bits_are_read_low_byte_first)
+{
+    const uint8_t bytes[] = {0xEE, 0x78, 0x56, 0x34, 0x12, 0xFF, 0xFF, 0xFF, 0xFF, 0x80, 0x00};
+    EXPECT_EQ(get_le32(bytes + 1), 0x12345678U);
+    EXPECT_EQ(get_le32(bytes + 2), 0xFF123456U);
+    EXPECT_EQ(get_le32(bytes + 5), 0xFFFFFFFFU);
+    EXPECT_EQ(get_le32(bytes + 6), 0x80FFFFFFU);
+    EXPECT_EQ(get_le32(bytes + 7), 0x0080FFFFU);
+}
+
+TEST(LittleEndian, each_of_thirty_two_bits_is_read_as_it_was_written)
+{
+    for (int bit = 0; bit < 32; ++bit) {
+        const uint32_t value = uint32_t{1} << bit;
+        EXPECT_EQ(get_le32(le32(value).data() + 1), value);
+        EXPECT_EQ(get_le32(le32(~value).data() + 1), ~value);
+    }
+}
+
+TEST(BigEndian, sixteen_bits_are_read_high_byte_first)
+{
+    const uint8_t bytes[] = {0xEE, 0x12, 0x34, 0xFF, 0x00, 0x80, 0xFF, 0xFF};
+    EXPECT_EQ(get_be16(bytes + 1), 0x1234);
+    EXPECT_EQ(get_be16(bytes + 2), 0x34FF);
+    EXPECT_EQ(get_be16(bytes + 3), 0xFF00);
+    EXPECT_EQ(get_be16(bytes + 4), 0x0080);
+    EXPECT_EQ(get_be16(bytes + 6), 0xFFFF);
+}
+
+TEST(BigEndian, sixteen_bits_are_those_of_the_other_order_with_their_bytes_swapped)
+{
+    for (uint32_t value = 0; value <= 0xFFFF; ++value) {
+        const auto swapped = static_cast<uint16_t>(value << 8 | value >> 8);
+        ASSERT_EQ(get_be16(le16(static_cast<uint16_t>(value)).data() + 1), swapped);
     }
 }
 
