@@ -34,6 +34,12 @@ void set_speed()
     }
 }
 
+int refuse()
+{
+    errno = EMSGSIZE;
+    return -1;
+}
+
 } // namespace
 
 void stm_open()
@@ -71,8 +77,7 @@ void stm_close()
 int stm_transfer(spi_ioc_transfer &descriptor, int32_t length)
 {
     if (length < 0 || length > STM_BUFFER_SIZE) {
-        errno = EMSGSIZE;
-        return -1;
+        return refuse();
     }
     descriptor.len = static_cast<uint32_t>(length);
     return ioctl(stm_link.spi_fd, SPI_IOC_MESSAGE(1), &descriptor);
@@ -107,8 +112,16 @@ int link_fetch_pair()
 
 int link_fetch(int32_t length)
 {
+    return link_fetch_behind(0, length);
+}
+
+int link_fetch_behind(int32_t held, int32_t length)
+{
     memset(stm_link.tx_buffer, STM_SYNC_FILL, sizeof(stm_link.tx_buffer));
-    return stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, length);
+    if (length > STM_BUFFER_SIZE - held) {
+        return refuse();
+    }
+    return stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer + held, length);
 }
 
 void link_clear_buffers()

@@ -3,11 +3,11 @@
 
 #include "link/protocol.hpp"
 
+#include "link/stm_com_funcs.h"
+
 #include <linux/spi/spidev.h>
 
 #include <cstdint>
-
-struct RingBuffer;
 
 // Zero at program start.
 // Kept: commands and downloads clear no more of tx_buffer than they need. Bytes that none rewrites
@@ -44,6 +44,10 @@ void link_prepare_transfer(spi_ioc_transfer &descriptor);
 int link_poll_data();           // one 'D', for the byte that tells whether an answer is ready
 int link_fetch_pair();          // two zeros, for a number of 16 bits
 int link_fetch(int32_t length); // filler; all of tx_buffer then holds it
+
+// The same behind so many bytes that rx_buffer holds already. More than it has room for are refused
+// like any length that does not fit.
+int link_fetch_behind(int32_t held, int32_t length);
 
 // Clears both buffers.
 void link_clear_buffers();

@@ -1,4 +1,4 @@
-// The two reporting channels.
+// The reporting channels.
 #include "link/report.hpp"
 
 #include "link/link.hpp"
@@ -18,4 +18,12 @@ int report_message(StmOutputFn output, const char *format, ...)
     vsnprintf(stm_link.message, sizeof(stm_link.message), format, arguments);
     va_end(arguments);
     return output(stm_link.message, 0);
+}
+
+void report_diagnostic(const char *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    vfprintf(stderr, format, arguments);
+    va_end(arguments);
 }

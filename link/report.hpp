@@ -1,4 +1,4 @@
-// The two channels on which an operation reports; nothing else of the module prints.
+// The channels on which an operation reports; nothing else of the module prints.
 #pragma once
 
 #include "link/stm_com_funcs.h"
@@ -9,3 +9,6 @@ void report_errno(const char *text);
 // A complete message: formatted into the link's message buffer and handed to the output callback
 // with flag 0. Returns what the callback returns.
 [[gnu::format(printf, 2, 3)]] int report_message(StmOutputFn output, const char *format, ...);
+
+// A remark beside the reports, on standard error.
+[[gnu::format(printf, 1, 2)]] void report_diagnostic(const char *format, ...);

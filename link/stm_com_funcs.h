@@ -659,6 +659,208 @@ void stm_read_adc_samples(int mode, StmPollFn poll, StmOutputFn output);
  */
 void stm_read_raw_bytes(int mode, StmPollFn poll, StmOutputFn output);
 
+/* --------------------------------------------------------------------------------- ring buffer */
+
+#define RINGBUFFER_KEY       5676 /* of the System V shared-memory segment */
+#define RINGBUFFER_SIZE      7704 /* bytes of the segment */
+#define RINGBUFFER_SLOTS     160
+#define RINGBUFFER_SLOT_SIZE 48
+
+/* Handles: which side an operation serves. */
+#define RINGBUFFER_WRITER 1
+#define RINGBUFFER_READER 2
+
+/*
+ * The record of a slot: one with a temperature, its fields in this order, which is not the wire's,
+ * and in the machine's byte order. The checksum is the wire's: stm_crc16 over the bytes 0 to 45
+ * that came, in which Uen stands before U1e and negIe before I1.
+ */
+typedef struct {
+    stm_uint8_t marker; /* as received; 0x55 but for the first record of a block that has none */
+    stm_uint8_t nr;     /* 1 to 255, then 1 again */
+    stm_uint16_t temp;
+    stm_int32_t rel_t;
+    stm_int32_t U1e;
+    stm_int32_t U2e;
+    stm_int32_t U3e;
+    stm_int32_t Uen;
+    stm_int32_t I1;
+    stm_int32_t I2;
+    stm_int32_t I3;
+    stm_int32_t negIe;
+    stm_int16_t BE1;
+    stm_int16_t BE2;
+    stm_int8_t BE;
+    stm_uint8_t buffered; /* records that the co-processor still held */
+    stm_uint16_t checksum;
+} RingRecord;
+
+/* The segment. Two processes use it without a lock; any of its fields may change at any time. */
+typedef struct RingBuffer {
+    RingRecord slots[RINGBUFFER_SLOTS];
+    uint8_t writer_open; /* 1 keeps RingBuffer_Open("w") out; no operation sets it */
+    uint8_t reader_open; /* likewise for "r" */
+    int32_t write_index; /* slot that the next put fills, 0 to 159 */
+    int32_t mark;        /* the reader's snapshot of write_index */
+    int32_t read_pos;    /* the reader's current slot */
+    int32_t count;       /* records put and not yet taken, 159 at most; both sides change it */
+    int32_t values_left; /* the reader's snapshot of count, less what it has taken */
+} RingBuffer;
+
+/*
+ * What holds for every RingBuffer_ operation
+ *
+ * Before RingBuffer_Attach, and with another handle than the side's own, the result is -1 or null,
+ * and nothing happens. An index outside 0 to 159, as only a damaged segment or an n out of range
+ * gives, is stored as computed, but never used: the slot is null then. Nothing is printed, nothing
+ * blocks.
+ *
+ * Slots are in the segment, where the writer may overwrite them at any time.
+ */
+
+/*
+ * Attaches the segment, making it if there is none. It stays until somebody removes it.
+ *
+ * Returns 7680 if this process has made the segment, whose writer_open and reader_open are then
+ * cleared; else 0. A failure is reported through perror as "shmget (ringbuffer space)",
+ * "shmat (ringbuffer space)" or "shmctl (ringbuffer space)", and the process exits with status 1.
+ */
+int RingBuffer_Attach(void);
+
+/*
+ * Opens a side of the ring: "w" the writer's, whose write_index becomes 0, "r" the reader's, whose
+ * mark, read_pos and values_left become 0, and the writer's count with them. Anything else gives
+ * the writer's handle and changes nothing.
+ *
+ * Returns the handle, or -1 while the side's flag is 1.
+ */
+int RingBuffer_Open(const char *mode);
+
+/* Clears the flag of the handle's side. Returns 1, or -1 for another handle. */
+int RingBuffer_Close(int handle);
+
+/*
+ * Writer: copies a record into the slot at write_index and moves that on. A reader that lags loses
+ * the oldest records.
+ *
+ * Returns 1, or -1.
+ */
+int RingBuffer_PutValue(int handle, const RingRecord *record);
+
+/* Reader: 1 if records were put since the mark, else 0. */
+int RingBuffer_NewValueAvailable(int handle);
+
+/* Reader: takes the snapshots values_left and mark. Returns 1. */
+int RingBuffer_MarkLastValue(int handle);
+
+/* Reader: goes to the slot values_left before the mark, and returns it. The record of interest is
+ * the next one: of n records n - 1 are read the first time, and then exactly those that are new. */
+RingRecord *RingBuffer_GetFirstValue(int handle);
+
+/* Reader: goes on by a slot, takes one from count and values_left, and returns the slot. */
+RingRecord *RingBuffer_GetNextValue(int handle);
+
+/* Reader: values_left. The reader goes on while it is above 1. */
+int RingBuffer_GetValuesLeft(int handle);
+
+/* Reader: the slot that the writer fills next. */
+RingRecord *RingBuffer_GetWriteSlot(int handle);
+
+/* Reader: goes to the slot n before the mark, 0 to 160, and returns it. */
+RingRecord *RingBuffer_SeekValue(int handle, int n);
+
+/* Reader: the slot n before the mark, without going there. */
+RingRecord *RingBuffer_PeekValue(int handle, int n);
+
+/* --------------------------------------------------------------------------------- live stream */
+
+/*
+ * What holds for the operations on the live stream
+ *
+ * A request goes out from the short buffers: 0x02 with 0x55 (records with a temperature), 0xC1 with
+ * 0x4E (rotation time) or 0xC8 with 0x49 (base records), 0xAA at its end. Then 20 bytes of 'D'
+ * (0x44) are exchanged again and again, without pauses, until 0x55 is among those that come back,
+ * at most 301 times; the last are not looked at. Behind 0x55 follow the block's length, two bytes,
+ * high byte first, and its data, of which the rest is fetched with one more exchange. The next
+ * block is asked for before this one is looked at.
+ *
+ * Without a 0x55 "SPI timeout\n" goes to the output callback, flag 0; after a pause of 500 ms the
+ * wait begins again, without end. A failing exchange is reported through perror and ends the
+ * operation. So does a block that is longer than 4096 bytes, or shorter than what came with its
+ * header.
+ *
+ * A record whose checksum is wrong is reported as "Wrong checksum detected (crc = %X, checksum=
+ * %X)\n", flag 0, the computed one first; it and the rest of its block are lost.
+ *
+ * The poll callback is called once a poll. STM_STOP_LINE ends the operation at once; nothing else
+ * does, but a failure.
+ */
+
+/*
+ * Shows the live stream, as stm_read_records and its kin do: base records, those with a rotation
+ * time, those with a temperature.
+ *
+ * format: a ReadoutMode. READOUT_CSV calls the temperature "omega_t" in its header. READOUT_HEX
+ * shows the first 48 bytes of the block for each of its records.
+ *
+ * Failing exchanges are reported as "SPI datatransfer". The one for records with a temperature
+ * pauses for 20 ms after each block, and for 60 ms more after each tenth; the others do not pause.
+ */
+void stm_continuous_readout(int format, StmPollFn poll, StmOutputFn output);
+void stm_continuous_readout_omega(int format, StmPollFn poll, StmOutputFn output);
+void stm_continuous_readout_temp(int format, StmPollFn poll, StmOutputFn output);
+
+/*
+ * Writes the live stream of records with a temperature into the ring. RingBuffer_Attach must have
+ * been called in this process.
+ *
+ * Reports, flag 0: "Cannot open ringbuffer for write\n", after which nothing is sent, and
+ * "Error: Writing to ringbuffer\n" for each record that cannot be put. Failing exchanges are
+ * reported as "SPI datatransfer". The ring is closed at the end.
+ */
+void stm_ringbuffer_acquire(StmPollFn poll, StmOutputFn output);
+
+/*
+ * Watches the live stream of records with a temperature, and reports what is missing from it.
+ *
+ * Reports, each line a text of its own with flag 0: a gap in rel_t as "\nlost sample:\n",
+ * "difference   : %d\n", "nr   : %d\n", "rel_t: %ld\n" and "count: %d\n" (good records so far);
+ * more than 190 records in the co-processor's buffer as "\nbuffer overflow:\n", "nr   : %d\n",
+ * "rel_t: %ld\n", "count: %d\n" and "buffered: %d\n". The first record is a gap unless its rel_t
+ * is 1.
+ *
+ * On standard error: a dot for each thousandth record; "No data available\n" for a block of no
+ * bytes, after which the next is asked for at once.
+ *
+ * Failing exchanges are reported as "SPI datatransfer" (a request), "SPI datatransfer (wait)" (a
+ * poll), "SPI datatransfer (ACK a)" and "(ACK b)" (two bytes and one of the length), and, each
+ * followed by "datasize: %d\n" on standard error, "SPI datatransfer (1)" (the data) and "(2)" (the
+ * request behind them).
+ *
+ * Pauses for 20 ms after each block and for 40 ms after each thousandth record.
+ */
+void stm_stream_readout(StmPollFn poll, StmOutputFn output);
+
+/*
+ * Shows the records that another process writes into the ring. RingBuffer_Attach must have been
+ * called in this process; the link is not used.
+ *
+ * format: READOUT_TEXT or READOUT_CSV, shown with flag 1; with any other value records are read and
+ *         checked only.
+ * poll:   never called.
+ *
+ * The checksum is tested over the bytes of the slot, although it is that of the wire: it fails
+ * unless the moved fields are equal. A failure is reported as for the live stream and ends the
+ * batch, the records put since the last look.
+ *
+ * Other reports, flag 0: "Cannot open Ringbuffer for read\n"; after 5001 looks in all at which
+ * there was nothing new, 1 ms apart, "Timeout while reading ring buffer (buffer empty?)\n", which
+ * leaves the ring open; "Error: RingBuffer_NewValueAvailable() (fd: %d)\n", "Error:
+ * RingBuffer_MarkLastValue()\n" and "RingBuffer_GetFirstValue()\n" when the ring fails. All of them
+ * end the operation; nothing else does.
+ */
+void stm_ringbuffer_readout(int format, StmPollFn poll, StmOutputFn output);
+
 #ifdef __cplusplus
 }
 #endif

@@ -8,6 +8,7 @@
 #include "link/bytes.hpp"
 #include "link/link.hpp"
 #include "link/report.hpp"
+#include "readout/block_records.hpp"
 #include "readout/block_wait.hpp"
 #include "readout/record_output.hpp"
 #include "readout/render.hpp"
@@ -77,8 +78,7 @@ bool fetch_block(const BlockReadout &readout, int64_t &remaining)
     return true;
 }
 
-// Kept: the first record is taken whatever its marker is. The walk ends where no marker follows,
-// not at the block's length: behind the block the buffer is zero.
+// Kept: the first record is taken whatever its marker is.
 void show_records(const RecordFormat &format, int mode, StmOutputFn output)
 {
     int32_t at = 0;
@@ -90,8 +90,7 @@ void show_records(const RecordFormat &format, int mode, StmOutputFn output)
             return;
         }
         output_record(format, record, mode, output);
-        at += format.size;
-    } while (at + format.size <= STM_BUFFER_SIZE && stm_link.rx_buffer[at] == STM_RECORD_MARKER);
+    } while (record_follows(format, at));
 }
 
 void read_records(const BlockReadout &readout, int count, int mode, StmPollFn poll,

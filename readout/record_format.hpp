@@ -4,6 +4,7 @@
 
 #include "link/protocol.hpp"
 
+#include <array>
 #include <cstdint>
 #include <span>
 
@@ -140,9 +141,17 @@ constexpr RecordField STM_RECORD_FIELDS_TEMP[] = {
 };
 // clang-format on
 
+// Kept: the live read-out's CSV header calls the temperature as labelled text does.
+constexpr auto STM_RECORD_FIELDS_TEMP_LIVE = [] {
+    auto fields = std::to_array(STM_RECORD_FIELDS_TEMP);
+    fields[1].name = "omega_t";
+    return fields;
+}();
+
 constexpr RecordFormat STM_RECORD = {56, STM_RECORD_FIELDS, 2, 0xC8, 73};
 constexpr RecordFormat STM_RECORD_OMEGA = {52, STM_RECORD_FIELDS_OMEGA, 0, 0xC1, 78};
 constexpr RecordFormat STM_RECORD_TEMP = {48, STM_RECORD_FIELDS_TEMP, 0, 0x02, 85};
+constexpr RecordFormat STM_RECORD_TEMP_LIVE = {48, STM_RECORD_FIELDS_TEMP_LIVE, 0, 0x02, 85};
 
 static_assert(record_is_covered(STM_RECORD) && record_request_fits(STM_RECORD));
 static_assert(record_is_covered(STM_RECORD_OMEGA) && record_request_fits(STM_RECORD_OMEGA));

@@ -37,10 +37,19 @@ void append_csv_value(const RecordField &field, int32_t value, TextBuffer &buffe
 
 } // namespace
 
+uint16_t record_checksum(const RecordFormat &format, const uint8_t *record)
+{
+    return stm_crc16(record, static_cast<uint16_t>(format.size - RECORD_CHECKSUM_SIZE));
+}
+
+uint16_t record_stored_checksum(const RecordFormat &format, const uint8_t *record)
+{
+    return get_le16(record + format.size - RECORD_CHECKSUM_SIZE);
+}
+
 bool record_checksum_ok(const RecordFormat &format, const uint8_t *record)
 {
-    const int32_t covered = format.size - RECORD_CHECKSUM_SIZE;
-    return get_le16(record + covered) == stm_crc16(record, static_cast<uint16_t>(covered));
+    return record_checksum(format, record) == record_stored_checksum(format, record);
 }
 
 // Kept: every number is shown signed here, also those that CSV shows without a sign.

@@ -7,7 +7,11 @@
 // Room for a record of any format as labelled text, and for the hex dump that stands for one.
 constexpr int32_t RECORD_TEXT_SIZE = 640;
 
-// True if the checksum that the record carries is that of its bytes.
+// The checksum of a record's bytes, and the one that it carries.
+uint16_t record_checksum(const RecordFormat &format, const uint8_t *record);
+uint16_t record_stored_checksum(const RecordFormat &format, const uint8_t *record);
+
+// True if they are the same.
 bool record_checksum_ok(const RecordFormat &format, const uint8_t *record);
 
 // All append to the buffer.

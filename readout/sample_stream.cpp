@@ -1,0 +1,169 @@
+// The framing of the live stream.
+//
+//     host          request   D*20    D*20                   66*rest    request
+//     co-processor                    .. 55 high low data..  data..
+//
+// 0x55 stands anywhere in the header. What lies behind the length is data already; a length that
+// the header cuts off is fetched with one or two bytes more.
+#include "readout/sample_stream.hpp"
+
+#include "link/bytes.hpp"
+#include "link/link.hpp"
+#include "link/report.hpp"
+#include "readout/block_wait.hpp"
+#include "readout/request.hpp"
+
+#include <cstring>
+
+namespace
+{
+
+constexpr int32_t HEADER_SIZE = 20;
+
+struct Block {
+    int32_t length; // as announced
+    int32_t held;   // bytes of it that came with the header
+};
+
+// Kept: the second byte asks for the most records of a block, which is also how the co-processor
+// knows the stream.
+int send_request(const RecordFormat &format)
+{
+    return request_send(format.command, static_cast<uint8_t>(format.most));
+}
+
+bool fail(const char *text)
+{
+    report_errno(text);
+    return false;
+}
+
+bool fail_with_size(const SampleStream &stream, const char *text, int32_t size)
+{
+    report_errno(text);
+    if (stream.watched) {
+        report_diagnostic("datasize: %d\n", size);
+    }
+    return false;
+}
+
+int poll_header()
+{
+    memset(stm_link.tx_buffer, STM_POLL_DATA, HEADER_SIZE);
+    return stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, HEADER_SIZE);
+}
+
+// The place of 0x55 in the header, HEADER_SIZE if it is not there.
+int32_t find_ready()
+{
+    const void *found = memchr(stm_link.rx_buffer, STM_ACK, HEADER_SIZE);
+    return found == nullptr
+               ? HEADER_SIZE
+               : static_cast<int32_t>(static_cast<const uint8_t *>(found) - stm_link.rx_buffer);
+}
+
+// Polls without pauses until 0x55 is in the header, at most 301 times.
+// Kept: the header of the last poll is not looked at; it can no longer succeed.
+Wait wait_for_header(const SampleStream &stream, StmPollFn poll, StmOutputFn output, int32_t &ready)
+{
+    for (int polls = 1;; ++polls) {
+        if (poll_header() < 0) {
+            report_errno(stream.failures.wait);
+            return Wait::failed;
+        }
+        if (stop_requested(poll)) {
+            return Wait::stopped;
+        }
+        if (polls == STM_BLOCK_POLL_LIMIT) {
+            report_message(output, "SPI timeout\n");
+            return Wait::timed_out;
+        }
+        ready = find_ready();
+        if (ready < HEADER_SIZE) {
+            return Wait::ready;
+        }
+    }
+}
+
+// Time-outs are waited out, without end.
+Wait await_header(const SampleStream &stream, StmPollFn poll, StmOutputFn output, int32_t &ready)
+{
+    for (;;) {
+        link_clear_buffers();
+        const Wait wait = wait_for_header(stream, poll, output, ready);
+        if (wait != Wait::timed_out) {
+            return wait;
+        }
+        block_pause();
+    }
+}
+
+// Takes the length from behind the 0x55, fetching what the header cuts off, and moves data that
+// came with it to the start of rx_buffer.
+bool take_length(const StreamFailures &failures, int32_t ready, Block &block)
+{
+    uint8_t *rx = stm_link.rx_buffer;
+    const int32_t behind = HEADER_SIZE - 1 - ready; // bytes behind the 0x55
+    if (behind == 0) {
+        block = {0, 0};
+        if (link_fetch_pair() < 0) {
+            return fail(failures.two_bytes);
+        }
+        block.length = get_be16(rx);
+        return true;
+    }
+    if (behind == 1) {
+        const uint8_t high = rx[HEADER_SIZE - 1];
+        stm_link.tx_buffer[0] = 0;
+        if (stm_transfer(stm_link.tx_buffer, rx, 1) < 0) {
+            return fail(failures.one_byte);
+        }
+        block = {high << 8 | rx[0], 0};
+        return true;
+    }
+    block = {get_be16(rx + ready + 1), behind - 2};
+    memmove(rx, rx + ready + 3, static_cast<size_t>(block.held));
+    return true;
+}
+
+// Fetches what is missing of the block and asks for the next one.
+bool fetch_rest(const SampleStream &stream, const Block &block)
+{
+    const int32_t rest = block.length - block.held;
+    if (link_fetch_behind(block.held, rest) < 0) {
+        return fail_with_size(stream, stream.failures.data, rest);
+    }
+    if (send_request(stream.format) < 0) {
+        return fail_with_size(stream, stream.failures.request, STM_FRAME_BYTES);
+    }
+    return true;
+}
+
+} // namespace
+
+bool stream_begin(const SampleStream &stream)
+{
+    return send_request(stream.format) < 0 ? fail("SPI datatransfer") : true;
+}
+
+Wait stream_fetch_block(const SampleStream &stream, StmPollFn poll, StmOutputFn output)
+{
+    for (;;) {
+        int32_t ready = 0;
+        const Wait wait = await_header(stream, poll, output, ready);
+        if (wait != Wait::ready) {
+            return wait;
+        }
+        Block block = {};
+        if (!take_length(stream.failures, ready, block)) {
+            return Wait::failed;
+        }
+        if (!stream.watched || block.length != 0) {
+            return fetch_rest(stream, block) ? Wait::ready : Wait::failed;
+        }
+        report_diagnostic("No data available\n");
+        if (!stream_begin(stream)) {
+            return Wait::failed;
+        }
+    }
+}

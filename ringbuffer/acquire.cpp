@@ -1,0 +1,50 @@
+// The writer's side: records of the live stream, checked and repacked, go into the ring.
+#include "link/link.hpp"
+#include "link/report.hpp"
+#include "readout/block_records.hpp"
+#include "readout/sample_stream.hpp"
+#include "ringbuffer/ring_record.hpp"
+
+namespace
+{
+
+constexpr SampleStream STREAM = {STM_RECORD_TEMP, STREAM_FAILURES, false};
+
+// Kept: a record that cannot be put closes the ring, and the next one is tried all the same.
+void put_record(int handle, const uint8_t *record, StmOutputFn output)
+{
+    const RingRecord repacked = ring_record_from_wire(record);
+    if (RingBuffer_PutValue(handle, &repacked) < 1) {
+        report_message(output, "Error: Writing to ringbuffer\n");
+        RingBuffer_Close(handle);
+    }
+}
+
+void put_records(int handle, StmOutputFn output)
+{
+    int32_t at = 0;
+    do {
+        const uint8_t *record = stm_link.rx_buffer + at;
+        if (!record_check(STREAM.format, record, output)) {
+            return;
+        }
+        put_record(handle, record, output);
+    } while (record_follows(STREAM.format, at));
+}
+
+} // namespace
+
+void stm_ringbuffer_acquire(StmPollFn poll, StmOutputFn output)
+{
+    const int handle = RingBuffer_Open("w");
+    if (handle < 1) {
+        report_message(output, "Cannot open ringbuffer for write\n");
+        return;
+    }
+    if (stream_begin(STREAM)) {
+        while (stream_fetch_block(STREAM, poll, output) == Wait::ready) {
+            put_records(handle, output);
+        }
+    }
+    RingBuffer_Close(handle);
+}
