@@ -27,6 +27,12 @@ constexpr uint8_t VERSION_QUERY = 0x91;
 
 constexpr uint8_t COMMAND_FRAME_END = 0xAA;
 
+bool is_stream_poll(std::span<const uint8_t> bytes)
+{
+    return bytes.size() == STREAM_POLL_SIZE &&
+           std::ranges::all_of(bytes, [](uint8_t byte) { return byte == DATA_POLL; });
+}
+
 bool is_filler(std::span<const uint8_t> bytes)
 {
     return std::ranges::all_of(bytes, [](uint8_t byte) { return byte == FILLER; });
@@ -38,7 +44,8 @@ Coprocessor::Coprocessor(BoardBytes bytes, BoardIdentity identity, Behaviour beh
     : identity_(identity), behaviour_(std::move(behaviour)), boot_loader_(Flash(bytes.flash)),
       application_(bytes.memory, static_cast<uint32_t>(behaviour_.seed),
                    static_cast<uint8_t>(behaviour_.adc_values)),
-      records_(static_cast<uint32_t>(behaviour_.seed), behaviour_.faults),
+      readout_({static_cast<uint32_t>(behaviour_.seed), behaviour_.rate, behaviour_.header_index},
+               behaviour_.faults),
       deafness_(behaviour_.faults)
 {
     died_at(ALWAYS);
@@ -55,6 +62,11 @@ void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> mis
         miso[0] = take_status();
     } else if (mosi.size() == 1 && mosi[0] == DATA_POLL) {
         miso[0] = take_answer();
+    } else if (is_stream_poll(mosi)) {
+        take_stream_poll(miso);
+    } else if (readout_.expects(mosi)) {
+        readout_.give(miso);
+        note_ = readout_.note();
     } else if (transaction_.expects(mosi)) {
         transaction_.give(miso);
         note_ = transaction_.note();
@@ -71,7 +83,7 @@ void Coprocessor::receive(std::span<const uint8_t> mosi)
     status_.reset();
     answer_.reset();
     transaction_.cancel();
-    request_.reset();
+    readout_.cancel();
     if (mosi.size() > COMMAND_FRAME_SIZE && is_filler(mosi)) {
         synchronise();
     } else if (mosi.size() == IMAGE_FRAME_SIZE && boot_loader_.expects_frame()) {
@@ -88,6 +100,7 @@ void Coprocessor::receive(std::span<const uint8_t> mosi)
 void Coprocessor::synchronise()
 {
     boot_loader_.close();
+    readout_.stop();
     note_ = "synchronised";
 }
 
@@ -146,7 +159,7 @@ void Coprocessor::receive_application_command(std::span<const uint8_t, COMMAND_F
     }
     deafness_.begin(place);
     if (const RecordFormat *format = find_record_format(code)) {
-        request_ = {format, std::min<int>(frame[1], format->most)};
+        readout_.request(*format, frame[1], busy_polls_at(place));
         note_ = text("%d records asked for", frame[1]);
         return;
     }
@@ -158,24 +171,6 @@ void Coprocessor::receive_application_command(std::span<const uint8_t, COMMAND_F
         }
     }
     transaction_.begin(std::move(response), busy_polls_at(place));
-}
-
-void Coprocessor::begin_counted_readout(const RecordRequest &request)
-{
-    std::vector<uint8_t> records;
-    for (int i = 0; i < request.count; ++i) {
-        const std::vector<uint8_t> record = records_.next_record(*request.format);
-        records.insert(records.end(), record.begin(), record.end());
-    }
-    Block block = records_.make_block(*request.format, std::move(records));
-    Response response;
-    response.answer = block.length;
-    response.reply = std::move(block.bytes);
-    response.answer_note = "length of " + block.name;
-    response.reply_note = std::move(block.name);
-    response.big_endian = true;
-    response.is_block = true;
-    transaction_.begin(std::move(response), busy_polls_at(command_place(request.format->code)));
 }
 
 void Coprocessor::receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame)
@@ -192,6 +187,7 @@ void Coprocessor::begin_download(const FlashRegion &region)
         return;
     }
     identity_.mode = Mode::boot_loader;
+    readout_.stop();
     const Verdict verdict = boot_loader_.open(region);
     if (!refused_by_fault(STEP_MODE)) {
         queue_status(verdict, STEP_MODE);
@@ -202,6 +198,7 @@ void Coprocessor::enter(Mode mode)
 {
     identity_.mode = mode;
     boot_loader_.close();
+    readout_.stop();
     note_ = mode == Mode::boot_loader ? "boot loader started" : "application started";
 }
 
@@ -275,12 +272,12 @@ uint8_t Coprocessor::take_status()
 
 uint8_t Coprocessor::take_answer()
 {
-    if (request_) {
-        begin_counted_readout(*std::exchange(request_, std::nullopt));
-    }
-    if (transaction_.is_polled() && deafness_.covers_poll()) {
+    if ((readout_.is_undecided() || transaction_.is_polled()) && deafness_.covers_poll()) {
         note_ = "fault: deaf";
         return IDLE;
+    }
+    if (readout_.is_undecided()) {
+        transaction_.begin(readout_.take_counted_block(), readout_.busy_polls());
     }
     if (transaction_.is_polled()) {
         const uint8_t found = transaction_.take_poll();
@@ -289,6 +286,18 @@ uint8_t Coprocessor::take_answer()
     }
     note_ = answer_ ? "answer" : "nothing to answer";
     return std::exchange(answer_, std::nullopt).value_or(IDLE);
+}
+
+void Coprocessor::take_stream_poll(std::span<uint8_t> miso)
+{
+    if (!readout_.is_waited_for()) {
+        note_ = "nothing to answer";
+    } else if (deafness_.covers_poll()) {
+        note_ = "fault: deaf";
+    } else {
+        readout_.poll(miso);
+        note_ = readout_.note();
+    }
 }
 
 } // namespace simulator

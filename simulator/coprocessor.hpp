@@ -7,9 +7,10 @@
 #include "simulator/deafness.hpp"
 #include "simulator/faults.hpp"
 #include "simulator/flash.hpp"
-#include "simulator/record_source.hpp"
+#include "simulator/readout.hpp"
 #include "simulator/transaction.hpp"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -40,18 +41,17 @@ struct Behaviour {
     Faults faults;
     int seed = 1;         // of all that it measures
     int adc_values = 200; // of a frame that are said to be good
-};
-
-// A request for records whose block has not been polled for yet.
-struct RecordRequest {
-    const RecordFormat *format;
-    int count;
+    int rate = 1000;      // samples of a stream per second
+    int header_index = 0; // of a block's header in a poll of a stream, or ANY_HEADER_INDEX
 };
 
 class Coprocessor
 {
   public:
     Coprocessor(BoardBytes bytes, BoardIdentity identity, Behaviour behaviour);
+
+    // The time of the exchanges to come, from any start on.
+    void advance_to(std::chrono::nanoseconds now) { readout_.advance_to(now); }
 
     // Clocks the bytes of one exchange in and as many out. mosi and miso have the same size.
     void exchange(std::span<const uint8_t> mosi, std::span<uint8_t> miso);
@@ -69,7 +69,6 @@ class Coprocessor
     void receive_byte(uint8_t command);
     void receive_command_frame(std::span<const uint8_t, COMMAND_FRAME_SIZE> frame);
     void receive_application_command(std::span<const uint8_t, COMMAND_FRAME_SIZE> frame);
-    void begin_counted_readout(const RecordRequest &request);
     void receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame);
     void synchronise();
     void begin_download(const FlashRegion &region);
@@ -81,15 +80,15 @@ class Coprocessor
     bool died_at(int place);
     uint8_t take_status();
     uint8_t take_answer();
+    void take_stream_poll(std::span<uint8_t> miso);
 
     BoardIdentity identity_;
     Behaviour behaviour_;
     BootLoader boot_loader_;
     Application application_;
     Transaction transaction_;
-    RecordSource records_;
+    Readout readout_;
     Deafness deafness_;
-    std::optional<RecordRequest> request_;
     std::optional<uint8_t> dead_line_; // what a dead board's line reads
     std::optional<uint8_t> status_;    // waits for an acknowledge poll
     int64_t busy_ = 0;                 // polls that still find the board busy with it

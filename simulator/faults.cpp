@@ -50,6 +50,8 @@ constexpr FaultRow FAULT_ROWS[] = {
      "a bit of RECORD is wrong (64); bit 8 is the lowest of byte 1"},
     {FaultKind::unnumbered, Place::counted, Value::none, 0, "unnumbered", "unnumbered@RECORD",
      "RECORD has the number 0"},
+    {FaultKind::stuck, Place::counted, Value::none, 0, "stuck", "stuck@RECORD",
+     "RECORD is the one before it once more"},
     {FaultKind::short_block, Place::counted, Value::bytes, 0, "short", "short@BLOCK=BYTES",
      "the last BYTES bytes of BLOCK are missing"},
     {FaultKind::block_length, Place::counted, Value::length, 0, "block-length",

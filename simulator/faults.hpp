@@ -27,6 +27,7 @@ enum class FaultKind {
     deaf,           // a command is not answered in the first waits for it, however many there are
     flip,           // a bit of a record is another one
     unnumbered,     // a record has the number 0
+    stuck,          // a record is the one before it once more
     short_block,    // the end of a block of records is missing
     block_length,   // another length than that of the block of records is announced
     padded,         // a block of records is filled up with the byte that records begin with

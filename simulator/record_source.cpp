@@ -30,14 +30,16 @@ const Fault *RecordSource::find(FaultKind kind, uint32_t place) const
     return find_fault(faults_, kind, static_cast<int>(place));
 }
 
-std::vector<uint8_t> RecordSource::next_record(const RecordFormat &format)
+std::vector<uint8_t> RecordSource::write(const RecordFormat &format, uint32_t number,
+                                         uint8_t buffered) const
 {
-    Sample sample = measure(seed_, ++samples_);
-    if (find(FaultKind::unnumbered, samples_) != nullptr) {
+    const bool stuck = number > 1 && find(FaultKind::stuck, number) != nullptr;
+    Sample sample = measure(seed_, stuck ? number - 1 : number);
+    if (find(FaultKind::unnumbered, number) != nullptr) {
         sample.number = 0;
     }
-    std::vector<uint8_t> record = write_record(format, sample, 0);
-    const Fault *flip = find(FaultKind::flip, samples_);
+    std::vector<uint8_t> record = write_record(format, sample, buffered);
+    const Fault *flip = find(FaultKind::flip, number);
     if (flip != nullptr && static_cast<size_t>(flip->value) < 8 * record.size()) {
         record[static_cast<size_t>(flip->value) / 8] ^= static_cast<uint8_t>(1 << flip->value % 8);
     }

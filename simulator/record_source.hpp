@@ -25,8 +25,12 @@ class RecordSource
   public:
     RecordSource(uint32_t seed, Faults faults);
 
-    // Takes the next sample, and has it as a record.
-    std::vector<uint8_t> next_record(const RecordFormat &format);
+    // How many samples have been taken since power on; taking them and passing them over is one.
+    uint32_t samples() const { return samples_; }
+    void skip(uint32_t samples) { samples_ += samples; }
+
+    // One of them as a record.
+    std::vector<uint8_t> write(const RecordFormat &format, uint32_t number, uint8_t buffered) const;
 
     // Puts records into the next block.
     Block make_block(const RecordFormat &format, std::vector<uint8_t> records);
@@ -36,7 +40,7 @@ class RecordSource
 
     uint32_t seed_;
     Faults faults_;
-    uint32_t samples_ = 0; // taken since power on
+    uint32_t samples_ = 0;
     uint32_t blocks_ = 0;
 };
 

@@ -21,13 +21,16 @@ constexpr char THROUGH[] = "VIRTUAL_BOARD_THROUGH";
 struct NumberRow {
     int Behaviour::*number;
     const char *variable;
+    int least;
     int most;
 };
 
 constexpr NumberRow NUMBER_ROWS[] = {
-    {&Behaviour::busy_polls, "VIRTUAL_BOARD_BUSY", 1'000'000'000},
-    {&Behaviour::seed, "VIRTUAL_BOARD_SEED", 1'000'000'000},
-    {&Behaviour::adc_values, "VIRTUAL_BOARD_SAMPLES", 0xFF},
+    {&Behaviour::busy_polls, "VIRTUAL_BOARD_BUSY", 0, 1'000'000'000},
+    {&Behaviour::seed, "VIRTUAL_BOARD_SEED", 0, 1'000'000'000},
+    {&Behaviour::adc_values, "VIRTUAL_BOARD_SAMPLES", 0, 0xFF},
+    {&Behaviour::rate, "VIRTUAL_BOARD_RATE", 1, 1'000'000},
+    {&Behaviour::header_index, "VIRTUAL_BOARD_HEADER_INDEX", 0, ANY_HEADER_INDEX},
 };
 
 std::string get(const char *name)
@@ -46,7 +49,7 @@ void put(const char *name, const std::string &value)
 bool set_number(Settings &settings, int Behaviour::*number, const std::string &words)
 {
     const auto *row = std::ranges::find(NUMBER_ROWS, number, &NumberRow::number);
-    const std::optional<int64_t> value = parse_number(words, 0, row->most);
+    const std::optional<int64_t> value = parse_number(words, row->least, row->most);
     settings.behaviour.*number = static_cast<int>(value.value_or(0));
     return value.has_value();
 }

@@ -75,6 +75,22 @@ bool set_samples(LaunchOptions &options, const std::string &number)
     return set_number(options.settings, &Behaviour::adc_values, number);
 }
 
+bool set_rate(LaunchOptions &options, const std::string &number)
+{
+    return set_number(options.settings, &Behaviour::rate, number);
+}
+
+bool set_header_index(LaunchOptions &options, const std::string &words)
+{
+    int &index = options.settings.behaviour.header_index;
+    if (words == "any") {
+        index = ANY_HEADER_INDEX;
+        return true;
+    }
+    return set_number(options.settings, &Behaviour::header_index, words) &&
+           index != ANY_HEADER_INDEX;
+}
+
 bool set_fault(LaunchOptions &options, const std::string &words)
 {
     return add_fault(options.settings, words, options.error);
@@ -145,6 +161,11 @@ constexpr OptionRow OPTION_ROWS[] = {
     {"--busy", "N", "each frame keeps the board busy for N polls (0)", set_busy_polls},
     {"--seed", "N", "what the board measures: each N gives values of its own (1)", set_seed},
     {"--samples", "N", "good values in a frame of converter values, 0 to 255 (200)", set_samples},
+    {"--rate", "N", "records of a stream per second, 1 to 1000000 (1000)", set_rate},
+    {"--header-index", "I",
+     "place of a block's header in the 20 bytes of a stream's poll, 0 to 19,\n"
+     "                        or any, another one each time (0)",
+     set_header_index},
     {"--fault", "FAULT", "something goes wrong; can be given again", set_fault},
     {"--transcript", "FILE", "write each exchange as a line to FILE, - for standard error",
      set_transcript, false},

@@ -168,6 +168,7 @@ void device_close()
 
 int device_ioctl(unsigned long request, void *argument)
 {
+    board().coprocessor.advance_to(now());
     const int result = board().device.ioctl(request, argument);
     save_settings(board());
     const Mode mode = board().coprocessor.mode();

@@ -44,6 +44,7 @@ TEST(Faults, read_like_their_kind_place_and_value)
     expect_fault("flip@1000000000=0", FaultKind::flip, 1'000'000'000, 0);
     expect_fault("flip@7=447", FaultKind::flip, 7, 447);
     expect_fault("unnumbered@2", FaultKind::unnumbered, 2, 0);
+    expect_fault("stuck@2", FaultKind::stuck, 2, 0);
     expect_fault("short@1=1", FaultKind::short_block, 1, 1);
     expect_fault("short@3=4096", FaultKind::short_block, 3, 4096);
     expect_fault("block-length@1=0", FaultKind::block_length, 1, 0);
@@ -102,6 +103,8 @@ TEST(Faults, that_make_no_sense_are_refused_with_a_reason)
                               "unnumbered",
                               "unnumbered@0",
                               "unnumbered@1=0",
+                              "stuck",
+                              "stuck@1=1",
                               "short@1",
                               "short@1=0",
                               "short@1=4097",
@@ -143,8 +146,9 @@ TEST(Faults, are_all_described)
     for (const char *form :
          {"bus-inactive[@WHERE]", "silence[@WHERE]", "checksum-error@STEP", "address-error@STEP",
           "status@STEP=BYTE", "late[@WHERE]=POLLS", "length[@CODE]=N", "exchange@N[=ERRNO]",
-          "deaf@CODE=WAITS", "flip@RECORD[=BIT]", "unnumbered@RECORD", "short@BLOCK=BYTES",
-          "block-length@BLOCK=N", "padded@BLOCK", "no-device[=ERRNO]", "speed-refused[=ERRNO]"}) {
+          "deaf@CODE=WAITS", "flip@RECORD[=BIT]", "unnumbered@RECORD", "stuck@RECORD",
+          "short@BLOCK=BYTES", "block-length@BLOCK=N", "padded@BLOCK", "no-device[=ERRNO]",
+          "speed-refused[=ERRNO]"}) {
         EXPECT_NE(description.find(form), std::string::npos) << form;
     }
 }

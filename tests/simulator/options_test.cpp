@@ -29,6 +29,8 @@ TEST(Options, have_their_defaults)
     EXPECT_EQ(options.settings.behaviour.busy_polls, 0);
     EXPECT_EQ(options.settings.behaviour.seed, 1);
     EXPECT_EQ(options.settings.behaviour.adc_values, 200);
+    EXPECT_EQ(options.settings.behaviour.rate, 1000);
+    EXPECT_EQ(options.settings.behaviour.header_index, 0);
 }
 
 TEST(Options, set_numbers_up_to_their_limits)
@@ -41,6 +43,17 @@ TEST(Options, set_numbers_up_to_their_limits)
     EXPECT_EQ(most.adc_values, 255);
 }
 
+TEST(Options, set_rate_and_header_of_a_stream)
+{
+    const Behaviour least = parsed({"--rate", "1", "--header-index=0"}).settings.behaviour;
+    EXPECT_EQ(least.rate, 1);
+    EXPECT_EQ(least.header_index, 0);
+    const Behaviour most = parsed({"--rate=1000000", "--header-index", "19"}).settings.behaviour;
+    EXPECT_EQ(most.rate, 1'000'000);
+    EXPECT_EQ(most.header_index, 19);
+    EXPECT_EQ(parsed({"--header-index=any"}).settings.behaviour.header_index, ANY_HEADER_INDEX);
+}
+
 TEST(Options, refuse_what_is_no_such_number)
 {
     for (const char *words : {"", "x", "-1", "1 ", "1000000001"}) {
@@ -50,6 +63,13 @@ TEST(Options, refuse_what_is_no_such_number)
         EXPECT_EQ(parsed({"--samples", words}).error,
                   std::string("--samples cannot be '") + words + "'");
     }
+    for (const char *words : {"", "x", "0", "-1", "1000001"}) {
+        EXPECT_EQ(parsed({"--rate", words}).error, std::string("--rate cannot be '") + words + "'");
+    }
+    for (const char *words : {"", "Any", "-1", "20", "21"}) {
+        EXPECT_EQ(parsed({"--header-index", words}).error,
+                  std::string("--header-index cannot be '") + words + "'");
+    }
     EXPECT_EQ(parsed({"--fault", "flip"}).error,
               "fault 'flip' does not read like flip@RECORD[=BIT]");
 }
@@ -58,7 +78,7 @@ TEST(Options, that_shape_a_board_do_not_go_with_a_real_one)
 {
     for (const char *words :
          {"--board=x", "--mode=unknown", "--version=5", "--answer=0x21=x", "--busy=0", "--seed=1",
-          "--samples=200", "--fault=padded@1", "--count-time"}) {
+          "--samples=200", "--rate=1000", "--header-index=0", "--fault=padded@1", "--count-time"}) {
         EXPECT_EQ(parsed({"--through", words}).error,
                   "--through leaves the device real: it goes with --transcript only")
             << words;
@@ -68,7 +88,8 @@ TEST(Options, that_shape_a_board_do_not_go_with_a_real_one)
 
 TEST(Options, are_all_explained)
 {
-    for (const char *name : {"--seed N ", "--samples N ", "deaf@CODE=WAITS"}) {
+    for (const char *name :
+         {"--seed N ", "--samples N ", "--rate N ", "--header-index I ", "deaf@CODE=WAITS"}) {
         EXPECT_NE(help_text().find(name), std::string::npos) << name;
     }
 }

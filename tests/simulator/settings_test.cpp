@@ -20,6 +20,8 @@ Settings told()
     settings.behaviour.busy_polls = 3;
     settings.behaviour.seed = 1'000'000'000;
     settings.behaviour.adc_values = 0;
+    settings.behaviour.rate = 1'000'000;
+    settings.behaviour.header_index = ANY_HEADER_INDEX;
     return settings;
 }
 
@@ -39,6 +41,8 @@ TEST(SettingsOfABoard, arrive_as_they_were_told)
     EXPECT_EQ(taken.behaviour.busy_polls, 3);
     EXPECT_EQ(taken.behaviour.seed, 1'000'000'000);
     EXPECT_EQ(taken.behaviour.adc_values, 0);
+    EXPECT_EQ(taken.behaviour.rate, 1'000'000);
+    EXPECT_EQ(taken.behaviour.header_index, ANY_HEADER_INDEX);
     ASSERT_EQ(taken.behaviour.faults.size(), 2U);
     EXPECT_EQ(taken.behaviour.faults[1].value, 2);
 }
@@ -46,7 +50,8 @@ TEST(SettingsOfABoard, arrive_as_they_were_told)
 TEST(SettingsOfABoard, are_refused_if_a_number_is_missing_or_none)
 {
     for (const char *variable :
-         {"VIRTUAL_BOARD_BUSY", "VIRTUAL_BOARD_SEED", "VIRTUAL_BOARD_SAMPLES"}) {
+         {"VIRTUAL_BOARD_BUSY", "VIRTUAL_BOARD_SEED", "VIRTUAL_BOARD_SAMPLES", "VIRTUAL_BOARD_RATE",
+          "VIRTUAL_BOARD_HEADER_INDEX"}) {
         for (const char *words : {"", "x", "-1", "1000000001"}) {
             put_into_environment(told());
             setenv(variable, words, 1);

@@ -38,7 +38,7 @@ class VirtualWire : public testing::Test
         coprocessor.emplace(bytes(), identity, std::move(behaviour));
     }
 
-    Bytes exchange(const Bytes &mosi)
+    virtual Bytes exchange(const Bytes &mosi)
     {
         Bytes miso(mosi.size(), 0x77);
         coprocessor->exchange(mosi, miso);

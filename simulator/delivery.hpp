@@ -1,0 +1,45 @@
+// A block on its way to a host that polls with twenty bytes. Whatever has no place in the poll that
+// finds it comes in the exchanges behind:
+//
+//     .. .. 55 LL LL data... --filler--> rest of the data
+//     .. .. .. .. .. ..   55 --00 00--> LL LL --filler--> data
+//     .. .. .. .. ..   55 LL --00--> LL --filler--> data
+#pragma once
+
+#include "simulator/record_source.hpp"
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace simulator
+{
+
+inline constexpr size_t STREAM_POLL_SIZE = 20;
+
+class Delivery
+{
+  public:
+    // Begins in the answer to a poll, at an index.
+    void begin(Block block, size_t index, std::span<uint8_t> miso);
+    void cancel() { under_way_ = false; }
+
+    // Whether an exchange fetches what comes next, and what comes back in it.
+    bool expects(std::span<const uint8_t> mosi) const;
+    void give(std::span<uint8_t> miso);
+
+    const std::string &note() const { return note_; }
+
+  private:
+    bool is_in_header() const;
+    size_t missing() const;
+    void advance(std::span<uint8_t> miso);
+
+    bool under_way_ = false;
+    Block block_;
+    size_t end_ = 0;  // of what is sent, header included
+    size_t sent_ = 0; // header included
+    std::string note_;
+};
+
+} // namespace simulator

@@ -1,0 +1,38 @@
+// The buffer of a board that measures by itself, at its own rate: samples wait in it until they are
+// handed over, and when it is full, new ones are lost.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+
+namespace simulator
+{
+
+class LiveBuffer
+{
+  public:
+    explicit LiveBuffer(int rate) : rate_(rate) {} // samples per second
+
+    // Measuring begins now, with an empty buffer.
+    void start(std::chrono::nanoseconds now);
+    void stop() { running_ = false; }
+    bool is_running() const { return running_; }
+
+    // Measures until now. Returns the number of samples taken, the first of which is next.
+    uint32_t measure_until(std::chrono::nanoseconds now, uint32_t next);
+
+    size_t size() const { return samples_.size(); }
+    uint32_t take(); // the oldest; there must be one
+
+  private:
+    int64_t due(std::chrono::nanoseconds now) const;
+
+    int rate_;
+    bool running_ = false;
+    std::chrono::nanoseconds start_{0};
+    int64_t measured_ = 0; // since the start
+    std::deque<uint32_t> samples_;
+};
+
+} // namespace simulator

@@ -1,0 +1,115 @@
+// Read-outs of records at the co-processor's end of the wire.
+#include "simulator/readout.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace simulator
+{
+
+namespace
+{
+
+void append(std::vector<uint8_t> &records, const std::vector<uint8_t> &record)
+{
+    records.insert(records.end(), record.begin(), record.end());
+}
+
+} // namespace
+
+Readout::Readout(const Measuring &measuring, const Faults &faults)
+    : measuring_(measuring), source_(measuring.seed, faults), live_(measuring.rate)
+{
+}
+
+void Readout::advance_to(std::chrono::nanoseconds now)
+{
+    now_ = now;
+    source_.skip(live_.measure_until(now, source_.samples() + 1));
+}
+
+void Readout::request(const RecordFormat &format, int count, int64_t busy_polls)
+{
+    format_ = &format;
+    count_ = std::min(count, format.most);
+    busy_ = busy_polls;
+    stage_ = Stage::requested;
+}
+
+void Readout::cancel()
+{
+    stage_ = Stage::idle;
+    delivery_.cancel();
+}
+
+Response Readout::take_counted_block()
+{
+    stop();
+    stage_ = Stage::idle;
+    std::vector<uint8_t> records;
+    for (int i = 0; i < count_; ++i) {
+        source_.skip(1);
+        append(records, source_.write(*format_, source_.samples(), 0));
+    }
+    Block block = source_.make_block(*format_, std::move(records));
+    Response response;
+    response.answer = block.length;
+    response.reply = std::move(block.bytes);
+    response.answer_note = "length of " + block.name;
+    response.reply_note = std::move(block.name);
+    response.big_endian = true;
+    response.is_block = true;
+    return response;
+}
+
+void Readout::poll(std::span<uint8_t> miso)
+{
+    stage_ = Stage::streaming;
+    measure_by_itself();
+    if (busy_ > 0) {
+        --busy_;
+        note_ = "busy";
+    } else if (live_.size() == 0) {
+        note_ = "no record yet";
+    } else {
+        stage_ = Stage::idle;
+        delivery_.begin(take_live_block(), next_header_index(), miso);
+        note_ = delivery_.note();
+    }
+}
+
+void Readout::give(std::span<uint8_t> miso)
+{
+    delivery_.give(miso);
+    note_ = delivery_.note();
+}
+
+void Readout::measure_by_itself()
+{
+    if (!live_.is_running() || live_format_ != format_) {
+        live_format_ = format_;
+        live_.start(now_);
+    }
+}
+
+Block Readout::take_live_block()
+{
+    const size_t count = std::min(live_.size(), static_cast<size_t>(count_));
+    std::vector<uint8_t> records;
+    for (size_t i = 0; i < count; ++i) {
+        const uint32_t sample = live_.take();
+        append(records, source_.write(*format_, sample, static_cast<uint8_t>(live_.size())));
+    }
+    return source_.make_block(*format_, std::move(records));
+}
+
+// Any index: seven steps on each time, which leads over all of them.
+size_t Readout::next_header_index()
+{
+    if (measuring_.header_index != ANY_HEADER_INDEX) {
+        return static_cast<size_t>(measuring_.header_index);
+    }
+    return (measuring_.seed + 7 * deliveries_++) % STREAM_POLL_SIZE;
+}
+
+} // namespace simulator

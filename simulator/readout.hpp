@@ -1,0 +1,78 @@
+// Read-outs of records at the co-processor's end of the wire. How a host polls after its request
+// decides what it gets: single bytes fetch as many records as were asked for, measured on the spot;
+// polls of twenty bytes fetch what the board has measured by itself since the last block.
+#pragma once
+
+#include "simulator/application.hpp"
+#include "simulator/delivery.hpp"
+#include "simulator/live_buffer.hpp"
+#include "simulator/record_source.hpp"
+
+#include <chrono>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace simulator
+{
+
+// What a board measures, and how it hands a stream over.
+struct Measuring {
+    uint32_t seed;
+    int rate;         // samples of a stream per second
+    int header_index; // of a block's header in a poll of a stream, or ANY_HEADER_INDEX
+};
+
+inline constexpr int ANY_HEADER_INDEX = STREAM_POLL_SIZE;
+
+class Readout
+{
+  public:
+    Readout(const Measuring &measuring, const Faults &faults);
+
+    // The board's time, which never goes back.
+    void advance_to(std::chrono::nanoseconds now);
+
+    // A request has come, or something that ends it.
+    void request(const RecordFormat &format, int count, int64_t busy_polls);
+    void cancel();
+
+    // The board measures no longer by itself.
+    void stop() { live_.stop(); }
+
+    // Polls of a single byte find records measured on the spot, if the request is still undecided.
+    bool is_undecided() const { return stage_ == Stage::requested; }
+    Response take_counted_block();
+    int64_t busy_polls() const { return busy_; }
+
+    // Polls of twenty bytes find what was measured before, and exchanges behind them the rest of
+    // it.
+    bool is_waited_for() const { return stage_ != Stage::idle; }
+    void poll(std::span<uint8_t> miso);
+    bool expects(std::span<const uint8_t> mosi) const { return delivery_.expects(mosi); }
+    void give(std::span<uint8_t> miso);
+
+    const std::string &note() const { return note_; }
+
+  private:
+    enum class Stage { idle, requested, streaming };
+
+    void measure_by_itself();
+    Block take_live_block();
+    size_t next_header_index();
+
+    Measuring measuring_;
+    RecordSource source_;
+    LiveBuffer live_;
+    Delivery delivery_;
+    std::chrono::nanoseconds now_{0};
+    Stage stage_ = Stage::idle;
+    const RecordFormat *format_ = nullptr;      // of the request
+    const RecordFormat *live_format_ = nullptr; // of what the buffer holds
+    int count_ = 0;
+    int64_t busy_ = 0; // polls that still find the board busy
+    size_t deliveries_ = 0;
+    std::string note_;
+};
+
+} // namespace simulator
