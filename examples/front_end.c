@@ -7,7 +7,7 @@
  *     ./front_end show 1
  *     ./front_end records 200 3 >records.csv
  *
- * A line "s" on standard input stops a wait for the co-processor.
+ * A line "s" on standard input stops a wait for the co-processor, and so the live stream.
  */
 #include "link/stm_com_funcs.h"
 
@@ -132,6 +132,46 @@ static int raw_bytes(const double *value)
     return 0;
 }
 
+static int live(const double *value)
+{
+    stm_continuous_readout((int)value[0], typed_line, print);
+    return 0;
+}
+
+static int live_omega(const double *value)
+{
+    stm_continuous_readout_omega((int)value[0], typed_line, print);
+    return 0;
+}
+
+static int live_temp(const double *value)
+{
+    stm_continuous_readout_temp((int)value[0], typed_line, print);
+    return 0;
+}
+
+static int watch(const double *value)
+{
+    (void)value;
+    stm_stream_readout(typed_line, print);
+    return 0;
+}
+
+static int ring_write(const double *value)
+{
+    (void)value;
+    RingBuffer_Attach();
+    stm_ringbuffer_acquire(typed_line, print);
+    return 0;
+}
+
+static int ring_read(const double *value)
+{
+    RingBuffer_Attach();
+    stm_ringbuffer_readout((int)value[0], typed_line, print);
+    return 0;
+}
+
 static const struct operation {
     const char *name;
     const char *arguments;
@@ -153,6 +193,12 @@ static const struct operation {
     {"temp", "COUNT MODE", 2, records_temp},
     {"samples", "MODE", 1, samples},
     {"raw", "MODE", 1, raw_bytes},
+    {"live", "MODE", 1, live},
+    {"live-omega", "MODE", 1, live_omega},
+    {"live-temp", "MODE", 1, live_temp},
+    {"watch", "", 0, watch},
+    {"ring-write", "", 0, ring_write},
+    {"ring-read", "MODE", 1, ring_read},
 };
 
 #define OPERATIONS     (sizeof(operations) / sizeof(operations[0]))
