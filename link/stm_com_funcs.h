@@ -18,9 +18,9 @@
  *               1.3 us a byte, 1.4 ms for a download frame.
  *   Results     where nothing else is stated, 0 or a positive value is success, -1 is failure; 0
  *               can also mean that the operator stopped a wait.
- *   Reports     there are two channels. A failing open, clock setting or exchange goes to standard
- *               error through perror, with a fixed text. Everything else goes to the output
- *               callback.
+ *   Reports     there are two channels. A failing system call (open, clock, exchange, shared
+ * memory) goes to standard error through perror, with a fixed text. Everything else goes to the
+ * output callback, but for the few remarks that stm_stream_readout writes to standard error.
  *   Numbers     multi-byte numbers travel little-endian where nothing else is said.
  */
 #ifndef STM_COM_FUNCS_H
@@ -677,7 +677,7 @@ void stm_read_raw_bytes(int mode, StmPollFn poll, StmOutputFn output);
  */
 typedef struct {
     stm_uint8_t marker; /* as received; 0x55 but for the first record of a block that has none */
-    stm_uint8_t nr;     /* 1 to 255, then 1 again */
+    stm_uint8_t nr;     /* the co-processor's number; 0 is none */
     stm_uint16_t temp;
     stm_int32_t rel_t;
     stm_int32_t U1e;
@@ -691,7 +691,7 @@ typedef struct {
     stm_int16_t BE1;
     stm_int16_t BE2;
     stm_int8_t BE;
-    stm_uint8_t buffered; /* records that the co-processor still held */
+    stm_uint8_t buffered; /* how full the co-processor's own buffer was */
     stm_uint16_t checksum;
 } RingRecord;
 
@@ -719,7 +719,8 @@ typedef struct RingBuffer {
  */
 
 /*
- * Attaches the segment, making it if there is none. It stays until somebody removes it.
+ * Attaches the segment, making it if there is none. It stays until somebody removes it. Each call
+ * attaches it once more.
  *
  * Returns 7680 if this process has made the segment, whose writer_open and reader_open are then
  * cleared; else 0. A failure is reported through perror as "shmget (ringbuffer space)",
@@ -732,6 +733,8 @@ int RingBuffer_Attach(void);
  * mark, read_pos and values_left become 0, and the writer's count with them. Anything else gives
  * the writer's handle and changes nothing.
  *
+ * mode: not null.
+ *
  * Returns the handle, or -1 while the side's flag is 1.
  */
 int RingBuffer_Open(const char *mode);
@@ -743,21 +746,32 @@ int RingBuffer_Close(int handle);
  * Writer: copies a record into the slot at write_index and moves that on. A reader that lags loses
  * the oldest records.
  *
- * Returns 1, or -1.
+ * record: not null, and not a slot.
+ *
+ * Returns 1, or -1; with a damaged write_index, too, and nothing is changed then.
  */
 int RingBuffer_PutValue(int handle, const RingRecord *record);
 
-/* Reader: 1 if records were put since the mark, else 0. */
+/*
+ * Reader: 1 if write_index is no longer where the mark is, else 0. Exactly 160 records more look
+ * like none.
+ */
 int RingBuffer_NewValueAvailable(int handle);
 
 /* Reader: takes the snapshots values_left and mark. Returns 1. */
 int RingBuffer_MarkLastValue(int handle);
 
-/* Reader: goes to the slot values_left before the mark, and returns it. The record of interest is
- * the next one: of n records n - 1 are read the first time, and then exactly those that are new. */
+/*
+ * Reader: goes to the slot values_left before the mark, and returns it. The record of interest is
+ * the next one: of n records, two at least, n - 1 are read the first time, and then exactly those
+ * that are new, as long as each batch is read to its end and the reader does not lag.
+ */
 RingRecord *RingBuffer_GetFirstValue(int handle);
 
-/* Reader: goes on by a slot, takes one from count and values_left, and returns the slot. */
+/*
+ * Reader: goes on by a slot, takes one from count and values_left as far as they are above 0, and
+ * returns the slot, or null with a damaged read_pos.
+ */
 RingRecord *RingBuffer_GetNextValue(int handle);
 
 /* Reader: values_left. The reader goes on while it is above 1. */
@@ -777,20 +791,22 @@ RingRecord *RingBuffer_PeekValue(int handle, int n);
 /*
  * What holds for the operations on the live stream
  *
- * A request goes out from the short buffers: 0x02 with 0x55 (records with a temperature), 0xC1 with
- * 0x4E (rotation time) or 0xC8 with 0x49 (base records), 0xAA at its end. Then 20 bytes of 'D'
- * (0x44) are exchanged again and again, without pauses, until 0x55 is among those that come back,
- * at most 301 times; the last are not looked at. Behind 0x55 follow the block's length, two bytes,
- * high byte first, and its data, of which the rest is fetched with one more exchange. The next
- * block is asked for before this one is looked at.
+ * A request goes out from the short buffers: 0x02 and 0x55 (records with a temperature), 0xC1 and
+ * 0x4E (rotation time) or 0xC8 and 0x49 (base records), what earlier requests left there, 0xAA.
+ * Then 20 bytes of 'D' (0x44) are exchanged again and again, without pauses, until 0x55 is among
+ * those that come back, at most 301 times; the last are not looked at. Behind 0x55 follow the
+ * block's length, two bytes, high byte first, and its data, of which the rest is fetched with one
+ * more exchange. The next block is asked for before this one is looked at.
  *
  * Without a 0x55 "SPI timeout\n" goes to the output callback, flag 0; after a pause of 500 ms the
  * wait begins again, without end. A failing exchange is reported through perror and ends the
- * operation. So does a block that is longer than 4096 bytes, or shorter than what came with its
- * header.
+ * operation. A block that is longer than 4096 bytes, or shorter than what came with its header, is
+ * reported as a failing exchange of its data; so an empty block ends the operation, but for the
+ * watcher's, unless 0x55 was one of the header's last three bytes.
  *
- * A record whose checksum is wrong is reported as "Wrong checksum detected (crc = %X, checksum=
- * %X)\n", flag 0, the computed one first; it and the rest of its block are lost.
+ * The records of a block are found as stm_read_records finds them. One whose checksum is wrong is
+ * reported as "Wrong checksum detected (crc = %X, checksum= %X)\n", flag 0, the computed one first;
+ * it and the rest of its block are lost.
  *
  * The poll callback is called once a poll. STM_STOP_LINE ends the operation at once; nothing else
  * does, but a failure.
@@ -801,7 +817,8 @@ RingRecord *RingBuffer_PeekValue(int handle, int n);
  * time, those with a temperature.
  *
  * format: a ReadoutMode. READOUT_CSV calls the temperature "omega_t" in its header. READOUT_HEX
- * shows the first 48 bytes of the block for each of its records.
+ * shows the first 48 bytes of the block for each of its records. With any other value records are
+ *         checked, and only errors are shown.
  *
  * Failing exchanges are reported as "SPI datatransfer". The one for records with a temperature
  * pauses for 20 ms after each block, and for 60 ms more after each tenth; the others do not pause.
@@ -815,8 +832,9 @@ void stm_continuous_readout_temp(int format, StmPollFn poll, StmOutputFn output)
  * been called in this process.
  *
  * Reports, flag 0: "Cannot open ringbuffer for write\n", after which nothing is sent, and
- * "Error: Writing to ringbuffer\n" for each record that cannot be put. Failing exchanges are
- * reported as "SPI datatransfer". The ring is closed at the end.
+ * "Error: Writing to ringbuffer\n" for each record that cannot be put, which closes the ring, but
+ * does not end the operation: a damaged write_index is reported for every record. Failing exchanges
+ * are reported as "SPI datatransfer". The ring is closed at the end.
  */
 void stm_ringbuffer_acquire(StmPollFn poll, StmOutputFn output);
 
@@ -824,20 +842,19 @@ void stm_ringbuffer_acquire(StmPollFn poll, StmOutputFn output);
  * Watches the live stream of records with a temperature, and reports what is missing from it.
  *
  * Reports, each line a text of its own with flag 0: a gap in rel_t as "\nlost sample:\n",
- * "difference   : %d\n", "nr   : %d\n", "rel_t: %ld\n" and "count: %d\n" (good records so far);
- * more than 190 records in the co-processor's buffer as "\nbuffer overflow:\n", "nr   : %d\n",
- * "rel_t: %ld\n", "count: %d\n" and "buffered: %d\n". The first record is a gap unless its rel_t
- * is 1.
+ * "difference   : %d\n", "nr   : %d\n", "rel_t: %ld\n" and "count: %d\n" (good records so far); a
+ * field buffered above 190 as "\nbuffer overflow:\n", "nr   : %d\n", "rel_t: %ld\n",
+ * "count: %d\n" and "buffered: %d\n". The first record is a gap unless its rel_t is 1.
  *
- * On standard error: a dot for each thousandth record; "No data available\n" for a block of no
+ * On standard error: a dot for each thousandth good record; "No data available\n" for a block of no
  * bytes, after which the next is asked for at once.
  *
  * Failing exchanges are reported as "SPI datatransfer" (a request), "SPI datatransfer (wait)" (a
  * poll), "SPI datatransfer (ACK a)" and "(ACK b)" (two bytes and one of the length), and, each
- * followed by "datasize: %d\n" on standard error, "SPI datatransfer (1)" (the data) and "(2)" (the
- * request behind them).
+ * followed by "datasize: %d\n" with the length attempted on standard error, "SPI datatransfer (1)"
+ * (the data) and "(2)" (the request behind them).
  *
- * Pauses for 20 ms after each block and for 40 ms after each thousandth record.
+ * Pauses for 20 ms after each block and for 40 ms after each thousandth good record.
  */
 void stm_stream_readout(StmPollFn poll, StmOutputFn output);
 
@@ -845,13 +862,13 @@ void stm_stream_readout(StmPollFn poll, StmOutputFn output);
  * Shows the records that another process writes into the ring. RingBuffer_Attach must have been
  * called in this process; the link is not used.
  *
- * format: READOUT_TEXT or READOUT_CSV, shown with flag 1; with any other value records are read and
- *         checked only.
- * poll:   never called.
+ * format: READOUT_TEXT or READOUT_CSV, shown with flag 1 as elsewhere, but BE from 0 to 255; with
+ * any other value records are read and checked only. The CSV header goes out first of all. poll:
+ * never called; nothing stops the operation while records come.
  *
  * The checksum is tested over the bytes of the slot, although it is that of the wire: it fails
  * unless the moved fields are equal. A failure is reported as for the live stream and ends the
- * batch, the records put since the last look.
+ * batch; the next batch begins behind that record. With a damaged count a batch can be very long.
  *
  * Other reports, flag 0: "Cannot open Ringbuffer for read\n"; after 5001 looks in all at which
  * there was nothing new, 1 ms apart, "Timeout while reading ring buffer (buffer empty?)\n", which

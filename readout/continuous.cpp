@@ -19,10 +19,10 @@ struct ContinuousReadout {
     uint32_t slow_pause_us; // before it, after every tenth block
 };
 
-constexpr ContinuousReadout RECORDS = {{STM_RECORD, STREAM_FAILURES, false}, 0, 0};
-constexpr ContinuousReadout RECORDS_OMEGA = {{STM_RECORD_OMEGA, STREAM_FAILURES, false}, 0, 0};
+constexpr ContinuousReadout RECORDS = {{STM_RECORD, 'I', STREAM_FAILURES, false}, 0, 0};
+constexpr ContinuousReadout RECORDS_OMEGA = {{STM_RECORD_OMEGA, 'N', STREAM_FAILURES, false}, 0, 0};
 constexpr ContinuousReadout RECORDS_TEMP = {
-    {STM_RECORD_TEMP_LIVE, STREAM_FAILURES, false}, 20'000, 60'000};
+    {STM_RECORD_TEMP_LIVE, 'U', STREAM_FAILURES, false}, 20'000, 60'000};
 
 void show_records(const RecordFormat &format, int mode, StmOutputFn output)
 {

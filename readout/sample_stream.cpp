@@ -25,11 +25,9 @@ struct Block {
     int32_t held;   // bytes of it that came with the header
 };
 
-// Kept: the second byte asks for the most records of a block, which is also how the co-processor
-// knows the stream.
-int send_request(const RecordFormat &format)
+int send_request(const SampleStream &stream)
 {
-    return request_send(format.command, static_cast<uint8_t>(format.most));
+    return request_send(stream.format.command, stream.second);
 }
 
 bool fail(const char *text)
@@ -133,7 +131,7 @@ bool fetch_rest(const SampleStream &stream, const Block &block)
     if (link_fetch_behind(block.held, rest) < 0) {
         return fail_with_size(stream, stream.failures.data, rest);
     }
-    if (send_request(stream.format) < 0) {
+    if (send_request(stream) < 0) {
         return fail_with_size(stream, stream.failures.request, STM_FRAME_BYTES);
     }
     return true;
@@ -143,7 +141,7 @@ bool fetch_rest(const SampleStream &stream, const Block &block)
 
 bool stream_begin(const SampleStream &stream)
 {
-    return send_request(stream.format) < 0 ? fail("SPI datatransfer") : true;
+    return send_request(stream) < 0 ? fail("SPI datatransfer") : true;
 }
 
 Wait stream_fetch_block(const SampleStream &stream, StmPollFn poll, StmOutputFn output)

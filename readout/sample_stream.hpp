@@ -21,6 +21,7 @@ constexpr StreamFailures STREAM_FAILURES = {"SPI datatransfer", "SPI datatransfe
 
 struct SampleStream {
     const RecordFormat &format;
+    uint8_t second; // byte of a request, behind the format's command
     StreamFailures failures;
     bool watched; // tells the size of a failing exchange, and that a block is empty
 };

@@ -8,7 +8,7 @@
 namespace
 {
 
-constexpr SampleStream STREAM = {STM_RECORD_TEMP, STREAM_FAILURES, false};
+constexpr SampleStream STREAM = {STM_RECORD_TEMP, 'U', STREAM_FAILURES, false};
 
 // Kept: a record that cannot be put closes the ring, and the next one is tried all the same.
 void put_record(int handle, const uint8_t *record, StmOutputFn output)

@@ -1,6 +1,6 @@
 // The ring in shared memory: 160 slots, a writer's fields and a reader's. Two processes use it
-// without a lock, and a third may have damaged it: each field is loaded once and checked before it
-// is used.
+// without a lock, and a third may have damaged it: each field is loaded once, and an index is
+// checked before a slot is taken by it.
 #include "link/link.hpp"
 #include "link/report.hpp"
 #include "link/stm_com_funcs.h"

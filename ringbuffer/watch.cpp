@@ -11,6 +11,7 @@ namespace
 {
 
 constexpr SampleStream STREAM = {STM_RECORD_TEMP,
+                                 'U',
                                  {"SPI datatransfer (wait)", "SPI datatransfer (ACK a)",
                                   "SPI datatransfer (ACK b)", "SPI datatransfer (1)",
                                   "SPI datatransfer (2)"},
