@@ -41,7 +41,7 @@ size_t Delivery::missing() const
 bool Delivery::expects(std::span<const uint8_t> mosi) const
 {
     const uint8_t wanted = is_in_header() ? 0 : FILLER;
-    return under_way_ && mosi.size() == missing() &&
+    return sent_ < end_ && mosi.size() == missing() &&
            std::ranges::count(mosi, wanted) == std::ssize(mosi);
 }
 
@@ -57,7 +57,6 @@ void Delivery::advance(std::span<uint8_t> miso)
     const size_t given = std::min(miso.size(), block_.bytes.size() - sent_);
     std::copy_n(block_.bytes.begin() + static_cast<std::ptrdiff_t>(sent_), given, miso.begin());
     sent_ += given;
-    under_way_ = sent_ < HEADER_SIZE || sent_ < end_;
 }
 
 } // namespace simulator

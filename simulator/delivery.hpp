@@ -22,7 +22,7 @@ class Delivery
   public:
     // Begins in the answer to a poll, at an index.
     void begin(Block block, size_t index, std::span<uint8_t> miso);
-    void cancel() { under_way_ = false; }
+    void cancel() { sent_ = end_; }
 
     // Whether an exchange fetches what comes next, and what comes back in it.
     bool expects(std::span<const uint8_t> mosi) const;
@@ -35,10 +35,9 @@ class Delivery
     size_t missing() const;
     void advance(std::span<uint8_t> miso);
 
-    bool under_way_ = false;
     Block block_;
     size_t end_ = 0;  // of what is sent, header included
-    size_t sent_ = 0; // header included
+    size_t sent_ = 0; // header included; beyond the end if the poll has shown more
     std::string note_;
 };
 

@@ -36,10 +36,12 @@ uint8_t *buffer_at(uint64_t address)
     return reinterpret_cast<uint8_t *>(static_cast<uintptr_t>(address));
 }
 
+// What comes back may lie behind bytes that are there already.
 bool uses_long_buffers(const spi_ioc_transfer &descriptor)
 {
-    return descriptor.tx_buf == address_of(stm_link.tx_buffer) &&
-           descriptor.rx_buf == address_of(stm_link.rx_buffer) && descriptor.len <= 4096;
+    const uint64_t start = address_of(stm_link.rx_buffer);
+    return descriptor.tx_buf == address_of(stm_link.tx_buffer) && descriptor.rx_buf >= start &&
+           descriptor.rx_buf - start + descriptor.len <= 4096;
 }
 
 bool uses_short_buffers(const spi_ioc_transfer &descriptor)
@@ -211,6 +213,11 @@ Dialogue::Answer Dialogue::next_answer()
     return scripted == answers.end() ? other_answer : scripted->second;
 }
 
+void Dialogue::note(const std::string &line)
+{
+    transcript.push_back(line);
+}
+
 int Dialogue::place_line(char *line)
 {
     transcript.emplace_back("poll");
@@ -234,6 +241,9 @@ int Dialogue::on_usleep(unsigned microseconds)
 {
     transcript.push_back("sleep " + std::to_string(microseconds));
     slept_us += microseconds;
+    if (while_asleep) {
+        while_asleep();
+    }
     return 0;
 }
 

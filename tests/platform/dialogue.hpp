@@ -3,6 +3,7 @@
 #pragma once
 
 #include "link/link.hpp"
+#include "tests/platform/shared_memory.hpp"
 #include "tests/platform/transcript.hpp"
 
 #include <gtest/gtest.h>
@@ -20,8 +21,8 @@
 //     poll                                close 7
 //                                         exit 1
 //
-// Exchanges and polls are counted from 1.
-class Dialogue : public testing::Test
+// and the calls for shared memory. Exchanges and polls are counted from 1.
+class Dialogue : public testing::Test, public ReplacedSharedMemory
 {
   public:
     static constexpr int DEVICE = 7;
@@ -64,6 +65,9 @@ class Dialogue : public testing::Test
     // Called in each exchange before its bytes come back.
     std::function<void(const spi_ioc_transfer &)> watch;
 
+    // Called in each sleep, for what others do meanwhile.
+    std::function<void()> while_asleep;
+
     // Opens the link, then forgets that: counting and transcript begin behind it.
     void open_link();
     void forget();
@@ -73,6 +77,9 @@ class Dialogue : public testing::Test
 
     // The transcript from the start, or from forget() on, is exactly this.
     testing::AssertionResult happened(const Transcript &expected) const;
+
+    // Writes a line into the transcript, for calls that only one test replaces.
+    void note(const std::string &line) override;
 
     // The texts for the output callback alone, and what the message buffer held at each of them.
     Transcript texts;

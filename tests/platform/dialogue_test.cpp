@@ -117,6 +117,21 @@ TEST_F(Dialogue, an_exchange_beside_the_buffers_of_the_link_is_noticed)
     descriptor = long_exchange(1);
     descriptor.rx_buf = descriptor.tx_buf;
     EXPECT_NONFATAL_FAILURE(exchange_by_hand(descriptor), "stay within");
+    descriptor = long_exchange(4080);
+    descriptor.rx_buf += 17;
+    EXPECT_NONFATAL_FAILURE(exchange_by_hand(descriptor), "stay within");
+}
+
+TEST_F(Dialogue, what_comes_back_may_lie_behind_bytes_that_are_there_already)
+{
+    spi_ioc_transfer descriptor = long_exchange(4079);
+    descriptor.rx_buf += 17;
+    stm_link.rx_buffer[16] = 0x99;
+    answer(1, {0x12});
+    EXPECT_EQ(exchange_by_hand(descriptor), 4079);
+    EXPECT_EQ(stm_link.rx_buffer[16], 0x99);
+    EXPECT_EQ(stm_link.rx_buffer[17], 0x12);
+    EXPECT_TRUE(happened({"exchange 4079: 00*4079"}));
 }
 
 TEST_F(Dialogue, another_descriptor_number_is_noticed)

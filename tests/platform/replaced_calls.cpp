@@ -6,11 +6,24 @@
 #include <fcntl.h>
 #include <linux/spi/spidev.h>
 #include <sys/ioctl.h>
+#include <sys/shm.h>
 
 #include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+
+namespace
+{
+
+// The dialogue that stands in for shared memory.
+Dialogue *memory_dialogue()
+{
+    Dialogue *dialogue = Dialogue::running();
+    return dialogue != nullptr && !dialogue->real_shared_memory ? dialogue : nullptr;
+}
+
+} // namespace
 
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" {
@@ -19,6 +32,10 @@ int __real_open(const char *path, int flags, ...);
 int __real_ioctl(int fd, unsigned long request, ...);
 int __real_close(int fd);
 int __real_usleep(unsigned microseconds);
+int __real_shmget(key_t key, size_t size, int flags);
+void *__real_shmat(int id, const void *address, int flags);
+int __real_shmctl(int id, int command, shmid_ds *status);
+pid_t __real_getpid();
 void __real_perror(const char *text);
 [[noreturn]] void __real_exit(int status);
 
@@ -58,6 +75,34 @@ int __wrap_usleep(unsigned microseconds)
 {
     Dialogue *dialogue = Dialogue::running();
     return dialogue != nullptr ? dialogue->on_usleep(microseconds) : __real_usleep(microseconds);
+}
+
+int __wrap_shmget(key_t key, size_t size, int flags)
+{
+    Dialogue *dialogue = memory_dialogue();
+    return dialogue != nullptr ? dialogue->on_shmget(key, size, flags)
+                               : __real_shmget(key, size, flags);
+}
+
+void *__wrap_shmat(int id, const void *address, int flags)
+{
+    Dialogue *dialogue = memory_dialogue();
+    return dialogue != nullptr ? dialogue->on_shmat(id, address, flags)
+                               : __real_shmat(id, address, flags);
+}
+
+int __wrap_shmctl(int id, int command, shmid_ds *status)
+{
+    Dialogue *dialogue = memory_dialogue();
+    return dialogue != nullptr ? dialogue->on_shmctl(id, command, status)
+                               : __real_shmctl(id, command, status);
+}
+
+// Death tests, in which the process truly ends, look up its true number themselves.
+pid_t __wrap_getpid()
+{
+    Dialogue *dialogue = memory_dialogue();
+    return dialogue != nullptr && !dialogue->really_exit ? dialogue->on_getpid() : __real_getpid();
 }
 
 void __wrap_perror(const char *text)

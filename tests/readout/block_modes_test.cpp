@@ -105,6 +105,16 @@ TEST_P(BlockModes, csv_of_records_without_numbers_is_its_header)
     EXPECT_TRUE(same(texts, Transcript({say(header(), 1)})));
 }
 
+TEST_P(BlockModes, csv_leaves_out_no_number_but_0)
+{
+    for (int number = 1; number < 256; ++number) {
+        begin_again();
+        serve_block(record(GetParam().kind, {{"nr", number}}));
+        read(1, CSV);
+        EXPECT_EQ(texts.size(), 2U) << number;
+    }
+}
+
 TEST_P(BlockModes, csv_stopped_at_once_is_its_header)
 {
     type_line(1, "s\n");

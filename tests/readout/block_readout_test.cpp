@@ -269,8 +269,9 @@ TEST_P(BlockReadout, leaves_filler_and_what_came_back_with_the_closing_synchroni
 TEST_P(BlockReadout, exchanges_that_return_0_have_not_failed)
 {
     exchange_result = 0;
-    const Transcript expected = serve({1});
-    read(1, SILENT);
+    const uint8_t most = GetParam().most;
+    const Transcript expected = serve({most, 1});
+    read(most + 1, SILENT);
     EXPECT_TRUE(happened(joined({expected, CLOSING})));
 }
 

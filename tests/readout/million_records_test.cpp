@@ -17,7 +17,6 @@
 namespace
 {
 
-constexpr int MANY = 1'000'000;
 constexpr int WIRE = 7654; // the descriptor of the fake device
 
 // What each record holds, by its place in the whole read-out. No number is 0, so that CSV shows
@@ -54,7 +53,7 @@ void make_block(int count)
         write_field(board->record, kind, {"nr", number_of(board->made)});
         write_field(board->record, kind, {"rel_t", board->made});
         write_field(board->record, kind, {"U1e", -board->made});
-        write_field(board->record, kind, {"I2", 2000 * board->made});
+        write_field(board->record, kind, {"I2", int64_t{2000} * board->made});
         seal(board->record);
         const auto checksum =
             static_cast<uint16_t>(board->record[size - 2] | board->record[size - 1] << 8);
@@ -83,6 +82,12 @@ void clock_bytes(const uint8_t *tx, uint8_t *rx, size_t count)
     } else {
         ++board->strange_exchanges;
     }
+}
+
+// A million of one kind, fewer of the others: emulators take their time.
+int wanted(RecordKind kind)
+{
+    return kind == RecordKind::base ? 1'000'000 : 100'000;
 }
 
 int no_input(char *)
@@ -157,11 +162,12 @@ INSTANTIATE_FOR_ALL_OPERATIONS(MillionRecords);
 
 TEST_P(MillionRecords, arrive_exactly_once_and_in_order_and_take_nothing_from_the_heap)
 {
+    const int many = wanted(GetParam().kind);
     const uint64_t before = allocations_so_far();
-    GetParam().read(MANY, CSV, no_input, take_line);
+    GetParam().read(many, CSV, no_input, take_line);
     EXPECT_EQ(allocations_so_far() - before, 0U);
-    EXPECT_EQ(own_board.made, MANY);
-    EXPECT_EQ(own_board.shown, MANY);
+    EXPECT_EQ(own_board.made, many);
+    EXPECT_EQ(own_board.shown, many);
     EXPECT_EQ(own_board.wrong, 0);
     EXPECT_EQ(own_board.headers, 1);
     EXPECT_EQ(own_board.strange_exchanges, 0);

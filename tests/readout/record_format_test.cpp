@@ -1,7 +1,6 @@
 // Goal: the formats are those of the co-processor's records, a format that does not cover its
 // record does not compile, and no flipped bit passes the checksum.
 #include "readout/render.hpp"
-#include "tests/platform/bitwise_crc.hpp"
 #include "tests/readout/golden_records.hpp"
 
 namespace

@@ -1,0 +1,157 @@
+// Processes for the tests of the true ring.
+#include "tests/ringbuffer/processes_fixture.hpp"
+
+#include "link/link.hpp"
+
+#include <sched.h>
+#include <sys/ipc.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/shm.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <new>
+
+namespace
+{
+
+constexpr unsigned LONGEST_LIFE = 300; // seconds
+constexpr int FAILED_CHILD = 99;
+
+bool has_namespace = false;
+
+bool key_is_free()
+{
+    return shmget(RINGBUFFER_KEY, 0, 0) < 0 && errno == ENOENT;
+}
+
+void remove_segment()
+{
+    const int id = shmget(RINGBUFFER_KEY, 0, 0);
+    if (id >= 0) {
+        shmctl(id, IPC_RMID, nullptr);
+    }
+}
+
+uint32_t mixed(uint32_t number, uint32_t place)
+{
+    uint32_t value = number * 2654435761U + place * 40503U;
+    value ^= value >> 15;
+    value *= 2246822519U;
+    return value ^ value >> 13;
+}
+
+uint16_t checksum_of(const RingRecord &record)
+{
+    uint8_t bytes[sizeof(record)];
+    memcpy(bytes, &record, sizeof(bytes));
+    return stm_crc16(bytes, sizeof(bytes) - 2);
+}
+
+} // namespace
+
+// The namespace belongs to this program and its children, and goes with them.
+void Processes::SetUpTestSuite()
+{
+    has_namespace = unshare(CLONE_NEWIPC) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWIPC) == 0;
+}
+
+void Processes::SetUp()
+{
+    if (!key_is_free()) {
+        GTEST_SKIP() << "key 5676 is taken or there is no shared memory (" << strerror(errno)
+                     << "), and a namespace for a segment of our own is "
+                     << (has_namespace ? "there" : "refused");
+    }
+    void *memory =
+        mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    board = new (memory) Board{};
+}
+
+void Processes::TearDown()
+{
+    if (board != nullptr) {
+        munmap(board, sizeof(Board));
+        remove_segment();
+    }
+}
+
+pid_t Processes::start(Work work, uint32_t number)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        alarm(LONGEST_LIFE);
+        work(*board, number);
+        _exit(0);
+    }
+    return child;
+}
+
+testing::AssertionResult Processes::ended_well(pid_t child)
+{
+    int status = 0;
+    if (child <= 0 || waitpid(child, &status, 0) != child) {
+        return testing::AssertionFailure() << "there is no such process";
+    }
+    if (WIFSIGNALED(status)) {
+        return testing::AssertionFailure() << "ended by signal " << WTERMSIG(status);
+    }
+    return WEXITSTATUS(status) == 0
+               ? testing::AssertionSuccess()
+               : testing::AssertionFailure() << "ended with status " << WEXITSTATUS(status);
+}
+
+RingRecord record_of(uint32_t number)
+{
+    RingRecord record = {};
+    uint8_t bytes[sizeof(record)];
+    for (uint32_t place = 0; place < sizeof(bytes); place += 4) {
+        const uint32_t word = mixed(number, place);
+        memcpy(bytes + place, &word, sizeof(word));
+    }
+    memcpy(&record, bytes, sizeof(record));
+    record.marker = 0x55;
+    record.rel_t = static_cast<int32_t>(number);
+    record.checksum = checksum_of(record);
+    return record;
+}
+
+bool is_accepted(const RingRecord &record)
+{
+    return record.checksum == checksum_of(record);
+}
+
+bool is_whole(const RingRecord &record)
+{
+    const RingRecord truth = record_of(static_cast<uint32_t>(record.rel_t));
+    return memcmp(&record, &truth, sizeof(truth)) == 0;
+}
+
+RingRecord copy_of(const RingRecord *slot)
+{
+    child_insists(slot != nullptr);
+    RingRecord record;
+    memcpy(&record, slot, sizeof(record));
+    return record;
+}
+
+bool is_slot_or_null(const RingRecord *slot)
+{
+    const auto distance =
+        reinterpret_cast<intptr_t>(slot) - reinterpret_cast<intptr_t>(stm_link.ring);
+    const bool is_slot = distance >= 0 && distance < 160 * 48 && distance % 48 == 0;
+    return slot == nullptr || is_slot;
+}
+
+void child_insists(bool condition)
+{
+    if (!condition) {
+        _exit(FAILED_CHILD);
+    }
+}
