@@ -62,9 +62,9 @@ TEST_F(Dialogue, records_the_calls_for_shared_memory_in_order)
 
 TEST_F(Dialogue, records_what_is_unusual_about_calls_for_shared_memory)
 {
-    shmget(12, 34, 0);
-    shmat(10, segment.data(), SHM_RDONLY);
-    shmctl(11, IPC_RMID, nullptr);
+    EXPECT_EQ(shmget(12, 34, 0), 9);
+    EXPECT_EQ(shmat(10, segment.data(), SHM_RDONLY), segment.data());
+    EXPECT_EQ(shmctl(11, IPC_RMID, nullptr), 0);
     EXPECT_TRUE(happened({"shmget 12 34 0", "shmat 10 at an address flags 010000", "shmctl 11 0"}));
 }
 

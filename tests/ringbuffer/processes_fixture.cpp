@@ -24,9 +24,14 @@ constexpr int FAILED_CHILD = 99;
 
 bool has_namespace = false;
 
-bool key_is_free()
+// Why the tests cannot be run here, null if they can.
+const char *obstacle()
 {
-    return shmget(RINGBUFFER_KEY, 0, 0) < 0 && errno == ENOENT;
+    if (shmget(RINGBUFFER_KEY, 0, 0) >= 0) {
+        return has_namespace ? "a test before has left its segment"
+                             : "no namespace is to be had, and outside of one key 5676 is taken";
+    }
+    return errno == ENOENT ? nullptr : strerror(errno);
 }
 
 void remove_segment()
@@ -62,10 +67,8 @@ void Processes::SetUpTestSuite()
 
 void Processes::SetUp()
 {
-    if (!key_is_free()) {
-        GTEST_SKIP() << "key 5676 is taken or there is no shared memory (" << strerror(errno)
-                     << "), and a namespace for a segment of our own is "
-                     << (has_namespace ? "there" : "refused");
+    if (const char *reason = obstacle()) {
+        GTEST_SKIP() << reason;
     }
     void *memory =
         mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -145,7 +148,7 @@ bool is_slot_or_null(const RingRecord *slot)
 {
     const auto distance =
         reinterpret_cast<intptr_t>(slot) - reinterpret_cast<intptr_t>(stm_link.ring);
-    const bool is_slot = distance >= 0 && distance < 160 * 48 && distance % 48 == 0;
+    const bool is_slot = distance >= 0 && distance < 7680 && distance % 48 == 0;
     return slot == nullptr || is_slot;
 }
 

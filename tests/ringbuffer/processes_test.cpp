@@ -193,10 +193,12 @@ void attach_second(Board &, uint32_t)
     child_insists(memcmp(&record, &expected, sizeof(record)) == 0);
 }
 
-// Waits until the reader has come to the last record of its batch, which was the newest.
-void wait_for_reader()
+// Waits until the reader has come to the last record of its batch, which was the newest, or has seen
+// enough, be it in the middle of a batch.
+void wait_for_reader(const Board &board)
 {
-    while (RingBuffer_NewValueAvailable(READER) != 0 || RingBuffer_GetValuesLeft(READER) > 1) {
+    while (board.stop == 0 &&
+           (RingBuffer_NewValueAvailable(READER) != 0 || RingBuffer_GetValuesLeft(READER) > 1)) {
         usleep(100);
     }
 }
@@ -215,7 +217,7 @@ void write_bursts(Board &board, uint32_t)
     for (uint32_t number = 1; board.stop == 0; ++number) {
         put(number);
         if (number % 40 == 0) {
-            wait_for_reader();
+            wait_for_reader(board);
         }
     }
 }

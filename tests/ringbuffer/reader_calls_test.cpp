@@ -132,6 +132,13 @@ TEST_F(RingCalls, come_in_a_fixed_order)
         {OPEN, LOOK, MARKED, FIRST, NEXT, LEFT, NEXT, LEFT, NEXT, LEFT, LOOK, no_look(2), CLOSE}));
 }
 
+TEST_F(RingCalls, begin_behind_the_csv_header)
+{
+    opened = {-1};
+    stm_ringbuffer_readout(CSV, poll, output);
+    EXPECT_TRUE(happened({HEADER, OPEN, say("Cannot open Ringbuffer for read\n")}));
+}
+
 TEST_F(RingCalls, begin_each_batch_with_a_mark)
 {
     available = {0, 1, 1, 0, 0, 1, -1};

@@ -1,11 +1,13 @@
 // The segment of the ring's tests.
 #include "tests/ringbuffer/ring_fixture.hpp"
 
+#include <cstddef>
 #include <cstring>
 #include <random>
 
 Ring::Ring()
 {
+    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): the same numbers each time
     std::mt19937 random(5676);
     for (uint8_t &byte : segment) {
         byte = static_cast<uint8_t>(random());
@@ -60,7 +62,8 @@ int32_t Ring::value(Field field) const
 int Ring::slot_number(const RingRecord *slot) const
 {
     for (int i = 0; i < SLOTS; ++i) {
-        if (reinterpret_cast<const uint8_t *>(slot) == segment.data() + SLOT_SIZE * i) {
+        if (reinterpret_cast<const uint8_t *>(slot) ==
+            segment.data() + std::ptrdiff_t{SLOT_SIZE} * i) {
             return i;
         }
     }

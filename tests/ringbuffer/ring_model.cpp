@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 namespace
 {
@@ -81,7 +82,8 @@ int model_put(Bytes &segment, int handle, int)
     if (handle != 1 || slot_or_none(index) < 0) {
         return -1;
     }
-    std::copy(MODEL_RECORD.begin(), MODEL_RECORD.end(), segment.begin() + 48 * index);
+    std::copy(MODEL_RECORD.begin(), MODEL_RECORD.end(),
+              segment.begin() + std::ptrdiff_t{48} * index);
     set_field(bytes, {WRITE_INDEX, index == 159 ? 0 : index + 1});
     const int32_t count = field_of(bytes, COUNT);
     set_field(bytes, {COUNT, count <= 158 ? count + 1 : count});
@@ -153,7 +155,7 @@ int number_of(const RingRecord *slot, const uint8_t *segment)
         return -1;
     }
     const auto distance = reinterpret_cast<intptr_t>(slot) - reinterpret_cast<intptr_t>(segment);
-    const bool is_slot = distance >= 0 && distance < SLOTS * SLOT_SIZE && distance % SLOT_SIZE == 0;
+    const bool is_slot = distance >= 0 && distance < 7680 && distance % SLOT_SIZE == 0;
     return is_slot ? static_cast<int>(distance / SLOT_SIZE) : ASTRAY;
 }
 
