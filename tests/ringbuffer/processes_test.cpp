@@ -193,8 +193,8 @@ void attach_second(Board &, uint32_t)
     child_insists(memcmp(&record, &expected, sizeof(record)) == 0);
 }
 
-// Waits until the reader has come to the last record of its batch, which was the newest, or has seen
-// enough, be it in the middle of a batch.
+// Waits until the reader has come to the last record of its batch, which was the newest, or has
+// seen enough, be it in the middle of a batch.
 void wait_for_reader(const Board &board)
 {
     while (board.stop == 0 &&
