@@ -178,8 +178,7 @@ class DisturbedProcesses : public Processes
             usleep(10'000);
         }
         board->stop = 1;
-        EXPECT_TRUE(ended_well(reader));
-        EXPECT_TRUE(ended_well(writer));
+        EXPECT_TRUE(ended_well({reader, writer}));
         kill_process(scribbler);
     }
 };

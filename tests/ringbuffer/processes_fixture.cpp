@@ -11,10 +11,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <new>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -57,6 +60,24 @@ uint16_t checksum_of(const RingRecord &record)
     return stm_crc16(bytes, sizeof(bytes) - 2);
 }
 
+// How a process has come to a bad end.
+std::string end_of(int status)
+{
+    if (WIFSIGNALED(status)) {
+        return "ended by signal " + std::to_string(WTERMSIG(status));
+    }
+    return WEXITSTATUS(status) == 0 ? ""
+                                    : "ended with status " + std::to_string(WEXITSTATUS(status));
+}
+
+void end_all(const std::vector<pid_t> &children)
+{
+    for (const pid_t child : children) {
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+}
+
 } // namespace
 
 // The namespace belongs to this program and its children, and goes with them.
@@ -96,18 +117,28 @@ pid_t Processes::start(Work work, uint32_t number)
     return child;
 }
 
-testing::AssertionResult Processes::ended_well(pid_t child)
+testing::AssertionResult Processes::ended_well(std::initializer_list<pid_t> children)
 {
-    int status = 0;
-    if (child <= 0 || waitpid(child, &status, 0) != child) {
-        return testing::AssertionFailure() << "there is no such process";
+    std::vector<pid_t> running = children;
+    while (!running.empty()) {
+        int status = 0;
+        const pid_t child = running.back();
+        const pid_t ended = waitpid(child, &status, WNOHANG);
+        if (ended == 0) {
+            std::rotate(running.begin(), running.end() - 1, running.end());
+            usleep(1000);
+            continue;
+        }
+        running.pop_back();
+        const std::string end = ended == child ? end_of(status) : "is not there";
+        if (!end.empty()) {
+            end_all(running);
+            return testing::AssertionFailure()
+                   << (child == *children.begin() ? "the first process " : "another process ")
+                   << end;
+        }
     }
-    if (WIFSIGNALED(status)) {
-        return testing::AssertionFailure() << "ended by signal " << WTERMSIG(status);
-    }
-    return WEXITSTATUS(status) == 0
-               ? testing::AssertionSuccess()
-               : testing::AssertionFailure() << "ended with status " << WEXITSTATUS(status);
+    return testing::AssertionSuccess();
 }
 
 RingRecord record_of(uint32_t number)

@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <initializer_list>
 
 // What test and children tell each other, beside the ring.
 struct Board {
@@ -42,8 +43,9 @@ class Processes : public testing::Test
     using Work = void (*)(Board &board, uint32_t start);
     pid_t start(Work work, uint32_t number = 1);
 
-    // Waits for the end of a process; true if it was a good one.
-    static testing::AssertionResult ended_well(pid_t child);
+    // Waits for the ends of all these processes; true if they were good ones. A bad one is the end
+    // of the others.
+    static testing::AssertionResult ended_well(std::initializer_list<pid_t> children);
 
     Board *board = nullptr;
 };

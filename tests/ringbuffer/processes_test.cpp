@@ -281,9 +281,9 @@ TEST_F(Processes, the_first_to_attach_has_made_the_segment_and_the_second_finds_
     EXPECT_EQ(status.shm_segsz, 7704U);
     EXPECT_EQ(status.shm_perm.mode & 0777U, 0666U);
     EXPECT_EQ(status.shm_nattch, 1U);
-    EXPECT_TRUE(ended_well(start(attach_second)));
+    EXPECT_TRUE(ended_well({start(attach_second)}));
     board->stop = 1;
-    EXPECT_TRUE(ended_well(first));
+    EXPECT_TRUE(ended_well({first}));
     EXPECT_EQ(shmget(5676, 7704, 0), id) << "the segment outlives its processes";
 }
 
@@ -291,8 +291,7 @@ TEST_F(Processes, a_million_records_arrive_whole_and_in_order_at_a_reader_that_k
 {
     const pid_t reader = start(read_many);
     const pid_t writer = start(write_many);
-    EXPECT_TRUE(ended_well(reader));
-    EXPECT_TRUE(ended_well(writer));
+    EXPECT_TRUE(ended_well({reader, writer}));
     EXPECT_EQ(board->broken, 0U);
     EXPECT_EQ(board->misplaced, 0U);
     EXPECT_EQ(board->fresh + board->skipped, MANY);
@@ -305,8 +304,7 @@ TEST_F(Processes, records_that_are_overwritten_under_a_lagging_reader_are_reject
 {
     const pid_t reader = start(read_what_is_left);
     const pid_t writer = start(write_without_a_pause);
-    EXPECT_TRUE(ended_well(writer));
-    EXPECT_TRUE(ended_well(reader));
+    EXPECT_TRUE(ended_well({reader, writer}));
     EXPECT_GT(board->fresh, LAGGING / 2);
     EXPECT_LE(board->broken, 1 + board->rejected / 1000);
     printf("%u records were whole, %u rejected, %u torn with a right checksum\n",
@@ -318,8 +316,7 @@ TEST_F(Processes, the_read_out_shows_each_record_that_another_process_puts_in_bu
 {
     const pid_t reader = start(show_what_comes);
     const pid_t writer = start(write_bursts);
-    EXPECT_TRUE(ended_well(reader));
-    EXPECT_TRUE(ended_well(writer));
+    EXPECT_TRUE(ended_well({reader, writer}));
     EXPECT_EQ(board->broken, 0U);
     EXPECT_GT(board->fresh, SHOWN_RECORDS - 50);
     EXPECT_EQ(board->reported, 1U);
