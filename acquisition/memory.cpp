@@ -4,6 +4,7 @@
 #include "link/link.hpp"
 #include "link/stm_com_funcs.h"
 
+#include <cstddef>
 #include <cstdio>
 
 namespace
@@ -66,7 +67,7 @@ uint32_t stm_read_top_block(uint8_t destination[48], StmPollFn poll, StmOutputFn
     uint32_t word = 0;
     for (int32_t i = 0; i < STM_TOP_BLOCK_WORDS; ++i) {
         word = stm_read_u32_be(static_cast<uint16_t>(STM_TOP_BLOCK_ADDR + 4 * i), poll, output);
-        put_le32(destination + 4 * i, word);
+        put_le32(destination + ptrdiff_t{4} * i, word);
     }
     return word;
 }

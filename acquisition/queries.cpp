@@ -13,7 +13,7 @@
 namespace
 {
 
-enum class Reply { first_byte, number16, number32, text };
+enum class Reply : uint8_t { first_byte, number16, number32, text };
 
 struct Query {
     uint8_t code;

@@ -9,6 +9,8 @@
 #include "readout/request.hpp"
 #include "readout/text_buffer.hpp"
 
+#include <cstddef>
+
 namespace
 {
 
@@ -20,7 +22,7 @@ static_assert(FRAME_SIZE == 1203 && FRAME_SIZE <= STM_BUFFER_SIZE);
 
 int32_t sample(int32_t index)
 {
-    return static_cast<int32_t>(get_le32(stm_link.rx_buffer + SAMPLES_AT + 4 * index));
+    return static_cast<int32_t>(get_le32(stm_link.rx_buffer + SAMPLES_AT + ptrdiff_t{4} * index));
 }
 
 uint16_t stored_checksum()

@@ -139,7 +139,7 @@ std::string BoardDirectory::make_files()
         {values_file(ValuesOf::answers), ""},
     };
     for (const auto &row : files) {
-        const std::string error = make_file(file(row.name), row.content);
+        std::string error = make_file(file(row.name), row.content);
         if (!error.empty()) {
             return error;
         }

@@ -61,7 +61,7 @@ std::optional<Wanted> wanted_of(const Command &command, ValuesOf kind)
 // Numbers may be written signed or unsigned, as long as their bits fit.
 bool numbers_fit(std::string_view value, const Wanted &wanted)
 {
-    const int64_t bits = 8 * wanted.width;
+    const int64_t bits = int64_t{8} * wanted.width;
     std::istringstream words{std::string(value)};
     int count = 0;
     for (std::string word; words >> word; ++count) {
@@ -154,7 +154,7 @@ std::string read_values(CommandValues &values, ValuesOf kind, const std::string 
         if (words.empty() || words.front() == '#') {
             continue;
         }
-        const std::string error = add_value(values, kind, words);
+        std::string error = add_value(values, kind, words);
         if (!error.empty()) {
             return error;
         }

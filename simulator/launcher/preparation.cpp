@@ -80,7 +80,7 @@ void set_for_emulator(std::vector<std::string> &emulator, const LoaderVariables 
 std::string add_answers(const BoardDirectory &directory, const CommandValues &fresh)
 {
     CommandValues answers;
-    const std::string error = directory.load(ValuesOf::answers, answers);
+    std::string error = directory.load(ValuesOf::answers, answers);
     if (!error.empty() || fresh.empty()) {
         return error;
     }

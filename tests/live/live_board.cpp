@@ -13,7 +13,7 @@ LiveBoard *running_board = nullptr;
 
 } // namespace
 
-LiveBoard::LiveBoard(simulator::Behaviour behaviour)
+LiveBoard::LiveBoard(const simulator::Behaviour &behaviour)
     : flash_(simulator::FLASH_SIZE), memory_(simulator::MEMORY_SIZE),
       coprocessor_({std::span<uint8_t, simulator::FLASH_SIZE>(flash_),
                     std::span<uint8_t, simulator::MEMORY_SIZE>(memory_)},

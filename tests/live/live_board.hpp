@@ -10,7 +10,7 @@
 class LiveBoard
 {
   public:
-    explicit LiveBoard(simulator::Behaviour behaviour);
+    explicit LiveBoard(const simulator::Behaviour &behaviour);
     ~LiveBoard();
     LiveBoard(const LiveBoard &) = delete;
     LiveBoard &operator=(const LiveBoard &) = delete;
