@@ -16,7 +16,7 @@ uint64_t allocations_so_far()
     return allocations;
 }
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef STM_SANITIZED
 
 // Not every compiler brings the header for this.
 extern "C" int __sanitizer_install_malloc_and_free_hooks(
