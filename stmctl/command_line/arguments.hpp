@@ -1,0 +1,41 @@
+// Declares what stands behind the name of a command: flags, options with a value, operands.
+//
+// All values are taken as words; numbers.hpp makes numbers of them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace CLI
+{
+class App;
+class Option;
+} // namespace CLI
+
+// What a shell may offer for a value, and whether it must be one of that.
+struct Offer {
+    std::vector<std::string> words;
+    bool files = false;
+    bool only_these = false;
+};
+
+Offer names_of_files();
+Offer some_of(std::vector<std::string> words);
+Offer one_of(std::vector<std::string> words);
+
+// names are as in "-y,--yes".
+void add_flag(CLI::App &command, const char *names, bool &value, const char *help);
+
+// A word that value holds by then is shown as the default.
+void add_option(CLI::App &command, const char *names, const char *value_name, std::string &value,
+                const char *help, const Offer &offer = {});
+
+enum class Presence { required, optional };
+
+void add_operand(CLI::App &command, const char *name, Presence presence, std::string &value,
+                 const char *help, const Offer &offer = {});
+void add_operands(CLI::App &command, const char *name, Presence presence,
+                  std::vector<std::string> &values, const char *help);
+
+// What was offered for an option or operand.
+const Offer &offer_for(const CLI::Option &option);

@@ -1,0 +1,176 @@
+// The table of commands, made into a command line.
+#include "stmctl/command_line/command_line.hpp"
+
+#include "stmctl/command_line/command.hpp"
+#include "stmctl/command_line/help_topics.hpp"
+#include "stmctl/process/failure.hpp"
+#include "stmctl/process/output.hpp"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using Words = std::vector<std::string>;
+
+struct CommandLine {
+    CLI::App app{"The everyday tool for the measuring board's co-processor.", "stmctl"};
+    std::map<const CLI::App *, Action> actions;
+};
+
+void declare_commands(CommandLine &line, CLI::App &parent, std::span<const Command> rows)
+{
+    parent.require_subcommand(1);
+    for (const Command &row : rows) {
+        CLI::App *command = parent.add_subcommand(row.name, row.summary);
+        command->set_help_flag("-h,--help", "show this text");
+        command->footer(fmt::format("Examples:\n{}", row.examples));
+        if (row.nested != nullptr) {
+            declare_commands(line, *command, row.nested());
+        } else {
+            line.actions[command] = row.declare(*command);
+        }
+    }
+}
+
+void declare(CommandLine &line)
+{
+    line.app.set_help_flag("-h,--help", "show this text; behind it a topic or a command may stand");
+    line.app.set_version_flag("--version", "stmctl " STMCTL_VERSION, "show stmctl's version");
+    line.app.footer(general_footer());
+    declare_commands(line, line.app, commands());
+}
+
+// Null if there is none.
+const Command *find_command(std::span<const Command> rows, const std::string &name)
+{
+    const auto found =
+        std::ranges::find_if(rows, [&](const Command &row) { return name == row.name; });
+    return found == rows.end() ? nullptr : &*found;
+}
+
+// CLI11 says no more than that one is required. The path is that of the commands so far.
+void expect_command(std::span<const Command> rows, std::span<const std::string> words,
+                    const std::string &path)
+{
+    if (words.empty()) {
+        throw Failure(ExitStatus::usage, fmt::format("no command; see {} --help", path));
+    }
+    if (words[0] == "--help" || words[0] == "-h" || words[0] == "--version") {
+        return;
+    }
+    if (words[0].starts_with('-')) {
+        throw Failure(
+            ExitStatus::usage,
+            fmt::format("no option '{}' in front of a command; see {} --help", words[0], path));
+    }
+    const Command *row = find_command(rows, words[0]);
+    if (row == nullptr) {
+        throw Failure(ExitStatus::usage,
+                      fmt::format("no command '{}'; see {} --help", words[0], path));
+    }
+    if (row->nested != nullptr) {
+        expect_command(row->nested(), words.subspan(1), fmt::format("{} {}", path, row->name));
+    }
+}
+
+bool asks_for_help(const std::string &word)
+{
+    return word == "--help" || word == "-h" || word == "help";
+}
+
+// "--help access" shows a topic, "--help flash" what "flash --help" does.
+// Returns whether a topic was shown.
+bool take_help_topic(Words &words)
+{
+    if (words.empty() || !asks_for_help(words[0])) {
+        return false;
+    }
+    words[0] = "--help";
+    if (words.size() != 2) {
+        return false;
+    }
+    if (const char *text = help_topic(words[1])) {
+        print(text);
+        return true;
+    }
+    if (find_command(commands(), words[1]) == nullptr) {
+        throw Failure(ExitStatus::usage,
+                      fmt::format("there is no help for '{}'; see stmctl --help", words[1]));
+    }
+    std::swap(words[0], words[1]);
+    return false;
+}
+
+// The command whose words they are; path gets its name, with those before it.
+const CLI::App *parsed_command(const CLI::App &app, std::string &path)
+{
+    const CLI::App *at = &app;
+    for (path = app.get_name(); !at->get_subcommands().empty();) {
+        at = at->get_subcommands().front();
+        path += ' ' + at->get_name();
+    }
+    return at;
+}
+
+// Returns whether there is something to run: help and version are done with by then.
+bool parse(CommandLine &line, Words words)
+{
+    try {
+        std::ranges::reverse(words); // as CLI11 wants them
+        line.app.parse(words);
+        return true;
+    } catch (const CLI::CallForVersion &request) {
+        print(fmt::format("{}\n", request.what()));
+    } catch (const CLI::Success &) {
+        print(line.app.help());
+    } catch (const CLI::ExtrasError &) {
+        std::string path;
+        parsed_command(line.app, path);
+        const Words extras = line.app.remaining(true);
+        throw Failure(ExitStatus::usage,
+                      fmt::format("not expected: {}; see {} --help", fmt::join(extras, " "), path));
+    } catch (const CLI::ParseError &error) {
+        std::string path;
+        parsed_command(line.app, path);
+        throw Failure(ExitStatus::usage, fmt::format("{}; see {} --help", error.what(), path));
+    }
+    return false;
+}
+
+ExitStatus run(Words words)
+{
+    if (take_help_topic(words)) {
+        return ExitStatus::done;
+    }
+    expect_command(commands(), words, "stmctl");
+    CommandLine line;
+    declare(line);
+    if (!parse(line, std::move(words))) {
+        return ExitStatus::done;
+    }
+    std::string path;
+    return line.actions.at(parsed_command(line.app, path))();
+}
+
+} // namespace
+
+ExitStatus run_command_line(int argc, char **argv)
+{
+    try {
+        return run(Words(argv + std::min(argc, 1), argv + argc));
+    } catch (const Failure &failure) {
+        say(failure.what());
+        return failure.status();
+    } catch (const std::exception &error) {
+        say(error.what());
+        return ExitStatus::failed;
+    }
+}

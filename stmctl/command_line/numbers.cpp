@@ -1,0 +1,45 @@
+// Numbers as users type them.
+#include "stmctl/command_line/numbers.hpp"
+
+#include "link/stm_com_funcs.h"
+#include "stmctl/process/failure.hpp"
+
+#include <fmt/format.h>
+
+#include <cfloat>
+#include <charconv>
+#include <cmath>
+
+uint32_t parse_number(const std::string &text, std::string_view what, uint32_t least, uint32_t most)
+{
+    const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+    const char *begin = text.data() + (hexadecimal ? 2 : 0);
+    const char *end = text.data() + text.size();
+    uint32_t number = 0;
+    const auto [stop, error] = std::from_chars(begin, end, number, hexadecimal ? 16 : 10);
+    if (error != std::errc() || stop != end || number < least || number > most) {
+        throw Failure(ExitStatus::usage,
+                      fmt::format("{}: a number from {} to {}, not '{}'", what, least, most, text));
+    }
+    return number;
+}
+
+float parse_hundredths(const std::string &text, std::string_view what)
+{
+    constexpr double MOST = 655.35; // above it the low 16 bits would travel, another number
+    constexpr double SLACK = 1e-9;  // what binary fractions may lack of decimal ones
+    const char *end = text.data() + text.size();
+    double number = 0;
+    const auto [stop, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
+    if (error != std::errc() || stop != end || !(number >= 0) || !(number <= MOST)) {
+        throw Failure(ExitStatus::usage,
+                      fmt::format("{}: a number from 0 to 655.35, not '{}'", what, text));
+    }
+    // The module multiplies in single precision and cuts off: 655.35 would travel as 655.34.
+    const auto wanted = static_cast<uint32_t>(number * 100 + SLACK);
+    auto sent = static_cast<float>(wanted / 100.0);
+    while (stm_scale100(sent) < wanted) {
+        sent = std::nextafter(sent, FLT_MAX);
+    }
+    return sent;
+}

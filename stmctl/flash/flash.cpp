@@ -1,0 +1,181 @@
+// flash: an image into the co-processor's flash, and whether it is really there.
+#include "stmctl/command_line/arguments.hpp"
+#include "stmctl/command_line/command.hpp"
+#include "stmctl/command_line/numbers.hpp"
+#include "stmctl/flash/download_progress.hpp"
+#include "stmctl/flash/image_file.hpp"
+#include "stmctl/module/device.hpp"
+#include "stmctl/module/operation.hpp"
+#include "stmctl/process/failure.hpp"
+#include "stmctl/process/output.hpp"
+#include "stmctl/process/terminal.hpp"
+
+#include <fmt/format.h>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace
+{
+
+struct Region {
+    const char *name;
+    const char *words;
+    uint32_t address;
+    uint32_t size;
+    const char *next; // what to do when it is written
+};
+
+constexpr uint32_t FLASH_SIZE = 512 * 1024;
+constexpr uint32_t BOOTER_SIZE = STM_FLASH_FIRMWARE_ADDR - STM_FLASH_BOOTER_ADDR;
+constexpr Region REGIONS[] = {
+    {"firmware", "firmware", STM_FLASH_FIRMWARE_ADDR, FLASH_SIZE - BOOTER_SIZE,
+     "; stmctl reset starts it"},
+    {"booter", "boot loader", STM_FLASH_BOOTER_ADDR, BOOTER_SIZE, ""},
+};
+constexpr std::chrono::milliseconds PAUSE_BEFORE_RETRY(1000);
+
+struct FlashOptions {
+    std::string region;
+    std::string file;
+    std::string limit;
+    std::string retries = "0";
+    bool yes = false;
+    DeviceOptions device;
+};
+
+const Region &region_named(const std::string &name)
+{
+    return name == REGIONS[0].name ? REGIONS[0] : REGIONS[1];
+}
+
+// A boot loader that does not work leaves no way to load another one.
+void ask_before_boot_loader(const FlashOptions &options, const ImageFile &image)
+{
+    if (options.yes) {
+        return;
+    }
+    if (!is_terminal(STDIN_FILENO)) {
+        throw Failure(ExitStatus::usage,
+                      "flash booter: nobody can be asked without a terminal; --yes goes on");
+    }
+    print(fmt::format("Replace the boot loader by {} ({} bytes)? A wrong one leaves no way to load "
+                      "another.\nType yes to go on: ",
+                      options.file, image.size()));
+    flush_output();
+    char answer[16] = {};
+    const bool typed = wait_for_input() && fgets(answer, sizeof(answer), stdin) != nullptr;
+    if (!typed) {
+        print("\n");
+    }
+    if (!typed || std::string_view(answer) != "yes\n") {
+        throw Failure(ExitStatus::stopped, "flash booter: nothing was written, only yes goes on");
+    }
+}
+
+// The download that runs, for the poll callback, which is a plain function.
+DownloadSteps *running = nullptr;
+
+// Kept away from the module: it takes its stop line for an acknowledge here. There is no way out of
+// a download but the end of the process; the co-processor waits for a new one then.
+int leave_when_stopped(char *)
+{
+    if (stop_requested()) {
+        leave_live_line();
+        say(fmt::format("flash incomplete {}: stopped by the user; load the image again",
+                        running->place()));
+        finish_output(ExitStatus::stopped);
+        _exit(static_cast<int>(ExitStatus::stopped));
+    }
+    return 0;
+}
+
+// Returns what failed; empty if the image is in the flash.
+std::string download(ImageFile &image, const Region &region, double &seconds)
+{
+    DownloadSteps steps(image.size());
+    DownloadProgress progress;
+    running = &steps;
+    const Outcome outcome = perform(
+        [&](StmPollFn poll, StmOutputFn output) {
+            stm_download_image(image.rewound(), region.address, poll, output);
+            return 0;
+        },
+        [&](const char *text, int) {
+            if (steps.take(text)) {
+                progress.show(steps);
+            }
+        },
+        leave_when_stopped);
+    progress.end();
+    seconds = progress.seconds();
+    return steps.is_complete() && outcome.failures.empty() ? ""
+                                                           : steps.what_failed(outcome.failures);
+}
+
+// Before another attempt the co-processor must forget the frame that it may be waiting for.
+void prepare_retry(uint32_t attempt, uint32_t attempts, const std::string &failed)
+{
+    say(fmt::format("attempt {} of {} failed {}; trying again", attempt, attempts, failed));
+    if (!wait_unless_stopped(PAUSE_BEFORE_RETRY)) {
+        throw Failure(ExitStatus::stopped,
+                      fmt::format("flash incomplete {}; stopped by the user", failed));
+    }
+    const Outcome outcome = perform([](StmPollFn, StmOutputFn) {
+        stm_sync_transfer();
+        return 0;
+    });
+    for (const Report &report : outcome.failures) {
+        say(report.sentence());
+    }
+}
+
+ExitStatus flash(const FlashOptions &options)
+{
+    const Region &region = region_named(options.region);
+    const uint32_t limit =
+        options.limit.empty() ? region.size : parse_number(options.limit, "--limit", 1, UINT32_MAX);
+    const uint32_t attempts = 1 + parse_number(options.retries, "--retries", 0, 1000);
+    ImageFile image(options.file, limit);
+    if (region.address == STM_FLASH_BOOTER_ADDR) {
+        ask_before_boot_loader(options, image);
+    }
+    const Device device(options.device);
+    for (uint32_t attempt = 1;; ++attempt) {
+        double seconds = 0;
+        const std::string failed = download(image, region, seconds);
+        if (failed.empty()) {
+            print(fmt::format("{} bytes of {} written to 0x{:08X} in {:.2f} s, {}{}\n",
+                              image.size(), region.words, region.address, seconds,
+                              rate_words(image.size(), seconds), region.next));
+            flush_output();
+            if (output_failed() && status_of_failed_output() != ExitStatus::done) {
+                say("flash: all bytes are written");
+            }
+            return ExitStatus::done;
+        }
+        if (attempt == attempts) {
+            throw Failure(ExitStatus::failed, fmt::format("flash incomplete {}", failed));
+        }
+        prepare_retry(attempt, attempts, failed);
+    }
+}
+
+} // namespace
+
+Action declare_flash(CLI::App &command)
+{
+    auto options = std::make_shared<FlashOptions>();
+    add_operand(command, "REGION", Presence::required, options->region, "what the image is",
+                one_of({REGIONS[0].name, REGIONS[1].name}));
+    add_operand(command, "FILE", Presence::required, options->file, "the image", names_of_files());
+    add_flag(command, "-y,--yes", options->yes, "write a boot loader without asking");
+    add_option(command, "--limit", "BYTES", options->limit,
+               "most bytes that the image may have (firmware 507904, booter 16384)");
+    add_option(command, "--retries", "N", options->retries,
+               "try so many times again after a failure");
+    add_device_options(command, options->device);
+    return [options] { return flash(*options); };
+}

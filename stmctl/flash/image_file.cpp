@@ -1,0 +1,74 @@
+// An image, looked at before the device is touched.
+#include "stmctl/flash/image_file.hpp"
+
+#include "stmctl/process/failure.hpp"
+
+#include <fmt/format.h>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace
+{
+
+[[noreturn]] void refuse(const std::string &path, const std::string &why)
+{
+    throw Failure(ExitStatus::failed, fmt::format("{}: {}", path, why));
+}
+
+// A pipe would keep an open without O_NONBLOCK waiting.
+int open_to_read(const std::string &path)
+{
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) {
+        refuse(path, strerror(errno));
+    }
+    return descriptor;
+}
+
+} // namespace
+
+ImageFile::ImageFile(const std::string &path, uint32_t limit)
+{
+    const int descriptor = open_to_read(path);
+    const File file(fdopen(descriptor, "rb"));
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        refuse(path, "not a regular file");
+    }
+    if (status.st_size == 0) {
+        refuse(path, "the file is empty");
+    }
+    if (static_cast<uint64_t>(status.st_size) > limit) {
+        refuse(path, fmt::format("{} bytes, but at most {} fit", status.st_size, limit));
+    }
+    size_ = static_cast<uint32_t>(status.st_size);
+    copy(file.get(), path);
+}
+
+void ImageFile::copy(FILE *file, const std::string &path)
+{
+    file_.reset(fdopen(memfd_create("image", MFD_CLOEXEC), "w+b"));
+    size_t copied = 0;
+    char piece[4096];
+    while (const size_t size = fread(piece, 1, sizeof(piece), file)) {
+        copied += file_ ? fwrite(piece, 1, size, file_.get()) : 0;
+    }
+    if (ferror(file) != 0 || !file_ || fflush(file_.get()) != 0) {
+        refuse(path, strerror(errno));
+    }
+    if (copied != size_) {
+        refuse(path, "it changed while it was read");
+    }
+}
+
+FILE *ImageFile::rewound()
+{
+    std::rewind(file_.get());
+    return file_.get();
+}

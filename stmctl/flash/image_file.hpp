@@ -1,0 +1,32 @@
+// An image, looked at before the device is touched, and copied: a file that somebody writes during
+// the download would end up as half of each.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+class ImageFile
+{
+  public:
+    // Throws a Failure unless it is a regular file that can be read and has 1 to limit bytes.
+    ImageFile(const std::string &path, uint32_t limit);
+
+    uint32_t size() const { return size_; }
+
+    // At its start.
+    FILE *rewound();
+
+  private:
+    struct Closer {
+        void operator()(FILE *file) const { fclose(file); }
+    };
+
+    using File = std::unique_ptr<FILE, Closer>;
+
+    void copy(FILE *file, const std::string &path);
+
+    File file_;
+    uint32_t size_ = 0;
+};

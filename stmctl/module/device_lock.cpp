@@ -1,0 +1,96 @@
+// An advisory lock on the device, and who holds it.
+#include "stmctl/module/device_lock.hpp"
+
+#include "stmctl/process/failure.hpp"
+#include "stmctl/process/output.hpp"
+#include "stmctl/process/stop.hpp"
+
+#include <fmt/format.h>
+
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace
+{
+
+// The command line of a process, its words separated by blanks.
+std::string command_of(long pid)
+{
+    std::ifstream file(fmt::format("/proc/{}/cmdline", pid));
+    std::string words;
+    std::getline(file, words, '\n');
+    while (words.ends_with('\0')) {
+        words.pop_back();
+    }
+    std::ranges::replace(words, '\0', ' ');
+    const size_t name = words.find(' ');
+    const size_t slash = words.rfind('/', std::min(name, words.size()));
+    return slash == std::string::npos ? words : words.substr(slash + 1);
+}
+
+// "1: FLOCK  ADVISORY  WRITE 1234 08:01:5678 0 EOF", for the file with this device and number.
+long holder_in(const std::string &line, const std::string &file)
+{
+    std::istringstream words(line);
+    std::string number;
+    std::string kind;
+    std::string skipped;
+    std::string locked;
+    long pid = 0;
+    words >> number >> kind >> skipped >> skipped >> pid >> locked;
+    return words && kind == "FLOCK" && locked == file ? pid : 0;
+}
+
+std::string holder(int descriptor)
+{
+    struct stat status = {};
+    fstat(descriptor, &status);
+    const std::string file =
+        fmt::format("{:02x}:{:02x}:{}", major(status.st_dev), minor(status.st_dev), status.st_ino);
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);) {
+        if (const long pid = holder_in(line, file); pid > 0) {
+            return fmt::format("process {} ({})", pid, command_of(pid));
+        }
+    }
+    return "another process";
+}
+
+bool try_lock(int descriptor, const char *name)
+{
+    if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
+        return true;
+    }
+    if (errno != EWOULDBLOCK && errno != EINTR) {
+        throw Failure(ExitStatus::failed, fmt::format("cannot lock {}: {}", name, strerror(errno)));
+    }
+    return false;
+}
+
+} // namespace
+
+void lock_device(int descriptor, const char *name, bool wait)
+{
+    if (try_lock(descriptor, name)) {
+        return;
+    }
+    if (!wait) {
+        throw Failure(ExitStatus::failed, fmt::format("{} is in use by {}; --wait waits for it",
+                                                      name, holder(descriptor)));
+    }
+    say(fmt::format("waiting for {}", holder(descriptor)));
+    // A wait in flock would miss an interrupt that comes just before it.
+    while (!try_lock(descriptor, name)) {
+        if (!wait_unless_stopped(std::chrono::milliseconds(100))) {
+            throw Failure(ExitStatus::stopped, fmt::format("stopped while waiting for {}", name));
+        }
+    }
+}

@@ -1,0 +1,32 @@
+// Runs one operation of the module, and tells all that came of it.
+#pragma once
+
+#include "link/stm_com_funcs.h"
+#include "stmctl/module/reports.hpp"
+#include "stmctl/process/stop.hpp"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+struct Outcome {
+    int32_t result = 0;             // what the operation returned
+    std::vector<std::string> texts; // what went to the output callback, if no sink took it
+    std::vector<Report> failures;   // what went to perror
+    bool timed_out = false;         // the module reported a time-out
+    bool stopped = false;           // by the user
+    bool cut_off = false;           // by the stop line, whatever it was handed out for
+};
+
+using Operation = std::function<int32_t(StmPollFn poll, StmOutputFn output)>;
+
+// Takes the texts of an operation in place of Outcome::texts; time-outs are noticed all the same.
+// It and the poll callback may throw: the operation is stopped by then, and the exception goes on
+// behind it.
+using Sink = std::function<void(const char *text, int more)>;
+
+// What is neither a report nor expected on standard error goes on there.
+Outcome perform(const Operation &operation, const Sink &sink = {}, StmPollFn poll = poll_for_stop);
+
+// Throws a Failure, "NAME: why", for a failing exchange, a time-out or a stop.
+void check(const Outcome &outcome, const std::string &name);

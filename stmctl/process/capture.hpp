@@ -1,0 +1,22 @@
+// Catches what goes to standard error.
+//
+// The module tells failing exchanges to perror only, and many of its operations return nothing:
+// what stands on standard error afterwards is the one sign that something went wrong.
+#pragma once
+
+#include <string>
+
+class Capture
+{
+  public:
+    Capture();
+    ~Capture(); // what was not taken by then goes on to standard error
+    Capture(const Capture &) = delete;
+    Capture &operator=(const Capture &) = delete;
+
+    // Takes what was caught since the last call; endless runs do so now and then.
+    std::string take();
+};
+
+// Where standard error really goes, captured or not.
+int error_descriptor();

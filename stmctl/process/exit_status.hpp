@@ -1,0 +1,10 @@
+// What stmctl's exit statuses mean; "stmctl --help status" tells users.
+#pragma once
+
+enum class ExitStatus {
+    done = 0,      // also an endless run that its user has ended
+    failed = 1,    // standard error says why
+    usage = 2,     // the command line makes no sense; nothing was begun
+    stopped = 3,   // ended by the user before the work was done
+    not_there = 4, // the device or the segment
+};

@@ -1,0 +1,194 @@
+// The user's wish to end what runs.
+#include "stmctl/process/stop.hpp"
+
+#include "link/stm_com_funcs.h"
+#include "stmctl/process/exit_status.hpp"
+#include "stmctl/process/output.hpp"
+#include "stmctl/process/terminal.hpp"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <string>
+
+namespace
+{
+
+constexpr int SIGNALS[] = {SIGINT, SIGTERM, SIGHUP};
+
+volatile sig_atomic_t signals_seen = 0;
+volatile sig_atomic_t interrupts_seen = 0; // those from the keyboard
+bool stop_typed = false;
+bool stop_delivered = false;
+bool input_ended = false;
+bool all_input = false; // is ours
+std::string typed;      // the line that is not complete yet
+
+// Others than those from the keyboard come twice without anybody wishing so, when a terminal is
+// closed for instance.
+void on_signal(int signal_number)
+{
+    signals_seen = 1;
+    if (signal_number != SIGINT) {
+        return;
+    }
+    interrupts_seen = interrupts_seen + 1;
+    if (interrupts_seen > 1) {
+        leave_live_line();
+        _exit(static_cast<int>(ExitStatus::stopped));
+    }
+}
+
+// Who began us with a signal ignored, as shells do for jobs in the background, keeps it so.
+void handle(int signal_number)
+{
+    struct sigaction action = {};
+    sigaction(signal_number, nullptr, &action);
+    if (action.sa_handler == SIG_IGN) {
+        return;
+    }
+    action = {};
+    action.sa_handler = on_signal;
+    // At the keyboard's, output is written whole, however long its reader takes; waits end all the
+    // same. Others end what blocks.
+    action.sa_flags = signal_number == SIGINT ? SA_RESTART : 0;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal_number, &action, nullptr);
+}
+
+// The first bytes that wait in a file, a socket or a pipe, and stay there. Returns how many.
+ssize_t peek_input(char *bytes, size_t size)
+{
+    const ssize_t in_file = pread(STDIN_FILENO, bytes, size, lseek(STDIN_FILENO, 0, SEEK_CUR));
+    const ssize_t peeked =
+        in_file < 0 ? recv(STDIN_FILENO, bytes, size, MSG_PEEK | MSG_DONTWAIT) : in_file;
+    int copy[2];
+    if (peeked >= 0 || pipe2(copy, O_CLOEXEC | O_NONBLOCK) != 0) {
+        return peeked;
+    }
+    const ssize_t in_pipe = tee(STDIN_FILENO, copy[1], size, SPLICE_F_NONBLOCK);
+    const ssize_t copied = in_pipe > 0 ? read(copy[0], bytes, size) : 0;
+    close(copy[0]);
+    close(copy[1]);
+    return copied;
+}
+
+void take_first_line_if_stop()
+{
+    constexpr size_t SIZE = sizeof(STM_STOP_LINE) - 1;
+    char first[SIZE];
+    if (peek_input(first, SIZE) == static_cast<ssize_t>(SIZE) &&
+        memcmp(first, STM_STOP_LINE, SIZE) == 0) {
+        stop_typed = read(STDIN_FILENO, first, SIZE) > 0;
+    }
+}
+
+void take_lines()
+{
+    for (size_t end = 0; (end = typed.find('\n')) != std::string::npos;) {
+        stop_typed = stop_typed || typed.compare(0, end + 1, STM_STOP_LINE) == 0;
+        typed.erase(0, end + 1);
+    }
+    constexpr size_t LONGEST_KEPT = 64; // a longer line is no stop line
+    typed.resize(std::min(typed.size(), LONGEST_KEPT));
+}
+
+void read_input()
+{
+    pollfd input = {STDIN_FILENO, POLLIN, 0};
+    if (poll(&input, 1, 0) <= 0) {
+        return;
+    }
+    char piece[256];
+    const ssize_t size = read(STDIN_FILENO, piece, sizeof(piece));
+    if (size > 0) {
+        typed.append(piece, static_cast<size_t>(size));
+        take_lines();
+    } else if (size == 0 || (errno != EINTR && errno != EAGAIN)) {
+        input_ended = true;
+    }
+}
+
+void look_at_input()
+{
+    if (isatty(STDIN_FILENO) == 0) {
+        all_input ? read_input() : take_first_line_if_stop();
+    } else if (tcgetpgrp(STDIN_FILENO) == getpgrp()) {
+        read_input(); // a job in the background would be stopped by it
+    }
+}
+
+} // namespace
+
+void watch_for_stop()
+{
+    for (const int signal_number : SIGNALS) {
+        handle(signal_number);
+    }
+}
+
+void take_all_input()
+{
+    all_input = true;
+}
+
+bool interrupted()
+{
+    return signals_seen != 0;
+}
+
+bool stop_requested()
+{
+    if (!interrupted() && !stop_typed && !input_ended) {
+        look_at_input();
+    }
+    return interrupted() || stop_typed;
+}
+
+bool wait_unless_stopped(std::chrono::milliseconds time)
+{
+    constexpr std::chrono::milliseconds STEP(50);
+    for (; time.count() > 0 && !stop_requested(); time -= STEP) {
+        usleep(static_cast<useconds_t>(std::chrono::microseconds(std::min(time, STEP)).count()));
+    }
+    return !stop_requested();
+}
+
+bool wait_for_input()
+{
+    // An interrupt between a look at it and the wait would be missed: it is let in by the wait.
+    sigset_t ours;
+    sigset_t before;
+    sigemptyset(&ours);
+    for (const int signal_number : SIGNALS) {
+        sigaddset(&ours, signal_number);
+    }
+    sigprocmask(SIG_BLOCK, &ours, &before);
+    pollfd input = {STDIN_FILENO, POLLIN, 0};
+    while (!interrupted() && ppoll(&input, 1, nullptr, &before) < 0 && errno == EINTR) {
+    }
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return !interrupted();
+}
+
+int poll_for_stop(char *line)
+{
+    if (!stop_requested()) {
+        return 0;
+    }
+    memcpy(line, STM_STOP_LINE, sizeof(STM_STOP_LINE));
+    stop_delivered = true;
+    return 1;
+}
+
+bool take_stop_delivered()
+{
+    const bool delivered = stop_delivered;
+    stop_delivered = false;
+    return delivered;
+}

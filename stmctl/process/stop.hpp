@@ -1,0 +1,30 @@
+// The user's wish to end what runs: the line "s" on standard input, or Ctrl-C; a second Ctrl-C
+// ends the process at once.
+//
+// Input that comes from no terminal often belongs to others, to the loop of a script that reads a
+// list for instance. Only runs that go on until they are stopped take all of it; others take the
+// line "s" if it comes first, and leave everything else where it is.
+#pragma once
+
+#include <chrono>
+
+void watch_for_stop();
+void take_all_input(); // not only from a terminal
+
+// Looks whether the wish has been uttered; it holds from then on.
+bool stop_requested();
+
+// The same by a signal alone: what is typed stays for whoever asked for it.
+bool interrupted();
+
+// Waits in a way that the wish ends. Returns false if it did.
+bool wait_unless_stopped(std::chrono::milliseconds time);
+
+// Waits until standard input can be read, without reading it. Returns false if an interrupt came.
+bool wait_for_input();
+
+// A poll callback (StmPollFn) that hands the module its stop line once the wish is there.
+int poll_for_stop(char *line);
+
+// Whether poll_for_stop has handed the stop line out since it was asked last.
+bool take_stop_delivered();

@@ -1,0 +1,296 @@
+// stmctl flash: it ends in 0 if, and only if, the image is in the flash, and says in one sentence
+// why it is not.
+#include "tests/stmctl/stmctl_bench.hpp"
+
+#include <sys/stat.h>
+
+#include <csignal>
+
+namespace
+{
+
+constexpr size_t FIRMWARE_OFFSET = 16384;
+
+class Flash : public StmctlBench
+{
+  protected:
+    void SetUp() override { write_file("image.bin", noise(5000, 9)); }
+
+    Result flash_with(const std::string &fault, const Words &more = {})
+    {
+        Words words = {"flash", "firmware", "image.bin"};
+        words.insert(words.end(), more.begin(), more.end());
+        return with_fault(fault, words);
+    }
+
+    // With this fault, it says why, and ends in 1.
+    void expect_incomplete(const std::string &fault, const std::string &why)
+    {
+        const Result result = flash_with(fault);
+        EXPECT_EQ(result.status, 1) << fault;
+        EXPECT_EQ(result.errors, "stmctl: flash incomplete " + why + "\n") << fault;
+        EXPECT_EQ(result.output.find("written"), std::string::npos) << fault;
+    }
+
+    void expect_flashed(const std::string &fault)
+    {
+        const Result result = flash_with(fault);
+        EXPECT_EQ(result.status, 0) << fault;
+        EXPECT_EQ(result.errors, "") << fault;
+        EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin")) << fault;
+    }
+
+    void expect_refused(const Words &words, int status, const std::string &sentence)
+    {
+        expect_failure(stmctl(words), status, sentence);
+        EXPECT_TRUE(transcript().empty()) << "the device is not touched";
+    }
+};
+
+TEST_F(Flash, shows_tenths_and_then_what_was_written_and_how_fast)
+{
+    EXPECT_EQ(says({"flash", "firmware", "image.bin"}),
+              " 20 %  1024 of 5000 bytes\n"
+              " 40 %  2048 of 5000 bytes\n"
+              " 60 %  3072 of 5000 bytes\n"
+              " 80 %  4096 of 5000 bytes\n"
+              "100 %  5000 of 5000 bytes\n"
+              "5000 bytes of firmware written to 0x08004000 in 0.09 s, 57.3 KiB/s; stmctl reset "
+              "starts it\n");
+    EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
+}
+
+TEST_F(Flash, shows_no_tenth_twice)
+{
+    write_file("image.bin", noise(30000, 4));
+    const std::string output = says({"flash", "firmware", "image.bin"});
+    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 10 + 1);
+}
+
+class SizeOf : public Flash, public testing::WithParamInterface<size_t>
+{
+};
+
+TEST_P(SizeOf, firmware_arrives_whole)
+{
+    write_file("image.bin", noise(GetParam(), 3));
+    EXPECT_EQ(stmctl({"flash", "firmware", "image.bin"}).status, 0);
+    EXPECT_TRUE(flash(FIRMWARE_OFFSET, GetParam()) == read_file("image.bin"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Firmware, SizeOf, testing::Values(1, 1023, 1024, 1025, 507904));
+
+TEST_F(Flash, boot_loader_goes_to_the_start_of_the_flash)
+{
+    write_file("image.bin", noise(16384, 5));
+    const Result result = stmctl({"flash", "booter", "image.bin", "--yes"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.output.find("16384 bytes of boot loader written to 0x08000000"),
+              std::string::npos);
+    EXPECT_TRUE(flash(0, 16384) == read_file("image.bin"));
+    EXPECT_EQ(flash(FIRMWARE_OFFSET, 1024), Bytes(1024, 0xFF));
+}
+
+TEST_F(Flash, boot_loader_is_not_written_where_nobody_can_be_asked)
+{
+    const Result result = in_shell({"flash", "booter", "image.bin"}, "</dev/null");
+    expect_failure(result, 2,
+                   "flash booter: nobody can be asked without a terminal; --yes goes on");
+    EXPECT_TRUE(transcript().empty());
+}
+
+TEST_F(Flash, file_is_looked_at_before_the_device)
+{
+    write_file("empty.bin", {});
+    write_file("large.bin", noise(507905, 1));
+    write_file("large-booter.bin", noise(16385, 1));
+    mkfifo(path("pipe").c_str(), 0600);
+    expect_refused({"flash", "firmware", "no.bin"}, 1, "no.bin: No such file or directory");
+    expect_refused({"flash", "firmware", "empty.bin"}, 1, "empty.bin: the file is empty");
+    expect_refused({"flash", "firmware", "."}, 1, ".: not a regular file");
+    expect_refused({"flash", "firmware", "pipe"}, 1, "pipe: not a regular file");
+    expect_refused({"flash", "firmware", "large.bin"}, 1,
+                   "large.bin: 507905 bytes, but at most 507904 fit");
+    expect_refused({"flash", "booter", "large-booter.bin", "--yes"}, 1,
+                   "large-booter.bin: 16385 bytes, but at most 16384 fit");
+}
+
+TEST_F(Flash, limit_replaces_that_of_the_region)
+{
+    expect_refused({"flash", "firmware", "image.bin", "--limit", "4999"}, 1,
+                   "image.bin: 5000 bytes, but at most 4999 fit");
+    EXPECT_EQ(stmctl({"flash", "firmware", "image.bin", "--limit", "0x1388"}).status, 0);
+    EXPECT_EQ(stmctl({"flash", "firmware", "image.bin", "--limit", "4294967295"}).status, 0);
+    write_file("image.bin", noise(16385, 1));
+    const Result result = stmctl({"flash", "booter", "image.bin", "--yes", "--limit", "99999"});
+    EXPECT_EQ(result.status, 1) << "the co-processor has the last word";
+    EXPECT_EQ(result.errors, "stmctl: flash incomplete at the header: address error, the "
+                             "co-processor does not take this address or size\n");
+}
+
+TEST_F(Flash, words_that_make_no_sense_are_refused)
+{
+    expect_refused({"flash", "firmware", "image.bin", "--limit", "0"}, 2,
+                   "--limit: a number from 1 to 4294967295, not '0'");
+    expect_refused({"flash", "firmware", "image.bin", "--retries", "x"}, 2,
+                   "--retries: a number from 0 to 1000, not 'x'");
+    expect_refused({"flash", "nonsense", "image.bin"}, 2,
+                   "REGION: nonsense not in {firmware,booter}; see stmctl flash --help");
+    expect_refused({"flash", "firmware"}, 2, "FILE is required; see stmctl flash --help");
+}
+
+constexpr char AT_MODE[] = "at the mode command: ";
+constexpr char AT_HEADER[] = "at the header: ";
+constexpr char AT_BLOCK_3[] = "at block 3, after 3072 of 5000 bytes: ";
+
+class WithoutAcknowledge : public Flash,
+                           public testing::WithParamInterface<std::pair<const char *, const char *>>
+{
+};
+
+TEST_P(WithoutAcknowledge, says_why_at_every_step)
+{
+    const auto &[fault, why] = GetParam();
+    const std::string name = fault;
+    expect_incomplete(name + "@mode", std::string(AT_MODE) + why);
+    expect_incomplete(name + "@header", std::string(AT_HEADER) + why);
+    expect_incomplete(name + "@3", std::string(AT_BLOCK_3) + why);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, WithoutAcknowledge,
+    testing::Values(
+        std::pair("bus-inactive", "the bus is inactive, no co-processor drives it"),
+        std::pair("silence", "time-out, no acknowledge within 16.5 seconds"),
+        std::pair("checksum-error",
+                  "checksum error, the co-processor got other bytes than were sent"),
+        std::pair("address-error",
+                  "address error, the co-processor does not take this address or size")));
+
+TEST_F(Flash, dead_board_is_told_at_the_mode_command)
+{
+    expect_incomplete("bus-inactive",
+                      "at the mode command: the bus is inactive, no co-processor drives it");
+    expect_incomplete("silence", "at the mode command: time-out, no acknowledge within 16.5 "
+                                 "seconds");
+}
+
+TEST_F(Flash, failing_exchange_is_told_for_every_step)
+{
+    const std::string error = " failed: Input/output error";
+    const std::string acknowledge = "asking for the acknowledge" + error;
+    expect_incomplete("exchange@2", AT_MODE + ("sending the command" + error));
+    expect_incomplete("exchange@3", AT_MODE + acknowledge);
+    expect_incomplete("exchange@4", AT_HEADER + ("sending the header" + error));
+    expect_incomplete("exchange@5", AT_HEADER + acknowledge);
+    expect_incomplete("exchange@6", "at block 0, after 0 of 5000 bytes: sending the data" + error);
+    expect_incomplete("exchange@7=ESHUTDOWN",
+                      "at block 0, after 0 of 5000 bytes: asking for the acknowledge failed: "
+                      "Cannot send after transport endpoint shutdown");
+    expect_incomplete("exchange@14",
+                      "at block 4, after 4096 of 5000 bytes: sending the data" + error);
+    expect_incomplete("exchange@15", "at block 4, after 4096 of 5000 bytes: " + acknowledge);
+}
+
+TEST_F(Flash, link_that_cannot_be_synchronised_ends_it_before_it_begins)
+{
+    expect_failure(flash_with("exchange@1"), 1,
+                   "synchronising the link failed: Input/output error");
+    EXPECT_EQ(transcript().size(), 1U);
+}
+
+TEST_F(Flash, odd_status_is_an_acknowledge_or_none)
+{
+    expect_flashed("status@mode=0xF2");
+    expect_flashed("status@2=0xFE");
+    expect_incomplete("status@3=0xEF",
+                      std::string(AT_BLOCK_3) + "time-out, no acknowledge within 16.5 seconds");
+}
+
+TEST_F(Flash, late_but_in_time_is_good)
+{
+    expect_flashed("late=20");
+    expect_flashed("late@header=1499");
+    expect_incomplete("late@header=1500",
+                      std::string(AT_HEADER) + "time-out, no acknowledge within 16.5 seconds");
+}
+
+TEST_F(Flash, refused_clock_is_a_warning)
+{
+    const Result result = flash_with("speed-refused");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "stmctl: the device refused the clock of 6 MHz: Invalid argument; "
+                             "going on with the device's own\n");
+    EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
+}
+
+TEST_F(Flash, retries_begin_again_from_the_start)
+{
+    const Result result = flash_with("exchange@9", {"--retries", "1"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors,
+              "stmctl: attempt 1 of 2 failed at block 1, after 1024 of 5000 bytes: asking for the "
+              "acknowledge failed: Input/output error; trying again\n");
+    EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
+    EXPECT_EQ(transcript().at(9).note, "synchronised");
+    EXPECT_GE(transcript().at(9).microseconds - transcript().at(8).microseconds, 1'000'000);
+}
+
+TEST_F(Flash, link_that_cannot_be_synchronised_before_another_attempt_is_told)
+{
+    const Result result = stmctl({"flash", "firmware", "image.bin", "--retries", "1"},
+                                 {"--fault", "exchange@9", "--fault", "exchange@10"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors,
+              "stmctl: attempt 1 of 2 failed at block 1, after 1024 of 5000 bytes: asking for the "
+              "acknowledge failed: Input/output error; trying again\n"
+              "stmctl: synchronising the link failed: Input/output error\n");
+}
+
+TEST_F(Flash, retries_are_not_endless)
+{
+    const Result result = flash_with("checksum-error@0", {"--retries", "2"});
+    const std::string why = " at block 0, after 0 of 5000 bytes: checksum error, the co-processor "
+                            "got other bytes than were sent";
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "stmctl: attempt 1 of 3 failed" + why + "; trying again\n" +
+                                 "stmctl: attempt 2 of 3 failed" + why + "; trying again\n" +
+                                 "stmctl: flash incomplete" + why + "\n");
+}
+
+TEST_F(Flash, reader_that_goes_away_does_not_end_it)
+{
+    const Result result =
+        in_shell({"flash", "firmware", "image.bin"}, "| head -n 1; exit ${PIPESTATUS[0]}");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
+}
+
+TEST_F(Flash, progress_is_seen_while_it_goes_on)
+{
+    const pid_t pid = start(on_board_in_real_time({"--fault", "silence@2"},
+                                                  {program(), "flash", "firmware", "image.bin"}));
+    wait_for_lines(10);
+    EXPECT_EQ(read_text(".output"), " 20 %  1024 of 5000 bytes\n 40 %  2048 of 5000 bytes\n");
+    kill(pid, SIGKILL);
+    finish(pid);
+}
+
+TEST_F(Flash, full_disk_does_not_end_it_but_is_told)
+{
+    const Result result = in_shell({"flash", "firmware", "image.bin"}, ">/dev/full");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "stmctl: flash: all bytes are written\n"
+                             "stmctl: cannot write the output: No space left on device\n");
+    EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
+}
+
+TEST_F(Flash, missing_device_is_told_with_the_remedy)
+{
+    expect_failure(flash_with("no-device"), 4,
+                   "cannot open /dev/spidev1.0: No such file or directory; the system has no such "
+                   "SPI device, see stmctl --help access");
+}
+
+} // namespace

@@ -1,0 +1,142 @@
+// Two stmctl at once: one refuses or waits, and their dialogues do not mix.
+#include "tests/stmctl/stmctl_bench.hpp"
+
+#include <sys/wait.h>
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+namespace
+{
+
+class Lock : public StmctlBench
+{
+  protected:
+    Words on_silent_board(const Words &arguments)
+    {
+        Words command = {program()};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return on_board_in_real_time({"--fault", "silence"}, command);
+    }
+
+    // Starts one that holds the device for the 3 s of a time-out.
+    pid_t hold(const Words &arguments = {"get", "sampletime"})
+    {
+        const pid_t holder = start(on_silent_board(arguments));
+        wait_for_lines(3);
+        return holder;
+    }
+
+    // Runs another one beside it; the workbench's own files belong to the first.
+    Result beside(const Words &arguments, const std::string &before = "")
+    {
+        Words command = {program()};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const Words words = on_board_in_real_time({}, command);
+        // NOLINTNEXTLINE(cert-env33-c): words of our own
+        const int status = system(
+            (before + quoted(words) + ">" + path("output") + " 2>" + path("errors")).c_str());
+        return {WEXITSTATUS(status), read_text("output"), read_text("errors")};
+    }
+};
+
+TEST_F(Lock, the_second_refuses_and_names_the_first)
+{
+    const pid_t holder = hold();
+    const Result second = beside({"state"});
+    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.output, "");
+    EXPECT_EQ(second.errors.find("stmctl: /dev/spidev1.0 is in use by process "), 0U);
+    EXPECT_NE(second.errors.find("stmctl get sampletime); --wait waits for it\n"),
+              std::string::npos)
+        << second.errors;
+    kill(holder, SIGINT);
+    EXPECT_EQ(finish(holder).status, 3);
+}
+
+TEST_F(Lock, the_second_waits_when_told_and_the_dialogues_do_not_mix)
+{
+    const pid_t holder = hold();
+    const Result second = beside({"state", "--wait"});
+    EXPECT_EQ(second.status, 0);
+    EXPECT_EQ(second.output, "application (2)\n");
+    EXPECT_EQ(second.errors.find("stmctl: waiting for process "), 0U);
+    EXPECT_EQ(finish(holder).status, 1);
+    // The second has begun the transcript anew, while the first one was in the middle of its own.
+    std::vector<int> numbers;
+    for (const Line &line : transcript()) {
+        numbers.push_back(line.number);
+    }
+    ASSERT_GT(numbers.size(), 100U);
+    const auto second_begins = numbers.end() - 3;
+    EXPECT_EQ(std::vector<int>(second_begins, numbers.end()), (std::vector<int>{1, 2, 3}));
+    for (auto at = numbers.begin() + 1; at != second_begins; ++at) {
+        ASSERT_EQ(*at, *(at - 1) + 1) << "one dialogue goes on to its end";
+    }
+}
+
+TEST_F(Lock, waiting_ends_by_an_interrupt)
+{
+    const pid_t holder = hold();
+    const Result second = beside({"state", "--wait"}, "timeout -s INT --preserve-status 0.5 ");
+    EXPECT_EQ(second.status, 3);
+    EXPECT_NE(second.errors.find("stmctl: stopped while waiting for /dev/spidev1.0\n"),
+              std::string::npos);
+    kill(holder, SIGINT);
+    finish(holder);
+}
+
+TEST_F(Lock, waiting_ends_by_a_typed_s)
+{
+    const pid_t holder = hold();
+    const Result second = beside({"state", "--wait"}, "printf 's\\n' | ");
+    EXPECT_EQ(second.status, 3);
+    kill(holder, SIGINT);
+    finish(holder);
+}
+
+TEST_F(Lock, commands_without_the_device_do_not_care)
+{
+    const pid_t holder = hold();
+    EXPECT_EQ(beside({"list"}).status, 0);
+    EXPECT_EQ(beside({"set", "sampletime", "x"}).status, 2);
+    kill(holder, SIGINT);
+    finish(holder);
+}
+
+TEST_F(Lock, the_first_is_named_without_its_folder_but_with_its_operands)
+{
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "the first word is the emulator's";
+    }
+    write_file("image.bin", {1});
+    const pid_t holder = hold({"flash", "firmware", "./image.bin"});
+    const std::string said = beside({"state"}).errors;
+    EXPECT_EQ(said.substr(said.find('(')),
+              "(stmctl flash firmware ./image.bin); --wait waits for it\n");
+    kill(holder, SIGINT);
+    finish(holder);
+}
+
+TEST_F(Lock, locks_on_other_files_are_not_taken_for_it)
+{
+    write_file("other", {});
+    const pid_t holder = hold();
+    const std::string lock = "exec 8>" + path("other") + "; flock 8; ";
+    EXPECT_NE(beside({"state"}, lock).errors.find("stmctl get sampletime); --wait"),
+              std::string::npos);
+    kill(holder, SIGINT);
+    finish(holder);
+}
+
+TEST_F(Lock, the_second_goes_on_soon_after_the_first)
+{
+    const pid_t holder = hold({"text", "0"});
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(beside({"state", "--wait"}).status, 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(6));
+    finish(holder);
+}
+
+} // namespace

@@ -1,0 +1,115 @@
+// stmctl state, version, start and reset: what the co-processor runs, in words and numbers, and
+// never a default in place of an answer.
+#include "tests/stmctl/stmctl_bench.hpp"
+
+namespace
+{
+
+class State : public StmctlBench
+{
+};
+
+TEST_F(State, is_told_in_words_and_numbers)
+{
+    EXPECT_EQ(says({"state"}), "application (2)\n");
+    EXPECT_EQ(says({"state"}, {"--mode", "boot loader"}), "boot loader (1)\n");
+}
+
+TEST_F(State, version_is_told_in_words_and_numbers)
+{
+    EXPECT_EQ(says({"version"}), "boot loader 1.5 (5)\n");
+    EXPECT_EQ(says({"version"}, {"--version", "254"}), "boot loader 1.254 (254)\n");
+}
+
+TEST_F(State, start_and_reset_are_confirmed_by_the_mode)
+{
+    EXPECT_EQ(says({"start"}), "boot loader (1)\n");
+    EXPECT_EQ(says({"state"}), "boot loader (1)\n");
+    EXPECT_EQ(says({"reset"}), "application (2)\n");
+    EXPECT_EQ(says({"state"}), "application (2)\n");
+}
+
+TEST_F(State, what_can_only_be_a_default_is_no_answer)
+{
+    const std::string silent = " unknown: the answer is 0, nothing answers";
+    expect_failure(stmctl({"state"}, {"--mode", "unknown"}), 1, "state" + silent);
+    expect_failure(stmctl({"version"}, {"--version", "0"}), 1, "version" + silent);
+    expect_failure(with_fault("silence", {"state"}), 1, "state" + silent);
+    expect_failure(with_fault("silence", {"version"}), 1, "version" + silent);
+}
+
+TEST_F(State, an_undriven_line_is_no_answer)
+{
+    const std::string undriven = " unknown: the answer is 255, nobody drives the line";
+    expect_failure(with_fault("bus-inactive", {"state"}), 1, "state" + undriven);
+    expect_failure(with_fault("bus-inactive", {"version"}), 1, "version" + undriven);
+}
+
+TEST_F(State, start_and_reset_fail_if_the_mode_stays_another)
+{
+    expect_failure(with_fault("silence", {"start"}), 1,
+                   "start: sent, but the boot loader does not run: the mode is 0 (unknown)");
+    EXPECT_EQ(transcript().size(), 1U + 1U + 10 * 2U) << "the mode is asked for ten times";
+    expect_failure(with_fault("bus-inactive", {"reset"}), 1,
+                   "reset: sent, but the application does not run: the mode is 255 (unknown)");
+}
+
+TEST_F(State, failing_exchanges_are_told_for_every_step)
+{
+    const std::string sending = "sending the command failed: Input/output error";
+    const std::string fetching = "fetching the answer failed: Input/output error";
+    expect_failure(with_fault("exchange@1", {"state"}), 1,
+                   "synchronising the link failed: Input/output error");
+    expect_failure(with_fault("exchange@2", {"state"}), 1, "state: " + sending);
+    expect_failure(with_fault("exchange@3", {"state"}), 1, "state: " + fetching);
+    expect_failure(with_fault("exchange@2", {"version"}), 1, "version: " + sending);
+    expect_failure(with_fault("exchange@3", {"version"}), 1, "version: " + fetching);
+    expect_failure(with_fault("exchange@2", {"start"}), 1, "start: " + sending);
+    expect_failure(with_fault("exchange@3", {"start"}), 1,
+                   "start: sent, but not confirmed: " + sending);
+    expect_failure(with_fault("exchange@4", {"reset"}), 1,
+                   "reset: sent, but not confirmed: " + fetching);
+}
+
+TEST_F(State, a_refused_clock_is_a_warning)
+{
+    const Result result = with_fault("speed-refused", {"state"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "application (2)\n");
+    EXPECT_EQ(result.errors, "stmctl: the device refused the clock of 6 MHz: Invalid argument; "
+                             "going on with the device's own\n");
+}
+
+TEST_F(State, a_transcript_on_standard_error_is_passed_on_and_is_no_failure)
+{
+    const Result result = stmctl({"state"}, {"--transcript", "-"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "application (2)\n");
+    EXPECT_NE(result.errors.find("; mode asked for\n"), std::string::npos);
+    EXPECT_NE(result.errors.find("; answer\n"), std::string::npos);
+}
+
+TEST_F(State, a_device_that_cannot_be_opened_is_told_with_the_remedy)
+{
+    for (const char *command : {"state", "version", "start", "reset"}) {
+        expect_failure(with_fault("no-device", {command}), 4,
+                       "cannot open /dev/spidev1.0: No such file or directory; the system has no "
+                       "such SPI device, see stmctl --help access");
+        expect_failure(with_fault("no-device=EACCES", {command}), 4,
+                       "cannot open /dev/spidev1.0: Permission denied; your user needs the group "
+                       "spi, see stmctl --help access");
+        expect_failure(with_fault("no-device=EPERM", {command}), 4,
+                       "cannot open /dev/spidev1.0: Operation not permitted; your user needs the "
+                       "group spi, see stmctl --help access");
+        expect_failure(with_fault("no-device=ENXIO", {command}), 4,
+                       "cannot open /dev/spidev1.0: No such device or address; the system has no "
+                       "such SPI device, see stmctl --help access");
+        expect_failure(with_fault("no-device=ENODEV", {command}), 4,
+                       "cannot open /dev/spidev1.0: No such device; the system has no such SPI "
+                       "device, see stmctl --help access");
+        expect_failure(with_fault("no-device=EIO", {command}), 4,
+                       "cannot open /dev/spidev1.0: Input/output error; see stmctl --help access");
+    }
+}
+
+} // namespace

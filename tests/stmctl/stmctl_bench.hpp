@@ -1,0 +1,62 @@
+// A workbench with stmctl on it.
+#pragma once
+
+#include "tests/tool/workbench.hpp"
+
+#include <string>
+
+class StmctlBench : public Workbench
+{
+  protected:
+    static std::string program() { return TOOL_STMCTL; }
+
+    Words on_board_with(const Words &options, const Words &arguments)
+    {
+        Words command = {program()};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return on_board(options, command);
+    }
+
+    // With time counted; options are virtual-board's.
+    Result stmctl(const Words &arguments, const Words &options = {})
+    {
+        return run(on_board_with(options, arguments));
+    }
+
+    Result with_fault(const std::string &fault, const Words &arguments)
+    {
+        return stmctl(arguments, {"--fault", fault});
+    }
+
+    // Through a shell, with what stands behind the command: redirections, or a pipe.
+    Result in_shell(const Words &arguments, const std::string &behind, const Words &options = {})
+    {
+        return run({"bash", "-c", quoted(on_board_with(options, arguments)) + " " + behind});
+    }
+
+    static std::string quoted(const Words &words)
+    {
+        std::string line;
+        for (const std::string &word : words) {
+            line += "'" + word + "' ";
+        }
+        return line;
+    }
+
+    // What a command says that does what it is asked to.
+    std::string says(const Words &arguments, const Words &options = {})
+    {
+        const Result result = stmctl(arguments, options);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.errors, "");
+        return result.output;
+    }
+
+    // A command that does not, and all that it says of it.
+    static void expect_failure(const Result &result, int status, const std::string &sentence)
+    {
+        EXPECT_EQ(result.status, status) << sentence;
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors, "stmctl: " + sentence + "\n");
+    }
+};
