@@ -38,6 +38,34 @@ constexpr Command COMMANDS[] = {
      "  stmctl text 0x1F00\n"
      "  stmctl text 0x1F00 --write hello\n",
      declare_text},
+    {"records", "read measurement records",
+     "  stmctl records -n 200 --format csv -o records.csv\n"
+     "  stmctl records --variant temp --duration 5 --format jsonl\n"
+     "\n"
+     "Lost are records that are missing in rel_t, rejected ones among them. With one that is\n"
+     "rejected the rest of its block is lost. csv and jsonl leave out records whose nr is 0; hex\n"
+     "shows the first 48 bytes of a block for each of its records, and no losses.\n",
+     declare_records},
+    {"follow", "show the live stream of records",
+     "  stmctl follow --format csv --timestamps -o night.csv --keep-going\n"
+     "  stmctl follow --variant temp --format jsonl --duration 60\n"
+     "\n"
+     "What is counted is told by stmctl records --help.\n",
+     declare_follow},
+    {"adc", "read a frame of the converter's values",
+     "  stmctl adc --format csv\n"
+     "  stmctl adc -n 10 --format jsonl --timestamps\n",
+     declare_adc},
+    {"raw", "read 50 bytes that only the firmware understands; 48 are shown",
+     "  stmctl raw\n"
+     "  stmctl raw --format jsonl\n",
+     declare_raw},
+    {"watch", "watch how well the live stream of records goes",
+     "  stmctl watch\n"
+     "  stmctl watch --variant omega --duration 60 | tee watch.txt\n"
+     "\n"
+     "The fill is the highest since the line before; from 191 on a record counts as overflowing.\n",
+     declare_watch},
     {"completion", "print the completions for a shell",
      "  source <(stmctl completion bash)\n"
      "  stmctl completion bash >/etc/bash_completion.d/stmctl\n",

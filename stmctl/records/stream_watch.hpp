@@ -1,0 +1,32 @@
+// Shows how a stream of records goes: on a terminal in one line that refreshes itself, else in a
+// line each second and one for each event.
+#pragma once
+
+#include "stmctl/records/record_tally.hpp"
+
+#include <chrono>
+#include <string>
+
+class StreamWatch
+{
+  public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    explicit StreamWatch(RecordTally &tally);
+
+    void tick(Time now); // about as often as the module polls
+    void finish();
+
+  private:
+    void show_events();
+    void show_event(const std::string &event) const;
+    void show_line(Time now);
+
+    RecordTally &tally_;
+    RecordTally seen_;      // at the last look for events
+    RecordTally shown_;     // in the last line
+    bool overflow_ = false; // goes on
+    bool on_terminal_;
+    Time start_;
+    Time last_line_;
+};

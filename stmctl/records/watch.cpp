@@ -1,0 +1,56 @@
+// watch: how well the stream of records goes, as it goes.
+#include "stmctl/command_line/arguments.hpp"
+#include "stmctl/command_line/command.hpp"
+#include "stmctl/module/device.hpp"
+#include "stmctl/process/output.hpp"
+#include "stmctl/records/record_reader.hpp"
+#include "stmctl/records/record_stream.hpp"
+#include "stmctl/records/repetition.hpp"
+#include "stmctl/records/stream_watch.hpp"
+
+#include <memory>
+
+namespace
+{
+
+struct Options {
+    std::string variant = "temp";
+    RunOptions run;
+    DeviceOptions device;
+};
+
+ExitStatus watch(const Options &options)
+{
+    const Variant &variant = variant_named(options.variant);
+    const auto time = options.run.time();
+    const Device device(options.device);
+    RecordTally tally;
+    StreamWatch display(tally);
+    Run run(time, [&](auto now) { display.tick(now); });
+    RecordStream stream("watch", run, {}, options.run.keep_going, tally,
+                        [](const char *text) { return facts_of_text(text); });
+    const auto once = [&] {
+        return perform(
+            [&](StmPollFn poll, StmOutputFn output) {
+                variant.follow(READOUT_TEXT, poll, output); // with those that CSV leaves out
+                return 0;
+            },
+            stream.sink(), poll_run);
+    };
+    const Ending ending = repeat({"watch", options.run.keep_going, once}, run, tally);
+    display.finish();
+    return output_failed() ? status_of_failed_output() : status_of(ending, options.run, tally);
+}
+
+} // namespace
+
+Action declare_watch(CLI::App &command)
+{
+    auto options = std::make_shared<Options>();
+    add_option(command, "--variant", "VARIANT", options->variant, "kind of the records",
+               one_of(variant_names()));
+    add_duration(command, options->run);
+    add_keep_going(command, options->run);
+    add_device_options(command, options->device);
+    return [options] { return watch(*options); };
+}

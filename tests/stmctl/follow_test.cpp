@@ -1,0 +1,275 @@
+// follow: the live stream, until its user, a number or the time ends it; losses are counted.
+#include "tests/stmctl/record_bench.hpp"
+
+#include <csignal>
+
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <thread>
+
+namespace
+{
+
+class Follow : public RecordBench
+{
+  protected:
+    static Words rest(std::string format)
+    {
+        return {"--format", std::move(format), "--variant", "temp"};
+    }
+};
+
+TEST_F(Follow, as_many_are_shown_as_are_asked_for)
+{
+    for (const char *variant : {"base", "omega", "temp"}) {
+        const Result result =
+            stmctl({"follow", "-n", "500", "--format", "csv", "--variant", variant});
+        EXPECT_EQ(result.status, 0) << variant;
+        EXPECT_EQ(column(csv(result.output), "rel_t"), numbers(1, 500)) << variant;
+        EXPECT_EQ(result.errors, "stmctl: follow: 500 of 500 records, 0 lost, 0 rejected, 0 "
+                                 "overflowing\n");
+    }
+    EXPECT_EQ(count(stmctl({"follow", "-n", "7"}).output, " rel_t: "), 7U);
+    EXPECT_EQ(count(stmctl({"follow", "-n", "7", "--format", "hex"}).output, "Received"), 7U);
+}
+
+TEST_F(Follow, temperature_has_its_name_and_jsonl_agrees_with_csv)
+{
+    const Table lines =
+        csv(stmctl({"follow", "-n", "300", "--variant", "temp", "--format", "csv"}).output);
+    EXPECT_EQ(lines[0].at("temp"), "2350");
+    EXPECT_EQ(lines[0].count("omega_t"), 0U);
+    EXPECT_EQ(
+        jsonl(stmctl({"follow", "-n", "300", "--variant", "temp", "--format", "jsonl"}).output),
+        lines);
+}
+
+TEST_F(Follow, time_ends_it_and_it_is_done)
+{
+    const Result result =
+        stmctl({"follow", "--variant", "temp", "--duration", "10", "--format", "csv"});
+    EXPECT_EQ(result.status, 0);
+    const size_t records = csv(result.output).size();
+    EXPECT_GT(records, 9900U);
+    EXPECT_LE(records, 10000U);
+    EXPECT_NE(result.errors.find(" 0 lost, 0 rejected, 0 overflowing\n"), std::string::npos);
+    EXPECT_EQ(stmctl({"follow", "-n", "100000", "--duration", "1", "--variant", "temp"}).status, 1);
+}
+
+TEST_F(Follow, its_user_ends_it)
+{
+    const Result typed = in_shell({"follow", "--format", "csv"}, "< <(printf 's\\n')");
+    EXPECT_EQ(typed.status, 0);
+    EXPECT_EQ(typed.errors, "stmctl: follow: 0 records, 0 lost, 0 rejected, 0 overflowing\n");
+    EXPECT_EQ(in_shell({"follow", "-n", "5"}, "< <(printf 's\\n')").status, 3);
+    Words command = {program(), "follow", "--format", "csv", "--variant", "temp"};
+    std::filesystem::remove(path(".transcript"));
+    const pid_t pid = start(on_board_in_real_time({}, command));
+    wait_for_lines(300);
+    kill(pid, SIGINT);
+    const Result result = finish(pid);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output.back(), '\n');
+    const Table table = csv(result.output);
+    EXPECT_GT(table.size(), 10U);
+    EXPECT_EQ(column(table, "rel_t"), numbers(1, static_cast<int>(table.size())));
+}
+
+TEST_F(Follow, an_interrupt_leaves_the_output_whole_while_it_waits_for_its_reader)
+{
+    std::string words;
+    for (const std::string &word : on_board_with({}, {"follow", "--format", "csv"})) {
+        words += "'" + word + "' ";
+    }
+    const pid_t pid = start({"bash", "-c", "exec " + words + "> >(sleep 0.5; exec cat >slow.csv)"});
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    kill(pid, SIGINT);
+    const Result result = finish(pid);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    const std::string records = result.errors.substr(strlen("stmctl: follow: "));
+    for (int wait = 0; wait < 100 && !read_text("slow.csv").ends_with("\n"); ++wait) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    EXPECT_EQ(csv(read_text("slow.csv")).size(), std::stoul(records));
+}
+
+// Closing a terminal sends two.
+TEST_F(Follow, signals_of_others_end_it_cleanly_however_many_come)
+{
+    std::filesystem::remove(path(".transcript"));
+    const pid_t pid = start(on_board_in_real_time(
+        {}, {program(), "follow", "--format", "csv", "--variant", "temp", "-o", "file.csv"}));
+    wait_for_lines(300);
+    kill(pid, SIGHUP);
+    kill(pid, SIGHUP);
+    kill(pid, SIGTERM);
+    const Result result = finish(pid);
+    EXPECT_EQ(result.status, 0);
+    const Table table = csv(read_text("file.csv"));
+    EXPECT_EQ(column(table, "rel_t"), numbers(1, static_cast<int>(table.size())));
+    EXPECT_EQ(result.errors.find("stmctl: follow: " + std::to_string(table.size())), 0U);
+}
+
+TEST_F(Follow, what_comes_behind_the_wanted_number_does_not_count)
+{
+    const Result wanted = with_fault("flip@90", {"follow", "-n", "76", "--variant", "temp"});
+    EXPECT_EQ(wanted.status, 0);
+    EXPECT_EQ(wanted.errors,
+              "stmctl: follow: 76 of 76 records, 0 lost, 0 rejected, 0 overflowing\n");
+}
+
+TEST_F(Follow, a_rejected_record_is_a_failure_unless_its_user_has_ended_it)
+{
+    const Words follow = {"follow", "--variant", "temp", "--duration", "2"};
+    EXPECT_EQ(with_fault("flip@90", follow).status, 1);
+    const Result ended = in_shell({"follow", "--variant", "temp", "--rate", "x"}, "");
+    EXPECT_EQ(ended.status, 2);
+    const pid_t pid = start(on_board_in_real_time(
+        {"--fault", "flip@9"}, {program(), "follow", "--variant", "temp", "--format", "csv"}));
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    kill(pid, SIGINT);
+    const Result result = finish(pid);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.errors.find(" 1 rejected,"), std::string::npos) << result.errors;
+}
+
+// A script would hang.
+TEST_F(Follow, a_board_that_stays_silent_is_given_up_unless_it_is_to_keep_going)
+{
+    for (const char *command : {"follow", "records", "watch"}) {
+        const Result result = with_fault("silence", {command, "--duration", "60"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(count(result.errors, "nothing has come for 10 seconds; does the application run? "
+                                       "See stmctl state\n"),
+                  1U)
+            << result.errors;
+        EXPECT_LT(transcript().back().microseconds, 11'000'000);
+        EXPECT_GT(transcript().back().microseconds, 9'900'000);
+        with_fault("silence", {command, "--duration", "15", "--keep-going"});
+        EXPECT_GT(transcript().back().microseconds, 14'900'000);
+    }
+}
+
+TEST_F(Follow, rejected_records_are_no_silence)
+{
+    Words faults = {"--rate", "2"};
+    for (int record = 1; record <= 40; ++record) {
+        faults.insert(faults.end(), {"--fault", "flip@" + std::to_string(record)});
+    }
+    const Result result = stmctl({"follow", "--variant", "temp", "--duration", "15"}, faults);
+    EXPECT_EQ(count(result.errors, "nothing has come"), 0U) << result.errors;
+}
+
+TEST_F(Follow, a_termination_ends_a_blocked_output)
+{
+    const std::string command = quoted(on_board_with({}, {"follow", "--format", "csv"}));
+    const pid_t pid = start({"bash", "-c", "exec " + command + "> >(exec sleep 3)"});
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    const auto begin = std::chrono::steady_clock::now();
+    kill(pid, SIGTERM);
+    finish(pid);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+}
+
+TEST_F(Follow, a_slow_stream_is_no_silence)
+{
+    const Result slow = stmctl({"follow", "--duration", "10", "--format", "csv"}, {"--rate", "20"});
+    EXPECT_EQ(slow.status, 0);
+    EXPECT_EQ(count(slow.errors, "nothing comes"), 0U) << slow.errors;
+    EXPECT_NE(slow.errors.find(" time-outs\n"), std::string::npos);
+}
+
+// Block 1 has few records, the ones behind it come in blocks of twenty-odd.
+TEST_F(Follow, gaps_behind_rejected_records_are_counted)
+{
+    for (const char *format : {"csv", "jsonl", "text"}) {
+        const Result result = with_fault(
+            "flip@500", {"follow", "-n", "2000", "--variant", "temp", "--format", format});
+        EXPECT_EQ(result.status, 1) << format;
+        EXPECT_NE(result.errors.find("2000 of 2000 records, "), std::string::npos);
+        EXPECT_NE(result.errors.find(" 1 rejected, 0 overflowing\n"), std::string::npos);
+    }
+    const Result result =
+        with_fault("flip@500", {"follow", "-n", "2000", "--variant", "temp", "--format", "csv"});
+    const Words times = column(csv(result.output), "rel_t");
+    EXPECT_EQ(std::ranges::count(times, "499"), 1);
+    EXPECT_EQ(std::ranges::count(times, "500"), 0);
+    const std::string lost = std::to_string(std::stoi(times.back()) - 2000);
+    EXPECT_NE(result.errors.find(", " + lost + " lost, "), std::string::npos) << result.errors;
+    EXPECT_EQ(with_fault("flip@500", {"follow", "-n", "2000", "--variant", "temp", "--keep-going"})
+                  .status,
+              0);
+}
+
+TEST_F(Follow, a_repeated_record_is_a_step_back)
+{
+    const Result result =
+        with_fault("stuck@30", {"follow", "-n", "100", "--variant", "temp", "--format", "csv"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "stmctl: follow: 100 of 100 records, 1 lost, 0 rejected, 0 "
+                             "overflowing, 1 step back in rel_t\n");
+}
+
+TEST_F(Follow, overflows_are_counted)
+{
+    for (const char *format : {"csv", "text"}) {
+        const Result result = stmctl(
+            {"follow", "-n", "5000", "--variant", "temp", "--format", format}, {"--rate", "6000"});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.errors.find(" 0 lost"), std::string::npos) << result.errors;
+        EXPECT_EQ(result.errors.find(" 0 overflowing"), std::string::npos) << result.errors;
+    }
+    const Result result = stmctl({"follow", "-n", "5000", "--variant", "temp", "--format", "csv"},
+                                 {"--rate", "6000"});
+    const Table table = csv(result.output);
+    const auto overflowing = std::ranges::count_if(
+        table, [](const auto &row) { return std::stoi(row.at("buffered")) > 190; });
+    const int lost = std::stoi(table.back().at("rel_t")) - 5000;
+    EXPECT_EQ(result.errors, "stmctl: follow: 5000 of 5000 records, " + std::to_string(lost) +
+                                 " lost, 0 rejected, " + std::to_string(overflowing) +
+                                 " overflowing\n");
+}
+
+TEST_F(Follow, a_failing_exchange_ends_it_or_is_overcome)
+{
+    const Words words = {"follow", "-n", "1000", "--variant", "temp", "--format", "csv"};
+    Result result = with_fault("exchange@60", words);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_GT(csv(result.output).size(), 10U);
+    EXPECT_NE(result.errors.find("fetching the data failed: Input/output error\n"),
+              std::string::npos);
+    Words going = words;
+    going.emplace_back("--keep-going");
+    result = with_fault("exchange@60", going);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(csv(result.output).size(), 1000U);
+    EXPECT_EQ(count(result.output, "nr"), 1U);
+    EXPECT_NE(result.errors.find("; trying again\n"), std::string::npos);
+    EXPECT_NE(result.errors.find(", 1 failing exchange\n"), std::string::npos);
+}
+
+TEST_F(Follow, a_silent_board_is_said_once)
+{
+    const Result result = with_fault("silence", {"follow", "--duration", "20"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(count(result.errors, "nothing comes from the co-processor; waiting for it"), 1U);
+    EXPECT_NE(result.errors.find(" time-outs\n"), std::string::npos);
+}
+
+TEST_F(Follow, a_reader_that_goes_away_ends_it_quietly)
+{
+    const Result result =
+        in_shell({"follow", "--format", "csv"}, "| head -n 3; echo ${PIPESTATUS[0]}");
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output.substr(result.output.size() - 2), "0\n");
+}
+
+TEST_F(Follow, a_file_that_cannot_be_written_ends_it_soon)
+{
+    expect_failure(stmctl({"follow", "--duration", "1000", "-o", "/dev/full"}), 1,
+                   "cannot write '/dev/full': No space left on device");
+    EXPECT_LT(transcript().back().microseconds, 2'000'000);
+}
+
+} // namespace

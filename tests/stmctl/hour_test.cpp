@@ -1,0 +1,56 @@
+// An hour of counted time at the highest rate that the stream can be read with: no record is lost,
+// and memory does not grow.
+#include "tests/stmctl/record_bench.hpp"
+
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+namespace
+{
+
+// With a higher one the buffer comes above the mark in the longest pause.
+constexpr char HOUR_RATE[] = "2200";
+
+class Hour : public RecordBench
+{
+  protected:
+    // Of a process, in KiB.
+    static long memory(pid_t pid)
+    {
+        std::ifstream file("/proc/" + std::to_string(pid) + "/status");
+        for (std::string line; std::getline(file, line);) {
+            if (line.starts_with("VmHWM:")) {
+                return std::stol(line.substr(6));
+            }
+        }
+        return 0;
+    }
+};
+
+TEST_F(Hour, no_record_is_lost_and_memory_does_not_grow)
+{
+    Words words = virtual_board({"--count-time", "--rate", HOUR_RATE});
+    words.insert(words.end(), {program(), "follow", "--variant", "temp", "--format", "csv",
+                               "--duration", "3600", "-o", "/dev/null"});
+    const pid_t pid = start(words);
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    const long early = memory(pid);
+    long late = early;
+    for (long now = early; now > 0; now = memory(pid)) {
+        late = now;
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    }
+    const Result result = finish(pid);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_GT(early, 0);
+    EXPECT_LE(late, early + 64) << "KiB";
+    const std::string records = result.errors.substr(0, result.errors.find(" records"));
+    const long expected = std::stol(HOUR_RATE) * 3600;
+    EXPECT_GT(std::stol(records.substr(records.rfind(' ') + 1)), expected - 300);
+    EXPECT_NE(result.errors.find(" records, 0 lost, 0 rejected, 0 overflowing\n"),
+              std::string::npos)
+        << result.errors;
+}
+
+} // namespace

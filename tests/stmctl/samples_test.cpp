@@ -1,0 +1,121 @@
+// adc and raw: frames of converter values, and bytes that only the firmware understands.
+#include "tests/stmctl/record_bench.hpp"
+
+namespace
+{
+
+class Samples : public RecordBench
+{
+};
+
+TEST_F(Samples, a_frame_of_values_in_every_format)
+{
+    const std::string text = says({"adc"});
+    EXPECT_EQ(text.substr(0, 46), "stm_uint8_t  num   : 200\nstm_int32_t sample[0]");
+    EXPECT_EQ(count(text, "sample["), 200U);
+    const std::string lines = says({"adc", "--format", "csv"});
+    EXPECT_EQ(lines.substr(0, 9), "\"value\";\n");
+    const Table table = csv(lines);
+    EXPECT_EQ(table.size(), 200U);
+    EXPECT_EQ(jsonl(says({"adc", "--format", "jsonl"})), table);
+    EXPECT_EQ(count(says({"adc", "--format", "hex"}), "0x"), 1203U);
+}
+
+TEST_F(Samples, several_frames_have_one_header_and_their_times)
+{
+    const std::string text =
+        says({"adc", "-n", "3", "--format", "csv", "--timestamps"}, {"--samples", "10"});
+    EXPECT_EQ(text.substr(0, 16), "\"time\";\"value\";\n");
+    const Table table = csv(text);
+    EXPECT_EQ(table.size(), 30U);
+    EXPECT_EQ(table[0].at("time"), table[9].at("time"));
+    EXPECT_LT(table[9].at("time"), table[10].at("time"));
+    EXPECT_EQ(jsonl(says({"adc", "--format", "jsonl", "--timestamps"}))[0].size(), 2U);
+}
+
+TEST_F(Samples, raw_bytes_in_every_format)
+{
+    const std::string text = says({"raw"});
+    EXPECT_EQ(text.substr(0, 41), "\nReceived values: \n0.Byte 0x55 \n1.Byte 0x");
+    EXPECT_EQ(count(text, "Byte"), 48U);
+    EXPECT_EQ(says({"raw", "--format", "csv"}).substr(0, 28), "\"0.Byte\";0x55;\"1.Byte\";0x01;");
+    const Table table = jsonl(says({"raw", "-n", "2", "--format", "jsonl"}));
+    EXPECT_EQ(table.size(), 2U);
+    EXPECT_EQ(table[0].size(), 48U);
+    EXPECT_EQ(table[0].at("0.Byte"), "85");
+    EXPECT_EQ(table[0].at("47.Byte"), "47");
+    EXPECT_EQ(count(says({"raw", "--format", "hex"}), "0x"), 4096U);
+    EXPECT_EQ(says({"raw", "--format", "csv", "--timestamps"}).substr(0, 7), "\"time\";");
+}
+
+TEST_F(Samples, what_has_not_come_is_not_shown)
+{
+    for (const char *command : {"adc", "raw"}) {
+        const Result silent = with_fault("silence", {command});
+        EXPECT_EQ(silent.status, 1);
+        EXPECT_EQ(silent.output, "");
+        EXPECT_NE(silent.errors.find("0 of 1 frame, "), std::string::npos) << silent.errors;
+        EXPECT_NE(silent.errors.find(" 1 not ready in time"), std::string::npos);
+        const Result failing = with_fault("exchange@3", {command});
+        EXPECT_EQ(failing.status, 1);
+        EXPECT_EQ(failing.output, "");
+        EXPECT_NE(failing.errors.find("fetching the data failed: Input/output error\n"),
+                  std::string::npos);
+    }
+    const Result late = with_fault("deaf@0xC4=1", {"adc", "--keep-going", "--format", "csv"});
+    EXPECT_EQ(late.status, 0) << late.errors;
+    EXPECT_EQ(csv(late.output).size(), 200U);
+    EXPECT_EQ(late.errors.substr(late.errors.rfind("adc: 1")),
+              "adc: 1 of 1 frame, 0 rejected, 1 not ready in time, 0 failing exchanges\n");
+}
+
+TEST_F(Samples, what_a_failure_has_left_is_no_sample)
+{
+    for (const char *format : {"csv", "jsonl"}) {
+        const std::string whole = says({"adc", "--format", format});
+        const Result overcome =
+            with_fault("exchange@3", {"adc", "--keep-going", "--format", format});
+        EXPECT_EQ(overcome.status, 0);
+        EXPECT_EQ(count(overcome.output, "value\""), count(whole, "value\""));
+        Words faults;
+        for (int exchange = 5; exchange < 141; exchange += 3) {
+            faults.insert(faults.end(), {"--fault", "exchange@" + std::to_string(exchange)});
+        }
+        const Result many = stmctl({"adc", "--keep-going", "--format", format}, faults);
+        EXPECT_EQ(many.status, 0);
+        EXPECT_EQ(count(many.output, "\n"), count(whole, "\n"));
+        EXPECT_EQ(many.output.find("\"v-"), std::string::npos);
+    }
+}
+
+// In real time, because counted polls take next to none.
+TEST_F(Samples, a_frame_that_the_time_ends_has_not_come)
+{
+    for (const char *format : {"text", "csv", "jsonl", "hex"}) {
+        const Result cut =
+            run(on_board_in_real_time({"--fault", "late@0xC4=290"}, {program(), "adc", "--duration",
+                                                                     "0.001", "--format", format}));
+        EXPECT_EQ(cut.status, 1);
+        EXPECT_EQ(cut.output, "");
+    }
+}
+
+TEST_F(Samples, number_and_time_end_them)
+{
+    EXPECT_EQ(count(says({"raw", "-n", "5", "--format", "csv"}), "\n"), 5U);
+    EXPECT_GT(count(says({"raw", "--duration", "1", "--format", "csv"}), "\n"), 10U);
+    EXPECT_EQ(stmctl({"adc", "-n", "0"}).status, 2);
+    EXPECT_EQ(stmctl({"raw", "--timestamps"}).status, 2);
+    EXPECT_EQ(stmctl({"adc", "--variant", "base"}).status, 2);
+    EXPECT_EQ(in_shell({"adc", "-n", "1000"}, "< <(printf 's\\n')").status, 3);
+}
+
+TEST_F(Samples, a_file_takes_them)
+{
+    EXPECT_EQ(says({"adc", "--format", "csv", "-o", "values.csv"}), "");
+    EXPECT_EQ(csv(read_text("values.csv")).size(), 200U);
+    expect_failure(stmctl({"raw", "-o", "/dev/full"}), 1,
+                   "cannot write '/dev/full': No space left on device");
+}
+
+} // namespace
