@@ -23,6 +23,7 @@ struct Command {
 };
 
 std::span<const Command> commands();
+std::span<const Command> ring_commands();
 
 // Each stands in a file of its own or of its family.
 Action declare_flash(CLI::App &command);

@@ -66,6 +66,12 @@ constexpr Command COMMANDS[] = {
      "\n"
      "The fill is the highest since the line before; from 191 on a record counts as overflowing.\n",
      declare_watch},
+    {"ring", "hand records to other processes through shared memory",
+     "  stmctl ring write\n"
+     "  stmctl ring read --format csv     in another terminal\n"
+     "  stmctl ring status\n"
+     "  stmctl ring remove\n",
+     nullptr, ring_commands},
     {"completion", "print the completions for a shell",
      "  source <(stmctl completion bash)\n"
      "  stmctl completion bash >/etc/bash_completion.d/stmctl\n",

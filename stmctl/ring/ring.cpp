@@ -1,0 +1,28 @@
+// The commands behind "ring": the shared memory in which one process hands records to another.
+#include "stmctl/ring/ring.hpp"
+
+namespace
+{
+
+constexpr Command COMMANDS[] = {
+    {"write", "fill the ring with the co-processor's stream of records",
+     "  stmctl ring write\n"
+     "  stmctl ring write --duration 3600\n",
+     declare_ring_write},
+    {"read", "show the records that another process writes",
+     "  stmctl ring read --format csv -o ring.csv\n"
+     "  stmctl ring read --from-oldest -n 100 --format jsonl\n",
+     declare_ring_read},
+    {"status", "tell what the ring is like", "  stmctl ring status\n", declare_ring_status},
+    {"remove", "remove the ring",
+     "  stmctl ring remove\n"
+     "  stmctl ring remove --force     although processes use it\n",
+     declare_ring_remove},
+};
+
+} // namespace
+
+std::span<const Command> ring_commands()
+{
+    return COMMANDS;
+}

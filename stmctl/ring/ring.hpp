@@ -1,0 +1,9 @@
+// The commands of "ring", each in a file of its own.
+#pragma once
+
+#include "stmctl/command_line/command.hpp"
+
+Action declare_ring_write(CLI::App &command);
+Action declare_ring_read(CLI::App &command);
+Action declare_ring_status(CLI::App &command);
+Action declare_ring_remove(CLI::App &command);

@@ -1,0 +1,244 @@
+// Goal: the ring's reader delivers every record once and in order, and reports what it cannot
+// deliver, whatever writers do between two looks: come round, begin anew, die in the middle of a
+// slot.
+#include "tests/stmctl/ring_reader_bench.hpp"
+
+#include "stmctl/process/failure.hpp"
+
+#include <random>
+
+namespace
+{
+
+TEST_F(Reader, begins_with_the_next_record)
+{
+    put(1, 200);
+    const RingView view(segment());
+    RingReader reader(view);
+    EXPECT_EQ(seen(reader.look()), Seen{});
+    put(201, 203);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(201, 203)}));
+    EXPECT_EQ(seen(reader.look()), Seen{});
+}
+
+TEST_F(Reader, everything_is_all_but_the_slot_that_is_filled_next)
+{
+    const RingView view(segment());
+    EXPECT_EQ(seen(RingReader(view).everything()), Seen{});
+    put(1, 5);
+    EXPECT_EQ(seen(RingReader(view).everything()), (Seen{range(1, 5)}));
+    put(6, 400);
+    RingReader reader(view);
+    EXPECT_EQ(seen(reader.everything()), (Seen{range(242, 400)}));
+    put(401, 402);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(401, 402)}));
+}
+
+TEST_F(Reader, bursts_up_to_the_whole_ring_but_one_are_delivered_from_every_position)
+{
+    const RingView view(segment());
+    RingReader reader(view);
+    int32_t next = 1;
+    for (int32_t burst : {1, 2, 85, 158, 159, 159, 159, 3, 100}) {
+        for (int turn = 0; turn < SLOTS; ++turn) {
+            put(next, next + burst - 1);
+            ASSERT_EQ(seen(reader.look()), (Seen{range(next, next + burst - 1)})) << turn;
+            next += burst;
+        }
+    }
+}
+
+TEST_F(Reader, a_writer_that_came_round_is_an_overrun)
+{
+    const RingView view(segment());
+    RingReader reader(view);
+    put(1, 10);
+    reader.look();
+    put(11, 170);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(12, 170), true, false}));
+    put(171, 500);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(342, 500), true, false}));
+    put(501, 502);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(501, 502)}));
+}
+
+TEST_F(Reader, a_restart_is_noticed_whatever_the_new_writer_has_put)
+{
+    for (int32_t before = 1; before < SLOTS; ++before) {
+        for (const int32_t put_anew : {0, 1, before - 1, before, std::min(before + 1, 158), 158}) {
+            ring() = {};
+            const RingView view(segment());
+            RingReader reader(view);
+            put(1, before);
+            ASSERT_EQ(settled(reader), (Seen{range(1, before)}));
+            begin_anew();
+            put(1001, 1000 + put_anew);
+            ASSERT_EQ(settled(reader), (Seen{range(1001, 1000 + put_anew), false, true}))
+                << before << " and " << put_anew;
+            put(2001, 2003);
+            ASSERT_EQ(settled(reader), (Seen{range(2001, 2003)}));
+        }
+    }
+}
+
+TEST_F(Reader, what_the_writer_before_has_left_is_delivered_first)
+{
+    const RingView view(segment());
+    put(1, 400); // 80 is filled next
+    RingReader reader(view);
+    put(401, 405);
+    begin_anew();
+    put(1001, 1010);
+    EXPECT_EQ(settled(reader), (Seen{range(401, 405) + range(1001, 1010), false, true}));
+    put(1011, 1012);
+    EXPECT_EQ(settled(reader), (Seen{range(1011, 1012)}));
+    begin_anew();
+    put(2001, 2100);
+    EXPECT_EQ(settled(reader), (Seen{range(2001, 2100), false, true}));
+}
+
+TEST_F(Reader, a_slot_that_a_writer_died_in_is_none_of_its_records)
+{
+    const RingView view(segment());
+    put(1, 400);
+    RingReader reader(view);
+    put(401, 402);
+    begin_to_put(403);
+    begin_anew();
+    put(1001, 1003);
+    EXPECT_EQ(settled(reader), (Seen{range(401, 402) + range(1001, 1003), false, true}));
+    begin_anew();
+    put(2001, 2090);
+    EXPECT_EQ(settled(reader), (Seen{range(2001, 2090), false, true}));
+}
+
+TEST_F(Reader, records_of_an_old_board_are_not_those_of_a_new_one)
+{
+    const RingView view(segment());
+    put(5001, 5160);
+    begin_anew();
+    put(1, 50);
+    RingReader reader(view);
+    begin_anew();
+    put(60, 62);
+    EXPECT_EQ(settled(reader), (Seen{range(60, 62), false, true}));
+}
+
+TEST_F(Reader, a_slot_that_is_visible_behind_its_index_is_waited_for)
+{
+    const RingView view(segment());
+    put(1, 300);
+    RingReader reader(view);
+    for (int32_t number = 301; number < 800; ++number) {
+        const int32_t slot = ring().write_index;
+        const RingRecord old = ring().slots[slot];
+        put(number, number);
+        ring().slots[slot] = old;
+        ASSERT_EQ(seen(reader.look()), Seen{});
+        ring().slots[slot] = numbered(number);
+        ASSERT_EQ(seen(reader.look()), (Seen{range(number, number)}));
+    }
+}
+
+TEST_F(Reader, a_slot_that_was_complete_before_its_index_is_not_waited_for_without_end)
+{
+    const RingView view(segment());
+    put(1, 300);
+    ring().slots[ring().write_index] = numbered(301);
+    RingReader reader(view);
+    put(301, 301);
+    const Seen late = settled(reader);
+    EXPECT_EQ(late, (Seen{range(301, 301)}));
+    put(302, 302);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(302, 302)}));
+}
+
+TEST_F(Reader, damaged_record_is_delivered_as_it_is)
+{
+    const RingView view(segment());
+    RingReader reader(view);
+    put(1, 2);
+    ring().slots[0].U2e = 1;
+    EXPECT_EQ(seen(reader.look()), (Seen{range(1, 2)}));
+}
+
+TEST_F(Reader, index_outside_the_ring_is_a_failure)
+{
+    const RingView view(segment());
+    RingReader reader(view);
+    for (const int32_t index : {-1, 160, INT32_MIN, INT32_MAX}) {
+        ring().write_index = index;
+        EXPECT_THROW(reader.look(), Failure);
+        EXPECT_THROW(RingReader(view).everything(), Failure);
+    }
+    ring().write_index = 159;
+    EXPECT_NO_THROW(reader.look());
+}
+
+TEST_F(Reader, a_board_that_repeats_itself_is_delivered_again)
+{
+    const RingView view(segment());
+    put(1, 58);
+    RingReader reader(view);
+    for (int run = 0; run < 5; ++run) {
+        begin_anew();
+        ASSERT_EQ(settled(reader), (Seen{{}, false, true}));
+        for (int32_t number = 1; number < 750; number += 29) {
+            put(number, number + 28);
+            ASSERT_EQ(settled(reader), (Seen{range(number, number + 28)}));
+        }
+    }
+}
+
+TEST_F(Reader, index_of_somebody_else_does_not_end_it)
+{
+    const RingView view(segment());
+    put(1, 300);
+    RingReader reader(view);
+    ring().write_index = 30;
+    settled(reader);
+    put(301, 305);
+    const std::vector<int32_t> numbers = settled(reader).numbers;
+    ASSERT_GE(numbers.size(), 5U);
+    EXPECT_EQ(std::vector<int32_t>(numbers.end() - 5, numbers.end()), range(301, 305));
+}
+
+// No record comes twice or out of order, and none is missing unsaid.
+TEST_F(Reader, bursts_restarts_and_deaths_in_any_order)
+{
+    std::mt19937 random(3);
+    const auto below = [&](int limit) {
+        return static_cast<int>(random() % static_cast<unsigned>(limit));
+    };
+    const RingView view(segment());
+    RingReader reader(view);
+    int32_t next = 1;
+    int32_t delivered = 0;
+    const auto put_some = [&](int32_t size) {
+        put(next, next + size - 1);
+        next += size;
+    };
+    for (int look = 0; look < 50000; ++look) {
+        const int32_t first = next;
+        const bool restarts = below(10) == 0;
+        put_some(below(restarts ? 60 : below(20) == 0 ? 500 : 100));
+        if (restarts) {
+            if (below(2) == 0) {
+                begin_to_put(next++);
+            }
+            begin_anew();
+            put_some(below(99));
+        }
+        const Seen now = settled(reader);
+        for (const int32_t number : now.numbers) {
+            ASSERT_GT(number, delivered) << "at look " << look;
+            ASSERT_GE(number, first) << "an old one at look " << look;
+            delivered = number;
+        }
+        if (!restarts && !now.overrun) {
+            ASSERT_EQ(now.numbers, range(first, next - 1)) << "at look " << look;
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,270 @@
+// Goal: what the ring's reader makes of moments in between: slots that show late, writers that end
+// and begin, boards whose times go round, a writer that goes on while it is looked at.
+#include "tests/stmctl/ring_reader_bench.hpp"
+
+#include "stmctl/ring/ring_record_text.hpp"
+
+#include <atomic>
+#include <thread>
+
+namespace
+{
+
+class ReaderMoment : public Reader
+{
+  protected:
+    // The index announces a record, but its slot still shows what it held.
+    void announce(int32_t number)
+    {
+        late_ = ring().write_index;
+        late_record_ = numbered(number);
+        ring().write_index = (late_ + 1) % SLOTS;
+    }
+
+    void show() { ring().slots[late_] = late_record_; }
+
+    void put_record(const RingRecord &record)
+    {
+        ring().slots[ring().write_index] = record;
+        ring().write_index = (ring().write_index + 1) % SLOTS;
+    }
+
+    static void look_in_vain(RingReader &reader, int looks)
+    {
+        for (int look = 0; look < looks; ++look) {
+            ASSERT_EQ(seen(reader.look()), Seen{}) << look;
+        }
+    }
+
+    // What a writer does in a thread of its own.
+    void put_on(int32_t first, int32_t last, std::atomic<bool> &begun)
+    {
+        const std::atomic_ref<int32_t> write_index(ring().write_index);
+        for (int32_t number = first; number <= last; ++number) {
+            const int32_t index = write_index;
+            ring().slots[index] = numbered(number);
+            write_index = (index + 1) % SLOTS;
+            begun = true;
+        }
+    }
+
+    // What comes in as many looks as everything needs that is certain.
+    static std::vector<int32_t> all_of(RingReader &reader)
+    {
+        std::vector<int32_t> numbers;
+        for (int look = 0; look < 8; ++look) {
+            const Seen now = seen(reader.look());
+            EXPECT_FALSE(now.overrun || now.restarted);
+            numbers = numbers + now.numbers;
+        }
+        return numbers;
+    }
+
+  private:
+    int32_t late_ = 0;
+    RingRecord late_record_ = {};
+};
+
+TEST_F(ReaderMoment, a_slot_that_shows_late_is_waited_for_through_three_looks)
+{
+    const RingView view(segment());
+    put(1, 300);
+    RingReader reader(view);
+    announce(301);
+    look_in_vain(reader, 3);
+    show();
+    EXPECT_EQ(seen(reader.look()), (Seen{range(301, 301)}));
+}
+
+TEST_F(ReaderMoment, looks_while_nothing_is_announced_are_not_in_vain)
+{
+    const RingView view(segment());
+    put(1, 300);
+    RingReader reader(view);
+    look_in_vain(reader, 10);
+    announce(301);
+    look_in_vain(reader, 3);
+    show();
+    EXPECT_EQ(seen(reader.look()), (Seen{range(301, 301)}));
+}
+
+TEST_F(ReaderMoment, looks_in_vain_before_an_overrun_do_not_count_behind_it)
+{
+    const RingView view(segment());
+    put(1, 300);
+    RingReader reader(view);
+    announce(301);
+    look_in_vain(reader, 3);
+    show();
+    put(302, 700);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(542, 700), true, false}));
+    announce(701);
+    look_in_vain(reader, 3);
+    show();
+    EXPECT_EQ(seen(reader.look()), (Seen{range(701, 701)}));
+}
+
+TEST_F(ReaderMoment, what_a_writer_has_left_reaches_up_to_the_slot_before_the_last)
+{
+    const RingView view(segment());
+    put(1, 300); // 140 is filled next
+    RingReader reader(view);
+    put(301, 319);
+    begin_anew();
+    put(1001, 1002);
+    EXPECT_EQ(settled(reader), (Seen{range(301, 319) + range(1001, 1002), false, true}));
+}
+
+TEST_F(ReaderMoment, what_a_writer_has_left_ends_where_times_do_not_rise)
+{
+    const RingView view(segment());
+    for (const int32_t number : {405, 410}) {
+        ring() = {};
+        put(1, 300);
+        RingReader reader(view);
+        put_record(numbered(401));
+        put_record(numbered(410));
+        put_record(numbered(number, 7));
+        begin_anew();
+        put(1001, 1002);
+        EXPECT_EQ(settled(reader),
+                  (Seen{range(401, 401) + range(410, 410) + range(1001, 1002), false, true}))
+            << number;
+    }
+}
+
+TEST_F(ReaderMoment, times_go_round_in_what_a_writer_has_left)
+{
+    const RingView view(segment());
+    put(1, 299);
+    put_record(numbered(INT32_MAX));
+    RingReader reader(view);
+    put_record(numbered(INT32_MIN));
+    put_record(numbered(INT32_MIN + 1));
+    begin_anew();
+    put(1001, 1002);
+    EXPECT_EQ(settled(reader),
+              (Seen{range(INT32_MIN, INT32_MIN + 1) + range(1001, 1002), false, true}));
+}
+
+TEST_F(ReaderMoment, the_first_slot_of_a_restart_may_show_late)
+{
+    const RingView view(segment());
+    put(1, 300);
+    RingReader reader(view);
+    begin_anew();
+    announce(1001);
+    put(1002, 1005);
+    EXPECT_EQ(settled(reader), (Seen{{}, false, true}));
+    show();
+    EXPECT_EQ(settled(reader), (Seen{range(1001, 1005)}));
+}
+
+TEST_F(ReaderMoment, damaged_record_is_delivered_behind_an_overrun_too)
+{
+    const RingView view(segment());
+    put(1, 160);
+    RingReader reader(view);
+    put(161, 500); // 20 is filled next
+    ring().slots[100].U2e = 1;
+    EXPECT_EQ(seen(reader.look()), (Seen{range(342, 500), true, false}));
+}
+
+TEST_F(ReaderMoment, a_new_board_that_has_passed_the_position_is_delivered_from_its_start)
+{
+    const RingView view(segment());
+    RingReader reader(view);
+    put(5001, 5050);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(5001, 5050)}));
+    begin_anew();
+    put(1, 60);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(1, 60), false, true}));
+}
+
+TEST_F(ReaderMoment, a_slot_that_a_writer_died_in_is_left_out_where_the_new_one_has_passed)
+{
+    const RingView view(segment());
+    RingReader reader(view);
+    put(1, 50);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(1, 50)}));
+    put(51, 53);
+    begin_to_put(54);
+    begin_anew();
+    put(1001, 1051);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(53, 53) + range(1001, 1051), false, true}));
+}
+
+// However far the writer has come, all from the position on is delivered once it rests.
+TEST_F(ReaderMoment, a_writer_that_goes_on_while_the_reader_begins_loses_nothing)
+{
+    const RingView view(segment());
+    int32_t next = 1;
+    for (int turn = 0; turn < 100; ++turn) {
+        begin_anew();
+        const int32_t last = next + 149;
+        std::atomic<bool> begun = false;
+        std::thread writer([&] { put_on(next, last, begun); });
+        while (!begun) {
+            std::this_thread::yield();
+        }
+        RingReader reader(view);
+        writer.join();
+        const std::vector<int32_t> now = all_of(reader);
+        if (!now.empty()) {
+            ASSERT_EQ(now, range(now.front(), last)) << turn;
+        }
+        put(last + 1, last + 1);
+        ASSERT_EQ(all_of(reader), range(last + 1, last + 1)) << turn;
+        next = last + 2;
+    }
+}
+
+TEST_F(ReaderMoment, a_writer_that_goes_on_while_its_restart_is_noticed_loses_nothing)
+{
+    const RingView view(segment());
+    RingReader reader(view);
+    int32_t next = 1;
+    for (int turn = 0; turn < 100; ++turn) {
+        put(next, next + 149);
+        ASSERT_EQ(settled(reader), (Seen{range(next, next + 149), false, turn > 0})) << turn;
+        begin_anew();
+        put(next + 150, next + 151);
+        look_in_vain(reader, 2);
+        std::atomic<bool> begun = false;
+        std::thread writer([&] { put_on(next + 152, next + 280, begun); });
+        while (!begun) {
+            std::this_thread::yield();
+        }
+        Seen now = seen(reader.look());
+        writer.join();
+        ASSERT_TRUE(now.restarted) << turn;
+        ASSERT_EQ(now.numbers + all_of(reader), range(next + 150, next + 280)) << turn;
+        begin_anew();
+        next += 281;
+    }
+}
+
+TEST_F(ReaderMoment, last_slot_that_was_complete_before_its_index_is_no_restart)
+{
+    const RingView view(segment());
+    put(1, 159);
+    ring().slots[159] = numbered(160);
+    RingReader reader(view);
+    put(160, 165);
+    EXPECT_EQ(all_of(reader), range(160, 165));
+    begin_anew();
+    put(166, 170);
+    EXPECT_EQ(settled(reader), (Seen{range(166, 170), false, true}));
+}
+
+TEST_F(ReaderMoment, last_slot_of_a_round_before_is_no_record_of_a_new_writer)
+{
+    const RingView view(segment());
+    put(1, 319);
+    RingReader reader(view);
+    begin_anew();
+    put(320, 325);
+    EXPECT_EQ(settled(reader), (Seen{range(320, 325), false, true}));
+}
+
+} // namespace
