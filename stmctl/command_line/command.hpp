@@ -43,4 +43,5 @@ Action declare_follow(CLI::App &command);
 Action declare_adc(CLI::App &command);
 Action declare_raw(CLI::App &command);
 Action declare_watch(CLI::App &command);
+Action declare_plot(CLI::App &command);
 Action declare_completion(CLI::App &command);

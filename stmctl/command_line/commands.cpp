@@ -72,6 +72,10 @@ constexpr Command COMMANDS[] = {
      "  stmctl ring status\n"
      "  stmctl ring remove\n",
      nullptr, ring_commands},
+    {"plot", "draw columns of records",
+     "  stmctl records -n 200 --format csv | stmctl plot\n"
+     "  stmctl plot records.csv --columns I1,I2,I3 -o currents.svg\n",
+     declare_plot},
     {"completion", "print the completions for a shell",
      "  source <(stmctl completion bash)\n"
      "  stmctl completion bash >/etc/bash_completion.d/stmctl\n",

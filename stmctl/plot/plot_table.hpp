@@ -1,0 +1,17 @@
+// The columns of a CSV that are to be drawn.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct PlotTable {
+    std::string across;             // what the first column is
+    std::vector<std::string> names; // of the others
+    std::vector<std::vector<double>> rows;
+};
+
+// Throws a Failure for a column that is not there, a value that is no number, and where nothing is
+// to be drawn. source is for its sentence.
+PlotTable read_plot_table(std::string_view text, const std::vector<std::string> &columns,
+                          const std::string &source);

@@ -1,0 +1,199 @@
+// plot: a CSV as a picture or in the terminal; nothing in it is a word of gnuplot's.
+#include "tests/stmctl/record_bench.hpp"
+
+namespace
+{
+
+class Plot : public RecordBench
+{
+  protected:
+    void SetUp() override
+    {
+        // NOLINTNEXTLINE(cert-env33-c): words of our own
+        if (std::system("gnuplot --version >/dev/null 2>&1") != 0) {
+            GTEST_SKIP() << "gnuplot is not installed";
+        }
+        says({"records", "-n", "90", "--format", "csv", "-o", "records.csv"});
+    }
+
+    Result plot(const Words &arguments, const std::string &behind = "")
+    {
+        Words words = directly({}, {program(), "plot"});
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return run({"bash", "-c", quoted(words) + behind});
+    }
+
+    void write_lines(const std::string &name, const Words &lines) const
+    {
+        const std::string text = joined(lines);
+        write_file(name, Bytes(text.begin(), text.end()));
+    }
+};
+
+TEST_F(Plot, in_the_terminal)
+{
+    const Result result = plot({"records.csv"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    for (const char *words : {"U1e", "U2e", "U3e", "rel_t", "***", "300000"}) {
+        EXPECT_NE(result.output.find(words), std::string::npos) << result.output;
+    }
+    EXPECT_EQ(plot({}, "<records.csv").output, result.output);
+    EXPECT_EQ(plot({"-"}, "<records.csv").output, result.output);
+}
+
+TEST_F(Plot, as_a_picture_by_the_name_of_the_file)
+{
+    EXPECT_EQ(plot({"records.csv", "-o", "a.png"}).status, 0);
+    EXPECT_EQ(read_text("a.png").substr(1, 3), "PNG");
+    EXPECT_EQ(plot({"records.csv", "-o", "A.SVG", "--columns", "I1,negIe"}).status, 0);
+    const std::string svg = read_text("A.SVG");
+    EXPECT_NE(svg.find("<svg"), std::string::npos);
+    EXPECT_NE(svg.find("negIe"), std::string::npos);
+    EXPECT_NE(svg.find("</svg>"), std::string::npos) << "whole";
+    expect_failure(plot({"records.csv", "-o", "a.jpg"}), 2,
+                   "'a.jpg': a picture's name ends in .png or .svg");
+    expect_failure(plot({"records.csv", "-o", "no/a.png"}), 1,
+                   "cannot write 'no/a.png': No such file or directory");
+    expect_failure(plot({"records.csv"}, ">/dev/full"), 1,
+                   "cannot write the output: No space left on device");
+}
+
+TEST_F(Plot, values_that_are_all_the_same_are_drawn_without_a_warning)
+{
+    write_lines("one.csv", {"\"rel_t\";\"U1e\";", "7;1;"});
+    write_lines("same.csv", {"\"rel_t\";\"U1e\";", "7;1;", "8;1;"});
+    for (const char *file : {"one.csv", "same.csv"}) {
+        const Result result = plot({file, "--columns", "U1e"});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.errors, "");
+        EXPECT_NE(result.output, "");
+    }
+}
+
+TEST_F(Plot, what_cannot_be_drawn_is_said)
+{
+    expect_failure(plot({"missing.csv"}), 1,
+                   "cannot read 'missing.csv': No such file or directory");
+    expect_failure(plot({"."}), 1, "cannot read '.': Is a directory");
+    expect_failure(plot({}, "</dev/null"), 1, "standard input: there is nothing in it");
+    write_lines("header.csv", {"\"rel_t\";\"U1e\";"});
+    expect_failure(plot({"header.csv", "--columns", "U1e"}), 1,
+                   "header.csv: there is no record in it");
+    expect_failure(plot({"header.csv", "--columns", "U9e"}), 1,
+                   "header.csv: no column 'U9e'; there are rel_t,U1e");
+    write_lines("text.txt", {"stm_uint8_t  nr   : 1"});
+    expect_failure(plot({"text.txt"}), 1,
+                   "text.txt: no CSV with a header, as --format csv writes it");
+    write_lines("bad.csv", {"\"U1e\";", "5;", "x5;"});
+    expect_failure(plot({"bad.csv", "--columns", "U1e"}), 1, "bad.csv: line 3: 'x5' is no number");
+    write_lines("tail.csv", {"\"U1e\";", "5x;"});
+    expect_failure(plot({"tail.csv", "--columns", "U1e"}), 1,
+                   "tail.csv: line 2: '5x' is no number");
+    write_lines("quote.csv", {"\"", "1;"});
+    expect_failure(plot({"quote.csv"}), 1, "quote.csv: no column 'U1e'; there are \"");
+    write_lines("short.csv", {"\"nr\";\"U1e\";", "1;2;", "1;"});
+    expect_failure(plot({"short.csv", "--columns", "U1e"}), 1,
+                   "short.csv: line 3: '' is no number");
+    write_lines("nan.csv", {"\"U1e\";", "nan;", "1;"});
+    expect_failure(plot({"nan.csv", "--columns", "U1e"}), 1, "nan.csv: line 2: 'nan' is no number");
+    write_lines("control.csv", {"\"U1e\";", "5;", "\x1B[2J;"});
+    expect_failure(plot({"control.csv", "--columns", "U1e"}), 1,
+                   "control.csv: line 3: '\\x1B[2J' is no number");
+    expect_failure(plot({"records.csv", "--columns", "U1e,,I1"}), 2,
+                   "--columns: names with commas between them, not 'U1e,,I1'");
+}
+
+TEST_F(Plot, nothing_in_the_data_is_gnuplots_language)
+{
+    const std::string evil = "'.system('touch evil').'$data `touch evil` @x {/Bold x}_1";
+    write_lines("evil.csv", {"\"" + evil + "\";\"x'y\";", "1;2;", "3;4;"});
+    Words words = directly({}, {program(), "plot", "evil.csv", "--columns"});
+    words.push_back(evil);
+    const Result result = run(words);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    words.insert(words.end(), {"-o", "|touch evil;.svg"});
+    EXPECT_EQ(run(words).status, 0);
+    EXPECT_TRUE(std::filesystem::exists(path("|touch evil;.svg")));
+    EXPECT_FALSE(std::filesystem::exists(path("evil")));
+}
+
+TEST_F(Plot, without_gnuplot_it_says_what_to_install)
+{
+    Words words = directly({"PATH=/nowhere"}, {program(), "plot", "records.csv"});
+    expect_failure(run(words), 1,
+                   "plot needs gnuplot, which is not installed: install the package gnuplot-nox, "
+                   "or gnuplot");
+}
+
+TEST_F(Plot, a_stream_can_be_piped_into_it)
+{
+    const Result result = in_shell({"follow", "-n", "90", "--format", "csv"},
+                                   "2>/dev/null | " + quoted(directly({}, {program(), "plot"})));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.output.find("U3e"), std::string::npos);
+}
+
+TEST_F(Plot, lines_may_end_as_on_other_systems)
+{
+    write_lines("plain.csv", {"\"rel_t\";\"U1e\";", "1;2;", "3;4;"});
+    write_lines("other.csv", {"\"rel_t\";\"U1e\"\r", "1;2\r", "3;4\r"});
+    const Result result = plot({"other.csv", "--columns", "U1e"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.output, plot({"plain.csv", "--columns", "U1e"}).output);
+}
+
+TEST_F(Plot, without_rel_t_lines_are_counted)
+{
+    write_lines("lines.csv", {"\"U1e\";", "5;", "6;"});
+    const std::string lines = plot({"lines.csv", "--columns", "U1e"}).output;
+    EXPECT_NE(lines.find(" line "), std::string::npos) << lines;
+    EXPECT_NE(lines.find(" 1.2 "), std::string::npos) << lines;
+    write_lines("times.csv", {"\"rel_t\";\"U1e\";", "700;5;", "800;6;"});
+    const std::string times = plot({"times.csv", "--columns", "U1e"}).output;
+    EXPECT_NE(times.find(" rel_t "), std::string::npos) << times;
+    EXPECT_NE(times.find("700 "), std::string::npos) << times;
+}
+
+TEST_F(Plot, fits_a_terminal)
+{
+    std::istringstream lines(plot({"records.csv"}).output);
+    size_t count = 0;
+    size_t longest = 0;
+    for (std::string line; std::getline(lines, line); ++count) {
+        longest = std::max(longest, line.size());
+    }
+    EXPECT_EQ(count, 23U);
+    EXPECT_EQ(longest, 80U) << "with the form feed of the first";
+}
+
+TEST_F(Plot, a_png_has_its_size)
+{
+    EXPECT_EQ(plot({"records.csv", "-o", "a.png"}).status, 0);
+    const Bytes picture = read_file("a.png");
+    EXPECT_EQ(Bytes(picture.begin() + 16, picture.begin() + 24),
+              (Bytes{0, 0, 0x04, 0xB0, 0, 0, 0x02, 0x58}));
+}
+
+TEST_F(Plot, a_gnuplot_that_fails_is_told_and_no_picture_made)
+{
+    for (const char *gnuplot : {"cat >/dev/null", "cat; exit 1", "cat; kill -9 $$"}) {
+        write_lines("gnuplot", {"#!/bin/sh", gnuplot});
+        std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_all);
+        Words words = directly({"PATH=" + path("") + ":/usr/bin:/bin"},
+                               {program(), "plot", "records.csv", "-o", "a.svg"});
+        expect_failure(run(words), 1, "gnuplot failed");
+        EXPECT_FALSE(std::filesystem::exists(path("a.svg"))) << gnuplot;
+    }
+}
+
+TEST_F(Plot, what_its_user_has_set_up_for_other_plots_has_no_place_in_it)
+{
+    write_lines(".gnuplot", {"set title 'MINE'"});
+    Words words = directly({"HOME=" + path("")}, {program(), "plot", "records.csv"});
+    const Result result = run(words);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output.find("MINE"), std::string::npos);
+}
+
+} // namespace

@@ -1,0 +1,239 @@
+// The line "s" and Ctrl-C end what runs, with status 3; a second Ctrl-C ends it at once.
+#include "tests/stmctl/stmctl_bench.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <thread>
+
+namespace
+{
+
+class Stop : public StmctlBench
+{
+  protected:
+    void SetUp() override { write_file("image.bin", noise(5000, 9)); }
+
+    Result typed(const std::string &input, const Words &arguments)
+    {
+        run({"bash", "-c", "printf '" + input + "' >input"});
+        return in_shell(arguments, "<input", {"--fault", "silence"});
+    }
+
+    // Whether a process has a file open by now.
+    static bool has_open(pid_t pid, const std::string &file)
+    {
+        std::error_code gone;
+        const std::string folder = "/proc/" + std::to_string(pid) + "/fd";
+        for (const auto &entry : std::filesystem::directory_iterator(folder, gone)) {
+            if (std::filesystem::read_symlink(entry.path(), gone) == file) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // Ends it by a signal, in real time, once it waits.
+    Result interrupted(const Words &arguments, int signal_number = SIGINT)
+    {
+        Words command = {program()};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        std::filesystem::remove(path(".transcript")); // its lines shall be this one's
+        const pid_t pid = start(on_board_in_real_time({"--fault", "silence"}, command));
+        wait_for_lines(5);
+        kill(pid, signal_number);
+        return finish(pid);
+    }
+};
+
+constexpr char INCOMPLETE[] =
+    "flash incomplete at the mode command: stopped by the user; load the image again";
+
+TEST_F(Stop, typed_s_ends_every_wait)
+{
+    const std::string why = ": stopped before it was done";
+    expect_failure(typed("s\\n", {"get", "sampletime"}), 3, "sampletime" + why);
+    EXPECT_LE(transcript().size(), 4U) << "after one poll";
+    expect_failure(typed("s\\n", {"set", "sampletime", "1"}), 3, "sampletime" + why);
+    expect_failure(typed("s\\n", {"peek", "0"}), 3, "peek" + why);
+    expect_failure(typed("s\\n", {"peek", "0", "--long"}), 3, "peek" + why);
+    expect_failure(typed("s\\n", {"poke", "0", "1"}), 3, "poke 0x0000" + why);
+    expect_failure(typed("s\\n", {"dump", "0", "9"}), 3, "dump" + why);
+    expect_failure(typed("s\\n", {"text", "0"}), 3, "text" + why);
+    expect_failure(typed("s\\n", {"text", "0", "--write", "x"}), 3, "text" + why);
+}
+
+TEST_F(Stop, typed_s_ends_a_read_out_behind_other_lines_too)
+{
+    EXPECT_EQ(typed("yes\\nss\\ns\\n", {"records", "-n", "9"}).status, 3);
+    EXPECT_LE(transcript().size(), 9U);
+}
+
+TEST_F(Stop, typed_s_may_come_through_a_pipe)
+{
+    const Result result =
+        run({"bash", "-c",
+             "printf 's\\nmore\\n' | { sleep 0.2; " +
+                 quoted(on_board_with({"--fault", "silence"}, {"get", "sampletime"})) +
+                 "; echo $?; cat; }"});
+    EXPECT_EQ(result.errors, "stmctl: sampletime: stopped before it was done\n");
+    EXPECT_EQ(result.output, "3\nmore\n");
+}
+
+TEST_F(Stop, lines_for_others_are_left_to_them)
+{
+    const std::string flash = quoted(on_board_with({}, {"flash", "firmware", "image.bin"}));
+    const std::string reset = quoted(on_board_with({}, {"reset"}));
+    const std::string get = quoted(on_board_with({}, {"get", "sampleskip"}));
+    const std::string loop = "while read -r line; do { " + flash + ";" + reset +
+                             "; } >/dev/null; " + get + "; echo $line; done";
+    for (const std::string &script :
+         {"printf 'one\\ntwo\\n' | " + loop, "printf 'one\\ntwo\\n' >list; " + loop + " <list"}) {
+        const Result result = run({"bash", "-c", script});
+        EXPECT_EQ(result.output, "0\none\n0\ntwo\n");
+        EXPECT_EQ(result.errors, "");
+    }
+}
+
+TEST_F(Stop, other_lines_and_the_end_of_the_input_end_nothing)
+{
+    for (const char *input : {"", "S\\n", "stop\\n", " s\\n", "s \\n", "s", "yes\\ns\\n"}) {
+        EXPECT_EQ(typed(input, {"get", "sampletime"}).status, 1) << input;
+    }
+}
+
+TEST_F(Stop, interrupt_ends_a_wait)
+{
+    expect_failure(interrupted({"get", "sampletime"}), 3, "sampletime: stopped before it was done");
+    EXPECT_LT(transcript().size(), 2000U);
+    expect_failure(interrupted({"get", "sampletime"}, SIGTERM), 3,
+                   "sampletime: stopped before it was done");
+}
+
+TEST_F(Stop, interrupt_leaves_a_download)
+{
+    expect_failure(interrupted({"flash", "firmware", "image.bin"}), 3, INCOMPLETE);
+    expect_failure(interrupted({"flash", "firmware", "image.bin"}, SIGTERM), 3, INCOMPLETE);
+}
+
+// The module would take its stop line for an acknowledge, and the total would be right.
+TEST_F(Stop, typed_s_leaves_a_download_and_never_reaches_the_module)
+{
+    expect_failure(typed("s\\n", {"flash", "firmware", "image.bin"}), 3, INCOMPLETE);
+    ASSERT_EQ(transcript().size(), 3U);
+    EXPECT_EQ(transcript().back().sent, Bytes{0x33});
+}
+
+TEST_F(Stop, interrupt_between_attempts_ends_a_download)
+{
+    Words command = {program(), "flash", "firmware", "image.bin", "--retries", "1000"};
+    const pid_t pid = start(on_board_in_real_time({"--fault", "bus-inactive"}, command));
+    wait_for_lines(3);
+    kill(pid, SIGINT);
+    const Result result = finish(pid);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_NE(result.errors.find("flash incomplete at the mode command: "), std::string::npos);
+}
+
+// A pipe whose writer goes on is the one thing that is not left at the first.
+TEST_F(Stop, a_second_interrupt_ends_it_at_once)
+{
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    const pid_t pid = start(directly({}, {program(), "plot", "pipe"}));
+    const int writer = open(path("pipe").c_str(), O_RDWR | O_CLOEXEC);
+    while (!has_open(pid, path("pipe"))) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    kill(pid, SIGINT);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ASSERT_EQ(waitpid(pid, nullptr, WNOHANG), 0) << "ended by the first";
+    kill(pid, SIGINT);
+    const Result result = finish(pid);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.output + result.errors, "");
+    close(writer);
+}
+
+TEST_F(Stop, failure_comes_before_a_wish_that_came_too_late)
+{
+    const Result result = in_shell({"state"}, "<<< s");
+    EXPECT_EQ(result.status, 0) << "state waits for nothing";
+    EXPECT_EQ(result.output, "application (2)\n");
+}
+
+TEST_F(Stop, full_disk_is_told_behind_the_stop_of_a_download)
+{
+    const Words command = on_board_in_real_time({"--fault", "silence@2"},
+                                                {program(), "flash", "firmware", "image.bin"});
+    expect_failure(
+        run({"bash", "-c", quoted(command) + ">/dev/full < <(sleep 0.5; printf 's\\n')"}), 3,
+        "flash incomplete at block 2, after 2048 of 5000 bytes: stopped by the user; load the "
+        "image again\n"
+        "stmctl: cannot write the output: No space left on device");
+}
+
+TEST_F(Stop, typed_s_ends_a_wait_though_it_comes_in_pieces)
+{
+    const Words command =
+        on_board_in_real_time({"--fault", "silence"}, {program(), "get", "sampletime"});
+    const Result result = run({"bash", "-c",
+                               quoted(command) + "< <(sleep 0.2; printf s; sleep 0.2; "
+                                                 "printf '\\n')"});
+    expect_failure(result, 3, "sampletime: stopped before it was done");
+}
+
+TEST_F(Stop, typed_s_counts_though_more_is_behind_it)
+{
+    expect_failure(typed("s\\nmore\\n", {"get", "sampletime"}), 3,
+                   "sampletime: stopped before it was done");
+}
+
+TEST_F(Stop, hanging_up_ends_a_wait)
+{
+    expect_failure(interrupted({"get", "sampletime"}, SIGHUP), 3,
+                   "sampletime: stopped before it was done");
+}
+
+TEST_F(Stop, interrupt_that_is_ignored_from_the_start_stays_so)
+{
+    const Words command =
+        on_board_in_real_time({"--fault", "silence"}, {program(), "get", "sampletime"});
+    const pid_t pid = start({"bash", "-c", "trap '' INT; exec " + quoted(command)});
+    wait_for_lines(5);
+    kill(pid, SIGINT);
+    EXPECT_EQ(finish(pid).status, 1) << "it has waited to the end";
+}
+
+TEST_F(Stop, typed_s_counts_where_others_have_read_the_lines_before)
+{
+    const std::string get = quoted(on_board_with({"--fault", "silence"}, {"get", "sampletime"}));
+    const Result result =
+        run({"bash", "-c", "printf 'one\\ns\\n' >list; { read -r line; " + get + "; } <list"});
+    expect_failure(result, 3, "sampletime: stopped before it was done");
+}
+
+TEST_F(Stop, a_long_wait_does_not_run_out_of_descriptors)
+{
+    const Words command =
+        on_board_in_real_time({"--fault", "silence"}, {program(), "get", "sampletime"});
+    const Result result =
+        run({"bash", "-c", "ulimit -n 40; " + quoted(command) + "< <(sleep 1; printf 's\\n')"});
+    expect_failure(result, 3, "sampletime: stopped before it was done");
+}
+
+TEST_F(Stop, typed_s_ends_a_read_out_though_it_comes_in_pieces)
+{
+    const Words command = on_board_in_real_time(
+        {"--fault", "silence"}, {program(), "follow", "--keep-going", "--duration", "20"});
+    const Result result = run({"bash", "-c",
+                               quoted(command) + "< <(sleep 1; printf s; sleep 1.5; "
+                                                 "printf '\\n')"});
+    EXPECT_EQ(result.status, 3) << result.errors;
+}
+
+} // namespace

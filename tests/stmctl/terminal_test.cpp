@@ -1,0 +1,317 @@
+// stmctl on a terminal: the progress bar, the question before a boot loader, Ctrl-C from the
+// keyboard.
+#include "tests/stmctl/stmctl_bench.hpp"
+
+#include <poll.h>
+#include <pty.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+
+namespace
+{
+
+class Terminal : public StmctlBench
+{
+  protected:
+    void SetUp() override { write_file("image.bin", noise(5000, 9)); }
+
+    void open_terminal(const Words &words, unsigned short columns = 80)
+    {
+        const winsize size = {24, columns, 0, 0};
+        const std::string folder = path("");
+        child_ = forkpty(&keyboard_, nullptr, nullptr, &size);
+        if (child_ == 0) {
+            std::vector<char *> arguments;
+            for (const std::string &word : words) {
+                arguments.push_back(const_cast<char *>(word.c_str()));
+            }
+            arguments.push_back(nullptr);
+            if (chdir(folder.c_str()) == 0) {
+                execvp(arguments[0], arguments.data());
+            }
+            _exit(127);
+        }
+    }
+
+    void type(const std::string &keys) const
+    {
+        EXPECT_EQ(write(keyboard_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+
+    // Reads on until the words are on the screen, for 30 s at most.
+    void read_until(const std::string &words)
+    {
+        const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (screen_.find(words) == std::string::npos &&
+               std::chrono::steady_clock::now() < give_up && read_on()) {
+        }
+        EXPECT_NE(screen_.find(words), std::string::npos) << screen_;
+    }
+
+    // All that was shown, from the start; returns the exit status.
+    int close_terminal()
+    {
+        while (read_on()) {
+        }
+        int status = 0;
+        waitpid(child_, &status, 0);
+        close(keyboard_);
+        return WEXITSTATUS(status);
+    }
+
+    const std::string &screen() const { return screen_; }
+
+  private:
+    bool read_on()
+    {
+        pollfd shown = {keyboard_, POLLIN, 0};
+        poll(&shown, 1, 30000);
+        char piece[4096];
+        const ssize_t size = read(keyboard_, piece, sizeof(piece));
+        if (size > 0) {
+            screen_.append(piece, static_cast<size_t>(size));
+        }
+        return size > 0;
+    }
+
+    pid_t child_ = -1;
+    int keyboard_ = -1;
+    std::string screen_;
+};
+
+TEST_F(Terminal, shows_a_bar_that_refreshes_itself)
+{
+    open_terminal(on_board_with({}, {"flash", "firmware", "image.bin"}));
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(screen(),
+              "\r[.........................................]   0 %  0 of 5000 bytes"
+              "\r[#####......................]  20 %  1024 of 5000 bytes  26.9 KiB/s  0:00 left"
+              "\r[###########................]  40 %  2048 of 5000 bytes  40.4 KiB/s  0:00 left"
+              "\r[################...........]  61 %  3072 of 5000 bytes  48.5 KiB/s  0:00 left"
+              "\r[######################.....]  81 %  4096 of 5000 bytes  53.8 KiB/s  0:00 left"
+              "\r[###########################] 100 %  5000 of 5000 bytes  57.3 KiB/s  0:00 left\r\n"
+              "5000 bytes of firmware written to 0x08004000 in 0.09 s, 57.3 KiB/s; stmctl reset "
+              "starts it\r\n");
+}
+
+TEST_F(Terminal, bar_is_cut_to_a_narrow_terminal)
+{
+    open_terminal(on_board_with({}, {"flash", "firmware", "image.bin"}), 30);
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_NE(screen().find("\r[###########] 100 %  5000 of \r\n"), std::string::npos) << screen();
+}
+
+TEST_F(Terminal, failure_stands_below_the_bar)
+{
+    open_terminal(
+        on_board_with({"--fault", "checksum-error@2"}, {"flash", "firmware", "image.bin"}));
+    EXPECT_EQ(close_terminal(), 1);
+    EXPECT_NE(screen().find("left\r\nstmctl: flash incomplete at block 2, after 2048 of 5000 "),
+              std::string::npos)
+        << screen();
+}
+
+TEST_F(Terminal, asks_before_a_boot_loader_and_takes_yes)
+{
+    open_terminal(on_board_with({}, {"flash", "booter", "image.bin"}));
+    read_until("Type yes to go on: ");
+    type("yes\n");
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(screen().find("Replace the boot loader by image.bin (5000 bytes)?"), 0U);
+    EXPECT_TRUE(flash(0, 5000) == read_file("image.bin"));
+}
+
+TEST_F(Terminal, anything_but_yes_writes_nothing)
+{
+    for (const char *answer : {"y\n", "\n", "no\n", "yesterday\n", "\x04"}) {
+        open_terminal(on_board_with({}, {"flash", "booter", "image.bin"}));
+        read_until("Type yes to go on: ");
+        type(answer);
+        EXPECT_EQ(close_terminal(), 3);
+        EXPECT_TRUE(transcript().empty());
+    }
+}
+
+TEST_F(Terminal, interrupt_answers_the_question)
+{
+    open_terminal(on_board_with({}, {"flash", "booter", "image.bin"}));
+    read_until("Type yes to go on: ");
+    type("\x03");
+    EXPECT_EQ(close_terminal(), 3);
+    EXPECT_NE(
+        screen().find("^C\r\nstmctl: flash booter: nothing was written, only yes goes on\r\n"),
+        std::string::npos);
+    EXPECT_TRUE(transcript().empty());
+}
+
+TEST_F(Terminal, interrupt_leaves_a_download_below_the_bar)
+{
+    open_terminal(on_board_in_real_time({"--fault", "silence@2"},
+                                        {program(), "flash", "firmware", "image.bin"}));
+    read_until("2048 of 5000 bytes");
+    type("\x03");
+    EXPECT_EQ(close_terminal(), 3);
+    EXPECT_NE(screen().find("left^C\r\nstmctl: flash incomplete at block 2, after 2048 of 5000 "
+                            "bytes: stopped by the user; load the image again\r\n"),
+              std::string::npos)
+        << screen();
+}
+
+TEST_F(Terminal, watch_refreshes_one_line_and_sums_up_below_it)
+{
+    open_terminal(on_board_with({"--rate", "1000"}, {"watch", "--duration", "0.6"}));
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(screen(),
+              "\r0:00  192 records  702/s  lost 0  rejected 0  overflowing 0  fill 21 of 255"
+              "\r0:01  469 records  997/s  lost 0  rejected 0  overflowing 0  fill 80 of 255\r\n"
+              "stmctl: watch: 598 records, 0 lost, 0 rejected, 0 overflowing\r\n");
+}
+
+TEST_F(Terminal, a_remark_takes_the_place_of_the_line)
+{
+    open_terminal(
+        on_board_with({"--fault", "exchange@200"}, {"watch", "--duration", "2", "--keep-going"}));
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_NE(screen().find(" of 255\r" + std::string(77, ' ') + "\rstmctl: watch: fetching "),
+              std::string::npos)
+        << screen();
+}
+
+TEST_F(Terminal, interrupt_ends_watch_below_its_line)
+{
+    open_terminal(on_board_in_real_time({}, {program(), "watch"}));
+    read_until(" of 255");
+    type("\x03");
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_NE(screen().find("^C\r\nstmctl: watch: "), std::string::npos) << screen();
+}
+
+TEST_F(Terminal, ring_write_refreshes_one_line)
+{
+    if (unshare(CLONE_NEWIPC) != 0) {
+        GTEST_SKIP() << "shared memory of its own is not allowed here";
+    }
+    open_terminal(on_board_with({"--rate", "1000"}, {"ring", "write", "--duration", "0.6"}));
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(screen(), "\r0 records, 0 rejected\r249 records, 0 rejected"
+                        "\r499 records, 0 rejected\r\n"
+                        "stmctl: ring write: 599 records, 0 rejected, 0 failing exchanges\r\n");
+}
+
+TEST_F(Terminal, interrupt_does_not_reach_gnuplot)
+{
+    std::string rows = "\"U1e\";\n";
+    for (int row = 0; row < 200000; ++row) {
+        rows += std::to_string(row % 100) + ";\n";
+    }
+    write_file("rows.csv", {rows.begin(), rows.end()});
+    open_terminal(directly({}, {program(), "plot", "rows.csv", "--columns", "U1e"}));
+    usleep(100000);
+    type("\x03");
+    close_terminal();
+    EXPECT_EQ(screen().find("invalid command"), std::string::npos);
+}
+
+TEST_F(Terminal, typed_s_ends_a_wait)
+{
+    open_terminal(on_board_in_real_time({"--fault", "silence"}, {program(), "get", "sampletime"}));
+    wait_for_lines(5);
+    type("s\n");
+    EXPECT_EQ(close_terminal(), 3);
+    EXPECT_NE(screen().find("stmctl: sampletime: stopped before it was done\r\n"),
+              std::string::npos);
+}
+
+TEST_F(Terminal, bar_does_not_fill_a_wide_terminal)
+{
+    open_terminal(on_board_with({}, {"flash", "firmware", "image.bin"}), 200);
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_NE(
+        screen().find("\r[#################################........]  81 %  4096 of 5000 bytes  "
+                      "53.8 KiB/s  0:00 left\r"),
+        std::string::npos)
+        << screen();
+}
+
+TEST_F(Terminal, time_left_goes_down_to_nothing)
+{
+    write_file("image.bin", noise(507904, 2));
+    open_terminal(on_board_with({}, {"flash", "firmware", "image.bin"}));
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_NE(screen().find(" 1024 of 507904 bytes  26.9 KiB/s  0:18 left\r"), std::string::npos);
+    EXPECT_NE(screen().find(" 507904 of 507904 bytes  80.5 KiB/s  0:00 left\r\n"),
+              std::string::npos);
+}
+
+TEST_F(Terminal, watch_refreshes_a_line_four_times_a_second_and_shows_no_events)
+{
+    open_terminal(on_board_with({"--rate", "6000"}, {"watch", "--duration", "1.1"}), 100);
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(
+        screen(),
+        "\r0:00  766 records  2476/s  lost 204  rejected 0  overflowing 448  fill 254 of 255"
+        "\r0:01  1616 records  2702/s  lost 1241  rejected 0  overflowing 1088  fill 254 of 255"
+        "\r0:01  2466 records  2702/s  lost 2278  rejected 0  overflowing 1728  fill 254 of 255"
+        "\r\nstmctl: watch: 3061 records, 3112 lost, 0 rejected, 2176 overflowing\r\n");
+}
+
+TEST_F(Terminal, ring_writer_refreshes_a_line_four_times_a_second)
+{
+    if (unshare(CLONE_NEWIPC) != 0) {
+        GTEST_SKIP() << "shared memory of its own is not allowed here: " << strerror(errno);
+    }
+    open_terminal(on_board_with({}, {"ring", "write", "--duration", "1"}));
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(screen(), "\r0 records, 0 rejected"
+                        "\r249 records, 0 rejected"
+                        "\r499 records, 0 rejected"
+                        "\r749 records, 0 rejected\r\n"
+                        "stmctl: ring write: 999 records, 0 rejected, 0 failing exchanges\r\n");
+}
+
+TEST_F(Terminal, plot_wants_a_file_there)
+{
+    open_terminal(directly({}, {program(), "plot"}));
+    EXPECT_EQ(close_terminal(), 2);
+    EXPECT_EQ(screen(), "stmctl: plot: which file? see stmctl plot --help\r\n");
+}
+
+TEST_F(Terminal, hours_are_told)
+{
+    write_file("image.bin", noise(507904, 2));
+    open_terminal(on_board_with({"--fault", "late=1400", "--fault", "silence@3"},
+                                {"flash", "firmware", "image.bin"}));
+    EXPECT_EQ(close_terminal(), 1);
+    EXPECT_NE(screen().find("  1024 of 507904 bytes  0.0 KiB/s  6:21:30 left\r"), std::string::npos)
+        << screen();
+}
+
+TEST_F(Terminal, a_job_in_the_background_leaves_what_is_typed_alone)
+{
+    open_terminal({"bash", "-c",
+                   "set -m; sleep 0.2; " +
+                       quoted(on_board_with({"--fault", "silence"}, {"get", "sampletime"})) +
+                       "& wait $!; echo ended $?"});
+    type("s\n");
+    close_terminal();
+    EXPECT_NE(screen().find("ended 1\r\n"), std::string::npos) << screen();
+}
+
+TEST_F(Terminal, shorter_line_covers_the_one_before)
+{
+    open_terminal(on_board_with({"--rate", "1000"}, {"watch", "--duration", "6"}));
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_NE(screen().find("  1000/s  lost 0  rejected 0  overflowing 0  fill 80 of 255"
+                            "\r0:05  4638 records  997/s  lost 0  rejected 0  overflowing 0  "
+                            "fill 80 of 255 \r"),
+              std::string::npos)
+        << screen();
+}
+
+} // namespace

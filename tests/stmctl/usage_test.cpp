@@ -1,0 +1,138 @@
+// stmctl's words: help for everything, with examples, and status 2 for what makes no sense.
+#include "tests/stmctl/stmctl_bench.hpp"
+
+namespace
+{
+
+class Usage : public StmctlBench
+{
+  protected:
+    Result bare(const Words &arguments)
+    {
+        Words words = directly({}, {program()});
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return run(words);
+    }
+
+    std::string shown(const Words &arguments)
+    {
+        const Result result = bare(arguments);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.errors, "");
+        return result.output;
+    }
+};
+
+const char *const COMMANDS[] = {
+    "flash", "state", "version", "start",  "reset", "get", "set",   "list", "peek", "poke",
+    "dump",  "text",  "records", "follow", "adc",   "raw", "watch", "ring", "plot", "completion"};
+
+TEST_F(Usage, every_command_is_in_the_help_and_has_one_with_examples)
+{
+    const std::string all = shown({"--help"});
+    for (const std::string command : COMMANDS) {
+        EXPECT_NE(all.find("\n  " + command + " "), std::string::npos) << command;
+        const std::string own = shown({command, "--help"});
+        EXPECT_NE(own.find("Usage: stmctl " + command), std::string::npos) << command;
+        EXPECT_NE(own.find("Examples:\n  s"), std::string::npos) << command;
+        EXPECT_EQ(shown({command, "-h"}), own);
+        EXPECT_EQ(shown({"--help", command}), own);
+        EXPECT_EQ(shown({"help", command}), own);
+    }
+    EXPECT_EQ(shown({"-h"}), all);
+    EXPECT_EQ(shown({"help"}), all);
+}
+
+TEST_F(Usage, help_has_topics)
+{
+    EXPECT_NE(shown({"--help", "access"}).find("usermod -aG spi"), std::string::npos);
+    EXPECT_NE(shown({"--help", "status"}).find("    4  the device"), std::string::npos);
+    EXPECT_NE(shown({"--help", "stop"}).find("Ctrl-C ends stmctl at once"), std::string::npos);
+    expect_failure(bare({"--help", "nonsense"}), 2,
+                   "there is no help for 'nonsense'; see stmctl --help");
+}
+
+TEST_F(Usage, version_is_that_of_the_project)
+{
+    const std::string version = shown({"--version"});
+    EXPECT_EQ(version.substr(0, 7), "stmctl ");
+    EXPECT_NE(version.find('.'), std::string::npos);
+    EXPECT_EQ(version.back(), '\n');
+}
+
+TEST_F(Usage, words_that_make_no_sense_are_status_2)
+{
+    expect_failure(bare({}), 2, "no command; see stmctl --help");
+    expect_failure(bare({"nonsense"}), 2, "no command 'nonsense'; see stmctl --help");
+    expect_failure(bare({"state", "x"}), 2, "not expected: x; see stmctl state --help");
+    expect_failure(bare({"state", "--nonsense"}), 2,
+                   "not expected: --nonsense; see stmctl state --help");
+    expect_failure(bare({"records", "-n", "3", "x", "--odd", "y"}), 2,
+                   "not expected: x --odd y; see stmctl records --help");
+    expect_failure(bare({"--wait", "state"}), 2,
+                   "no option '--wait' in front of a command; see stmctl --help");
+    expect_failure(bare({"completion", "fish"}), 2,
+                   "SHELL: fish not in {bash}; see stmctl completion --help");
+    for (const std::string command : {"flash", "get", "set", "peek", "poke", "dump", "text"}) {
+        EXPECT_EQ(bare({command}).status, 2) << command;
+        EXPECT_EQ(bare({command, "--nonsense"}).status, 2) << command;
+    }
+}
+
+// As from a script whose variable is not set.
+TEST_F(Usage, an_empty_value_is_not_an_option_left_out)
+{
+    const Words options[] = {
+        {"follow", "-n", ""},         {"records", "--duration", ""},
+        {"records", "-o", ""},        {"watch", "--variant", ""},
+        {"plot", "-o", ""},           {"plot", ""},
+        {"text", "0", "--write", ""}, {"flash", "firmware", "image.bin", "--limit", ""},
+    };
+    for (const Words &words : options) {
+        const Result result = bare(words);
+        EXPECT_EQ(result.status, 2) << words[0];
+        EXPECT_NE(result.errors.find(": nothing is given; see stmctl "), std::string::npos)
+            << result.errors;
+    }
+}
+
+TEST_F(Usage, no_help_is_wider_than_a_terminal)
+{
+    for (const char *topic : {"access", "status", "stop"}) {
+        std::istringstream lines(bare({"--help", topic}).output);
+        for (std::string line; std::getline(lines, line);) {
+            EXPECT_LE(line.size(), 79U) << line;
+        }
+    }
+}
+
+TEST_F(Usage, without_a_board_the_device_is_not_there)
+{
+    for (const Words &words : {Words{"state"}, Words{"get", "sampletime"}, Words{"peek", "0"}}) {
+        const Result result = bare(words);
+        EXPECT_EQ(result.status, 4);
+        EXPECT_EQ(result.errors.substr(0, 37), "stmctl: cannot open /dev/spidev1.0: N");
+    }
+}
+
+TEST_F(Usage, topics_are_found_behind_each_word_for_help)
+{
+    const std::string access = shown({"--help", "access"});
+    EXPECT_EQ(shown({"-h", "access"}), access);
+    EXPECT_EQ(shown({"help", "access"}), access);
+}
+
+TEST_F(Usage, more_than_one_word_behind_help_is_no_topic)
+{
+    EXPECT_EQ(shown({"--help", "access", "status"}), shown({"--help"}));
+    EXPECT_EQ(shown({"--help", "flash", "firmware"}), shown({"flash", "--help"}));
+}
+
+TEST_F(Usage, help_tells_defaults)
+{
+    EXPECT_NE(shown({"flash", "--help"}).find("--retries N=0 "), std::string::npos);
+    EXPECT_NE(shown({"watch", "--help"}).find("{base,omega,temp}=temp"), std::string::npos);
+    EXPECT_NE(shown({"plot", "--help"}).find("--columns NAMES=U1e,U2e,U3e"), std::string::npos);
+}
+
+} // namespace
