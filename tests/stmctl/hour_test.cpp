@@ -53,4 +53,16 @@ TEST_F(Hour, no_record_is_lost_and_memory_does_not_grow)
         << result.errors;
 }
 
+// With a higher one it comes above the mark in the longest pause.
+TEST_F(Hour, the_buffer_stays_below_its_mark_at_a_lower_rate)
+{
+    const Result result = stmctl(
+        {"follow", "--variant", "temp", "--format", "csv", "--duration", "600", "-o", "/dev/null"},
+        {"--rate", "2200"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.errors.find(" records, 0 lost, 0 rejected, 0 overflowing\n"),
+              std::string::npos)
+        << result.errors;
+}
+
 } // namespace
