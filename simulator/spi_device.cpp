@@ -66,9 +66,8 @@ int transfers_of(unsigned long request)
     return static_cast<int>(size / sizeof(spi_ioc_transfer));
 }
 
-SpiDevice::SpiDevice(Coprocessor &coprocessor, Faults faults, VirtualClock &clock,
-                     Observer observer)
-    : coprocessor_(coprocessor), faults_(std::move(faults)), clock_(clock),
+SpiDevice::SpiDevice(Coprocessor &coprocessor, Faults faults, Passage pass, Observer observer)
+    : coprocessor_(coprocessor), faults_(std::move(faults)), pass_(std::move(pass)),
       observer_(std::move(observer))
 {
 }
@@ -146,12 +145,8 @@ int SpiDevice::fetch(std::span<const spi_ioc_transfer> transfers, const MessageL
 int SpiDevice::exchange_bytes(std::span<const spi_ioc_transfer> transfers)
 {
     miso_.resize(mosi_.size());
-    for (const spi_ioc_transfer &transfer : transfers) {
-        const uint32_t speed_hz = transfer.speed_hz != 0 ? transfer.speed_hz : speed_hz_;
-        clock_.advance(wire_time(transfer.len, std::min(speed_hz, HIGHEST_SPEED_HZ)) +
-                       std::chrono::microseconds(transfer.delay_usecs));
-    }
     coprocessor_.exchange(mosi_, miso_);
+    pass_(time_of(transfers));
     int result = static_cast<int>(mosi_.size());
     size_t at = 0;
     for (const spi_ioc_transfer &transfer : transfers) {
@@ -163,6 +158,17 @@ int SpiDevice::exchange_bytes(std::span<const spi_ioc_transfer> transfers)
     }
     observer_({exchanges_, mosi_, miso_, mosi_.size(), result, coprocessor_.note()});
     return result;
+}
+
+std::chrono::nanoseconds SpiDevice::time_of(std::span<const spi_ioc_transfer> transfers) const
+{
+    std::chrono::nanoseconds time{0};
+    for (const spi_ioc_transfer &transfer : transfers) {
+        const uint32_t speed_hz = transfer.speed_hz != 0 ? transfer.speed_hz : speed_hz_;
+        time += wire_time(transfer.len, std::min(speed_hz, HIGHEST_SPEED_HZ)) +
+                std::chrono::microseconds(transfer.delay_usecs);
+    }
+    return time;
 }
 
 int SpiDevice::set_speed(uint32_t speed_hz)

@@ -4,10 +4,10 @@
 #pragma once
 
 #include "simulator/coprocessor.hpp"
-#include "simulator/virtual_clock.hpp"
 
 #include <linux/spi/spidev.h>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -31,6 +31,12 @@ struct Exchange {
     std::string_view note;
 };
 
+// How long so many bytes take on a wire of this clock.
+constexpr std::chrono::nanoseconds wire_time(uint64_t bytes, uint32_t speed_hz)
+{
+    return std::chrono::nanoseconds(bytes * 8 * 1'000'000'000 / speed_hz);
+}
+
 struct MessageLength;
 
 // The number of transfers of an SPI_IOC_MESSAGE request, or -1 for any other request.
@@ -40,9 +46,11 @@ class SpiDevice
 {
   public:
     using Observer = std::function<void(const Exchange &)>;
+    using Passage = std::function<void(std::chrono::nanoseconds)>;
 
-    // The observer sees every exchange, in order. The clock advances by its time on the wire.
-    SpiDevice(Coprocessor &coprocessor, Faults faults, VirtualClock &clock, Observer observer);
+    // The observer sees every exchange, in order. Before it does, and before the program gets its
+    // bytes, the exchange's time on the wire passes.
+    SpiDevice(Coprocessor &coprocessor, Faults faults, Passage pass, Observer observer);
 
     int open();
     void close(); // the last close brings the default clock back
@@ -52,6 +60,7 @@ class SpiDevice
     int message(std::span<const spi_ioc_transfer> transfers);
     int fetch(std::span<const spi_ioc_transfer> transfers, const MessageLength &length);
     int exchange_bytes(std::span<const spi_ioc_transfer> transfers);
+    std::chrono::nanoseconds time_of(std::span<const spi_ioc_transfer> transfers) const;
     int configure(unsigned long request, void *argument);
     int set_speed(uint32_t speed_hz);
     template <typename Setting, typename Take>
@@ -61,7 +70,7 @@ class SpiDevice
 
     Coprocessor &coprocessor_;
     Faults faults_;
-    VirtualClock &clock_;
+    Passage pass_;
     Observer observer_;
     int opened_ = 0;
     int exchanges_ = 0;

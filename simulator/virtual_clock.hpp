@@ -19,10 +19,4 @@ class VirtualClock
     std::atomic<int64_t> elapsed_ = 0;
 };
 
-// How long so many bytes take on a wire of this clock.
-constexpr std::chrono::nanoseconds wire_time(uint64_t bytes, uint32_t speed_hz)
-{
-    return std::chrono::nanoseconds(bytes * 8 * 1'000'000'000 / speed_hz);
-}
-
 } // namespace simulator

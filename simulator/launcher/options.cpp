@@ -161,7 +161,10 @@ constexpr OptionRow OPTION_ROWS[] = {
     {"--busy", "N", "each frame keeps the board busy for N polls (0)", set_busy_polls},
     {"--seed", "N", "what the board measures: each N gives values of its own (1)", set_seed},
     {"--samples", "N", "good values in a frame of converter values, 0 to 255 (200)", set_samples},
-    {"--rate", "N", "records of a stream per second, 1 to 1000000 (1000)", set_rate},
+    {"--rate", "N",
+     "records of a stream per second, 1 to 1000000 (1000); what is asked for by\n"
+     "                        its number, and converter values, come as fast as the wire is",
+     set_rate},
     {"--header-index", "I",
      "place of a block's header in the 20 bytes of a stream's poll, 0 to 19,\n"
      "                        or any, another one each time (0)",

@@ -34,8 +34,8 @@ constinit RealCall<int(int)> real_close("close");
 constexpr char DEVICE[] = "/dev/spidev1.0";
 constexpr char DEVICE_NAME[] = "spidev1.0";
 
-// The driver lets one exchange pass at a time, and a process in the middle of one gets no signal
-// until it is over. A child gets the driver as nobody is in it.
+// The driver lets one exchange pass at a time, and a thread in the middle of one gets no signal and
+// is not cancelled until it is over. A child gets the driver as nobody is in it.
 pthread_mutex_t driver = PTHREAD_MUTEX_INITIALIZER;
 
 [[gnu::constructor]] void keep_driver_whole_over_forks()
@@ -52,11 +52,13 @@ class DriverCall
         sigset_t all;
         sigfillset(&all);
         pthread_sigmask(SIG_BLOCK, &all, &before_);
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state_);
         pthread_mutex_lock(&driver);
     }
     ~DriverCall()
     {
         pthread_mutex_unlock(&driver);
+        pthread_setcancelstate(cancel_state_, nullptr);
         pthread_sigmask(SIG_SETMASK, &before_, nullptr);
     }
     DriverCall(const DriverCall &) = delete;
@@ -64,6 +66,7 @@ class DriverCall
 
   private:
     sigset_t before_ = {};
+    int cancel_state_ = 0;
 };
 
 // The file by which descriptors of the device are known, under whatever numbers; set by the first

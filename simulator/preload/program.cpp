@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <ctime>
 #include <vector>
@@ -58,6 +59,17 @@ std::chrono::nanoseconds now()
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
+// Sleeps, for a host that waits for its wire leaves the processor to others. Signals are blocked
+// meanwhile, but a stopped process that goes on comes back early.
+void sleep_until(std::chrono::nanoseconds end)
+{
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(end);
+    const timespec time = {static_cast<time_t>(seconds.count()),
+                           static_cast<long>((end - seconds).count())};
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &time, nullptr) == EINTR) {
+    }
+}
+
 std::chrono::nanoseconds transcript_start()
 {
     static const std::chrono::nanoseconds start = now();
@@ -83,8 +95,23 @@ struct Board {
     BoardDirectory directory = open_directory();
     BoardIdentity identity = {};
     CommandValues saved_settings;
+    std::chrono::nanoseconds call_begin{0}; // of the call that the driver is in
     Coprocessor coprocessor{directory.bytes(), identity, settings().behaviour};
-    SpiDevice device{coprocessor, settings().behaviour.faults, program_clock, note_exchange};
+    SpiDevice device{coprocessor, settings().behaviour.faults,
+                     [this](std::chrono::nanoseconds time) { pass_wire_time(time); },
+                     note_exchange};
+
+  private:
+    // An exchange ends when the wire has had its time from the begin of the call on. What one
+    // exchange is late is not taken from the next, for on a wire it cannot be caught up either.
+    void pass_wire_time(std::chrono::nanoseconds time) const
+    {
+        if (counts_time()) {
+            program_clock.advance(time);
+        } else {
+            sleep_until(call_begin + time);
+        }
+    }
 };
 
 Board &board()
@@ -168,7 +195,8 @@ void device_close()
 
 int device_ioctl(unsigned long request, void *argument)
 {
-    board().coprocessor.advance_to(now());
+    board().call_begin = now();
+    board().coprocessor.advance_to(board().call_begin);
     const int result = board().device.ioctl(request, argument);
     save_settings(board());
     const Mode mode = board().coprocessor.mode();

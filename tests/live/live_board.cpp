@@ -18,7 +18,9 @@ LiveBoard::LiveBoard(const simulator::Behaviour &behaviour)
       coprocessor_({std::span<uint8_t, simulator::FLASH_SIZE>(flash_),
                     std::span<uint8_t, simulator::MEMORY_SIZE>(memory_)},
                    {}, behaviour),
-      device_(coprocessor_, behaviour.faults, clock_, [](const simulator::Exchange &) {})
+      device_(
+          coprocessor_, behaviour.faults, [this](auto time) { clock_.advance(time); },
+          [](const simulator::Exchange &) {})
 {
     running_board = this;
     stm_link = {};

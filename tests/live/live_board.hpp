@@ -3,6 +3,7 @@
 
 #include "simulator/coprocessor.hpp"
 #include "simulator/spi_device.hpp"
+#include "simulator/virtual_clock.hpp"
 
 #include <chrono>
 #include <vector>

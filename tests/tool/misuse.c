@@ -208,6 +208,53 @@ static void sleep_oddly(void)
            FD_ISSET(ends[0], &reading) != 0);
 }
 
+static void be_delayed(void)
+{
+    const int fd = open(DEVICE, O_RDWR);
+    uint8_t byte = 0;
+    struct spi_ioc_transfer two[2] = {transfer(&byte, &byte, 1), transfer(&byte, &byte, 1)};
+    struct timespec begin;
+    struct timespec end;
+    two[0].delay_usecs = 30000;
+    two[1].delay_usecs = 20000;
+    clock_gettime(CLOCK_MONOTONIC, &begin);
+    say("two transfers with delays of 30 and 20 ms", ioctl(fd, SPI_IOC_MESSAGE(2), two));
+    clock_gettime(CLOCK_MONOTONIC, &end);
+    const int64_t ns =
+        (int64_t)(end.tv_sec - begin.tv_sec) * 1000000000 + end.tv_nsec - begin.tv_nsec;
+    printf("at least 50 ms: %s\n", ns >= 50000000 ? "yes" : "no");
+}
+
+static volatile int cancelled_result = -2;
+static volatile int exchanging;
+
+static void *exchange_slowly(void *unused)
+{
+    static uint8_t bytes[4];
+    struct spi_ioc_transfer slow = transfer(bytes, bytes, sizeof(bytes));
+    slow.delay_usecs = 60000;
+    exchanging = 1;
+    cancelled_result = ioctl(device, SPI_IOC_MESSAGE(1), &slow);
+    pthread_testcancel();
+    return unused;
+}
+
+/* The cancellation may also come before the exchange: then it waits until after it all the same. */
+static void cancel_thread(void)
+{
+    uint8_t bytes[4] = {0};
+    device = open(DEVICE, O_RDWR);
+    pthread_t thread;
+    pthread_create(&thread, NULL, exchange_slowly, NULL);
+    while (!exchanging) {
+        usleep(1000);
+    }
+    pthread_cancel(thread);
+    pthread_join(thread, NULL);
+    say("the cancelled exchange", cancelled_result);
+    say("the next one", exchange(device, bytes, bytes, sizeof(bytes)));
+}
+
 static const struct {
     const char *name;
     void (*run)(void);
@@ -215,6 +262,7 @@ static const struct {
     {"pointers", use_bad_pointers},   {"transfers", use_odd_transfers},
     {"descriptors", use_descriptors}, {"interrupts", be_interrupted},
     {"forks", fork_from_threads},     {"times", sleep_oddly},
+    {"delays", be_delayed},           {"cancel", cancel_thread},
 };
 
 int main(int argc, char **argv)

@@ -1,7 +1,9 @@
-// update with its waits spent, not counted: as long as it takes on a real board.
+// Waits spent, not counted: exchanges and downloads take at least as long as on a real board. How
+// much longer is the machine's affair.
 #include "tests/tool/workbench.hpp"
 
 #include <chrono>
+#include <cstdio>
 
 namespace
 {
@@ -20,6 +22,47 @@ class RealTime : public Workbench
         return std::chrono::steady_clock::now() - begin;
     }
 };
+
+struct Exchanges {
+    const char *count;
+    const char *bytes;
+    const char *speed_hz;
+    long shortest_ns; // of one: bytes * 8 / speed
+};
+
+TEST_F(RealTime, an_exchange_takes_no_less_than_the_wire_needs)
+{
+    for (const Exchanges &row : {Exchanges{"1000", "20", "6000000", 26'666},
+                                 {"300", "4096", "6000000", 5'461'333},
+                                 {"1000", "20", "1000000", 160'000},
+                                 {"50", "4096", "1000000", 32'768'000}}) {
+        const Result result =
+            run(virtual_board({probe_program("wire_time"), row.count, row.bytes, row.speed_hz}));
+        const std::string words = result.output.substr(0, result.output.find('\n'));
+        long total_us = 0;
+        long shortest_ns = 0;
+        ASSERT_EQ(sscanf(words.c_str(), "exchanges: %ld us in all, shortest %ld ns", &total_us,
+                         &shortest_ns),
+                  2)
+            << result.output;
+        EXPECT_GE(shortest_ns, row.shortest_ns) << words;
+        EXPECT_GE(total_us, std::stol(row.count) * row.shortest_ns / 1000) << words;
+    }
+}
+
+TEST_F(RealTime, the_delays_of_its_transfers_belong_to_an_exchange)
+{
+    const Result result = run(virtual_board({probe_program("misuse"), "delays"}));
+    EXPECT_EQ(result.output, "two transfers with delays of 30 and 20 ms: 2\n"
+                             "at least 50 ms: yes\n");
+}
+
+TEST_F(RealTime, a_thread_is_not_cancelled_in_the_middle_of_an_exchange)
+{
+    const Result result = run(virtual_board({probe_program("misuse"), "cancel"}));
+    EXPECT_EQ(result.output, "the cancelled exchange: 4\n"
+                             "the next one: 4\n");
+}
 
 TEST_F(RealTime, a_silent_board_is_given_up_after_its_1501_polls)
 {
