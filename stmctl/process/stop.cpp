@@ -30,11 +30,13 @@ bool all_input = false; // is ours
 std::string typed;      // the line that is not complete yet
 
 // Others than those from the keyboard come twice without anybody wishing so, when a terminal is
-// closed for instance.
+// closed for instance. They end what blocks; but one that comes just before a write would not, and
+// the write would block for good. So the alarm repeats it.
 void on_signal(int signal_number)
 {
     signals_seen = 1;
     if (signal_number != SIGINT) {
+        alarm(1);
         return;
     }
     interrupts_seen = interrupts_seen + 1;
@@ -130,6 +132,10 @@ void watch_for_stop()
     for (const int signal_number : SIGNALS) {
         handle(signal_number);
     }
+    struct sigaction action = {};
+    action.sa_handler = [](int) { alarm(1); };
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGALRM, &action, nullptr);
 }
 
 void take_all_input()
