@@ -10,14 +10,15 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <functional>
 #include <random>
 
 namespace
 {
 
 constexpr uint32_t KILLS = 1000;
-constexpr auto LONGEST_START = std::chrono::seconds(20);
-constexpr auto DISTURBANCE = std::chrono::milliseconds(1500);
+constexpr auto LONGEST_WAIT = std::chrono::minutes(5); // which is a hang
+constexpr uint32_t DISTURBED = 2'000'000;              // puts beside somebody who scribbles
 constexpr size_t FIRST_CONTROL_BYTE = 7680;
 constexpr size_t SEGMENT_SIZE = 7704;
 
@@ -148,14 +149,19 @@ void scribble(Board &, uint32_t start)
 class DisturbedProcesses : public Processes
 {
   protected:
+    static bool comes_true(const std::function<bool()> &condition)
+    {
+        const auto deadline = Clock::now() + LONGEST_WAIT;
+        while (!condition() && Clock::now() < deadline) {
+            usleep(50);
+        }
+        return condition();
+    }
+
     // True if the process of this side has come to work.
     bool has_started(int side, uint32_t start) const
     {
-        const auto deadline = Clock::now() + LONGEST_START;
-        while (board->started[side] != start && Clock::now() < deadline) {
-            usleep(50);
-        }
-        return board->started[side] == start;
+        return comes_true([&] { return board->started[side] == start; });
     }
 
     static void kill_process(pid_t child)
@@ -173,10 +179,10 @@ class DisturbedProcesses : public Processes
         const pid_t scribbler = start(scribble, 5676);
         const pid_t reader = start(reading);
         const pid_t writer = start(write_disturbed);
-        const auto end = Clock::now() + DISTURBANCE;
-        while (Clock::now() < end) {
-            usleep(10'000);
-        }
+        EXPECT_TRUE(comes_true([this] {
+            const uint32_t looks = board->fresh + board->rejected + board->reported;
+            return board->put + board->refused > DISTURBED && looks > 0;
+        }));
         board->stop = 1;
         EXPECT_TRUE(ended_well({reader, writer}));
         kill_process(scribbler);

@@ -22,7 +22,7 @@
 namespace
 {
 
-constexpr unsigned LONGEST_LIFE = 300; // seconds
+constexpr unsigned LONGEST_LIFE = 3000; // seconds, lest a hang outlive its test
 constexpr int FAILED_CHILD = 99;
 
 bool has_namespace = false;

@@ -63,6 +63,14 @@ class RecordBench : public StmctlBench
         return values;
     }
 
+    // What is shown, each record behind the one before.
+    static void expect_rising(const Table &table)
+    {
+        for (size_t i = 1; i < table.size(); ++i) {
+            ASSERT_LT(std::stol(table[i - 1].at("rel_t")), std::stol(table[i].at("rel_t"))) << i;
+        }
+    }
+
     static Words numbers(int first, int last)
     {
         Words words;

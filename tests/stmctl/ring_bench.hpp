@@ -19,7 +19,10 @@ class RingBench : public RecordBench
     }
 
     // A script for bash. $STMCTL runs it, on a fresh board $BOARD $STMCTL. Both are single
-    // commands, so that $! is stmctl. "await WORDS FILE" waits until the words are in the file.
+    // commands, so that $! is stmctl. Events of the ring that it can wait for:
+    //     await_status WORDS    until ring status says the words
+    //     await_one             until one writer or reader is at work: each attaches it twice, and
+    //                           a writer once more if it was there
     Result script(const std::string &text)
     {
         std::string board;
@@ -30,22 +33,14 @@ class RingBench : public RecordBench
         for (const std::string &word : directly({}, {program()})) {
             stmctl += word + " ";
         }
-        return run({"bash", "-c",
-                    "BOARD='" + board + "'; STMCTL='" + stmctl +
-                        "'\n"
-                        "await() { for ((i = 0; i < 600; ++i)); do grep -qs \"$1\" \"$2\" && "
-                        "return; sleep 0.05; done; echo \"no $1\"; cat \"$2\"; }\n"
-                        "fill() { $BOARD --count-time --rate \"${2:-1000}\" $STMCTL ring write "
-                        "--duration \"$1\" 2>writer.err </dev/null; }\n" +
-                        text});
-    }
-
-    // What a file holds, every record of it behind the one before.
-    void expect_rising(const Table &table) const
-    {
-        for (size_t i = 1; i < table.size(); ++i) {
-            ASSERT_LT(std::stol(table[i - 1].at("rel_t")), std::stol(table[i].at("rel_t"))) << i;
-        }
+        return in_script("BOARD='" + board + "'; STMCTL='" + stmctl +
+                         "'\n"
+                         "says() { $STMCTL ring status 2>&1 </dev/null | grep -qe \"$1\"; }\n"
+                         "await_status() { await_command says \"$1\"; }\n"
+                         "await_one() { await_status '^attached    [23] times'; }\n"
+                         "fill() { $BOARD --count-time --rate \"${2:-1000}\" $STMCTL ring write "
+                         "--duration \"$1\" 2>writer.err </dev/null; }\n" +
+                         text);
     }
 
     static void expect_all(const Table &table)

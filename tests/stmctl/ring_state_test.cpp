@@ -103,9 +103,10 @@ TEST_F(RingState, who_uses_another_ring_is_not_named)
     script("$STMCTL ring remove --force; fill 0.1");
     EXPECT_NE(status().output.find("attached    0 times\n"), std::string::npos);
     shmdt(removed);
-    const Result result =
-        script("unshare --ipc $BOARD $STMCTL ring write 2>other.err </dev/null & other=$!\n"
-               "sleep 0.5; $STMCTL ring status | grep ^attached; kill $other; wait $other");
+    const Result result = script(
+        "unshare --ipc $BOARD --transcript other $STMCTL ring write 2>other.err </dev/null &\n"
+        "other=$!; await '; block 3:' other; $STMCTL ring status | grep ^attached; kill $other; "
+        "wait $other");
     EXPECT_EQ(result.output, "attached    0 times\n");
 }
 

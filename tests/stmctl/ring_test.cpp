@@ -61,8 +61,7 @@ TEST_F(Ring, status_names_the_processes_that_use_it)
 {
     const Result result =
         script("$BOARD $STMCTL ring write 2>writer.err </dev/null & writer=$!\n"
-               "until $STMCTL ring status >state 2>&1; do sleep 0.05; done; sleep 0.2\n"
-               "$STMCTL ring status; $STMCTL ring remove; echo $?\n"
+               "await_one; $STMCTL ring status; $STMCTL ring remove; echo $?\n"
                "kill $writer; wait $writer; echo $?; $STMCTL ring status | grep attached");
     EXPECT_NE(result.output.find("\nattached    2 times, process "), std::string::npos)
         << "once for the module, once for stmctl: " << result.output;
@@ -134,8 +133,8 @@ TEST_F(Ring, number_and_time_and_user_end_the_reader)
     EXPECT_EQ(script("$STMCTL ring read --from-oldest --duration 0.3").status, 0);
     EXPECT_EQ(script("$STMCTL ring read --duration 0.3").status, 1);
     EXPECT_EQ(script("$STMCTL ring read -n 5 --duration 0.3").status, 1);
-    EXPECT_EQ(script("$STMCTL ring read -n 5 < <(sleep 0.2; printf 's\\n')").status, 3);
-    EXPECT_EQ(script("$STMCTL ring read < <(sleep 0.2; printf 's\\n')").status, 0);
+    EXPECT_EQ(script("$STMCTL ring read -n 5 < <(await_one; printf 's\\n')").status, 3);
+    EXPECT_EQ(script("$STMCTL ring read < <(await_one; printf 's\\n')").status, 0);
     EXPECT_EQ(script("$STMCTL ring read -n 0").status, 2);
     EXPECT_EQ(script("$STMCTL ring read --format hex").status, 2);
     EXPECT_EQ(script("$STMCTL ring read --from-now --from-oldest").status, 2);
@@ -198,7 +197,7 @@ TEST_F(Ring, a_segment_of_another_size_is_said)
 
 TEST_F(Ring, removal_under_a_reader_ends_it)
 {
-    const Result result = script("fill 0.1; $STMCTL ring read 2>reader.err & sleep 0.3\n"
+    const Result result = script("fill 0.1; $STMCTL ring read 2>reader.err & await_one\n"
                                  "$STMCTL ring remove --force; wait %1; echo $?; cat reader.err");
     EXPECT_NE(result.output.find("4\nstmctl: the ring was removed\n"), std::string::npos)
         << result.output;
@@ -207,7 +206,7 @@ TEST_F(Ring, removal_under_a_reader_ends_it)
 TEST_F(Ring, removal_under_a_writer_ends_it)
 {
     const Result result = script("$BOARD $STMCTL ring write 2>writer.err </dev/null & \n"
-                                 "until $STMCTL ring status >state 2>&1; do sleep 0.02; done\n"
+                                 "await_one\n"
                                  "$STMCTL ring remove --force; wait %1; echo $?; cat writer.err");
     EXPECT_NE(result.output.find("4\nstmctl: the ring was removed\n"), std::string::npos)
         << result.output;
@@ -216,7 +215,7 @@ TEST_F(Ring, removal_under_a_writer_ends_it)
 TEST_F(Ring, damage_under_a_writer_ends_it)
 {
     const pid_t writer = start(on_board_in_real_time({}, {program(), "ring", "write"}));
-    wait_for_lines(100);
+    wait_for_note("; block 3:");
     auto *ring = static_cast<RingBuffer *>(shmat(shmget(RINGBUFFER_KEY, 0, 0), nullptr, 0));
     static_cast<volatile RingBuffer *>(ring)->write_index = 160;
     const Result result = finish(writer);
@@ -242,42 +241,59 @@ TEST_F(Ring, writer_starts_again_after_a_failing_exchange)
 
 TEST_F(Ring, writer_is_ended_by_its_user)
 {
-    EXPECT_EQ(script("$BOARD $STMCTL ring write < <(sleep 0.3; printf 's\\n')").status, 0);
-    EXPECT_EQ(
-        script("$BOARD $STMCTL ring write --duration 60 < <(sleep 0.3; printf 's\\n')").status, 3);
+    const std::string typed = " < <(await_one; printf 's\\n')";
+    EXPECT_EQ(script("$BOARD $STMCTL ring write" + typed).status, 0);
+    EXPECT_EQ(script("$BOARD $STMCTL ring write --duration 3600" + typed).status, 3);
     EXPECT_EQ(script("$BOARD --fault no-device $STMCTL ring write").status, 4);
     EXPECT_EQ(script("$BOARD $STMCTL ring write --duration 0").status, 2);
 }
 
-// The board begins anew with each writer.
+// The board begins anew with each writer. One that is killed late in the ring leaves the reader
+// time: it notices the next one as long as that has not come as far.
 TEST_F(Ring, killed_and_restarted_writers_are_noticed_and_not_fatal)
 {
-    const Result result = script(
-        "writer() { exec $BOARD --seed $1 --rate 200 $STMCTL ring write 2>>writer.err </dev/null; "
-        "}\n"
-        "writer 1 & writer=$!; until $STMCTL ring status >state 2>&1; do sleep 0.02; done\n"
-        "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!\n"
-        "sleep 0.6; kill -9 $writer; await 'no writer is there' reader.err\n"
-        "writer 2 & writer=$!; await 'begun anew' reader.err; sleep 0.5; kill -9 $writer\n"
-        "writer 3 & writer=$!; sleep 1; kill $reader; wait $reader; echo $?; kill $writer; wait");
+    const Result result =
+        script("writer() { exec $BOARD --rate 130 $STMCTL ring write 2>>writer.err </dev/null; }\n"
+               "begun() { [ \"$(grep -c 'begun anew' reader.err)\" -eq $1 ]; }\n"
+               "writer & writer=$!; await_one\n"
+               "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!\n"
+               "await ';' read.csv; await_status 'fills slot 1[0-4]. next'; kill -9 $writer\n"
+               "await 'no writer is there' reader.err\n"
+               "writer & writer=$!; await_command begun 1\n"
+               "await_status 'fills slot 1[0-4]. next'; kill -9 $writer\n"
+               "writer & writer=$!; await_command begun 2\n"
+               "kill $reader; wait $reader; echo $?; kill $writer; wait");
     EXPECT_EQ(result.output, "0\n");
     const std::string said = read_text("reader.err");
     EXPECT_EQ(count(said, "ring read: the writer has begun anew\n"), 2U) << said;
-    EXPECT_EQ(count(said, "records come again\n"), 1U);
-    EXPECT_NE(said.find(", 0 rejected, 0 overflowing, 0 overruns, 2 restarts of the writer\n"),
-              std::string::npos)
-        << said;
-    const Words times = column(csv(read_text("read.csv")), "rel_t");
-    EXPECT_EQ(std::ranges::count(times, "50"), 3) << "each writer's";
+    EXPECT_GE(count(said, "records come again\n"), 1U);
+    EXPECT_EQ(count(said, "records come again\n"), count(said, "no writer is there"));
+    EXPECT_NE(said.find(", 2 restarts of the writer\n"), std::string::npos) << said;
+    EXPECT_NE(said.find(" 0 rejected, "), std::string::npos) << said;
+    const Table table = csv(read_text("read.csv"));
+    int begins = 0;
+    for (size_t i = 1; i < table.size(); ++i) {
+        begins += std::stol(table[i].at("rel_t")) <= std::stol(table[i - 1].at("rel_t")) ? 1 : 0;
+    }
+    EXPECT_EQ(begins, 2);
 }
 
 TEST_F(Ring, a_lagging_reader_shows_whole_records_in_order_and_says_what_it_lost)
 {
     const Result result = script(
-        "$BOARD --rate 1000 $STMCTL ring write 2>writer.err </dev/null & writer=$!\n"
-        "until $STMCTL ring status >state 2>&1; do sleep 0.02; done\n"
-        "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!; sleep 0.3\n"
-        "for i in 1 2 3; do kill -STOP $reader; sleep 0.5; kill -CONT $reader; sleep 0.2; done\n"
+        "$BOARD --rate 1000 $STMCTL ring write 2>writer.err </dev/null & writer=$!; await_one\n"
+        "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!\n"
+        "await ';' read.csv\n"
+        "newest() {\n"
+        "  until $STMCTL ring status | sed -n 's/^newest *rel_t \\([0-9]*\\),.*/\\1/p' | grep .\n"
+        "  do :; done\n"
+        "}\n"
+        "runs_on() { [ \"$(newest)\" -gt $1 ]; }\n"
+        "told() { [ \"$(grep -c overrun: reader.err)\" -ge $1 ]; }\n"
+        "for i in 1 2 3; do\n"
+        "  kill -STOP $reader; await_command runs_on $(($(newest) + 320))\n"
+        "  kill -CONT $reader; await_command told $i\n"
+        "done\n"
         "kill $reader; wait $reader; echo $?; kill $writer; wait");
     EXPECT_EQ(result.output, "0\n");
     const std::string said = read_text("reader.err");
@@ -290,7 +306,6 @@ TEST_F(Ring, a_lagging_reader_shows_whole_records_in_order_and_says_what_it_lost
     }
     EXPECT_NE(said.find(", " + std::to_string(told) + " lost, "), std::string::npos) << said;
     const Table table = csv(read_text("read.csv"));
-    EXPECT_GT(table.size(), 500U);
     expect_rising(table);
     const long span = std::stol(table.back().at("rel_t")) - std::stol(table[0].at("rel_t")) + 1;
     const long lost = span - static_cast<long>(table.size());
@@ -311,7 +326,7 @@ TEST_F(Ring, one_that_cannot_be_made_is_said)
 TEST_F(Ring, a_new_one_in_its_place_ends_a_reader)
 {
     const Result result =
-        script("fill 0.1; $STMCTL ring read --duration 6 2>reader.err & sleep 0.3\n"
+        script("fill 0.1; $STMCTL ring read --duration 3600 2>reader.err & await_one\n"
                "$STMCTL ring remove --force; fill 0.1; wait %1; echo $?\n"
                "cat reader.err");
     EXPECT_NE(result.output.find("4\nstmctl: the ring was removed\n"), std::string::npos)
@@ -321,12 +336,12 @@ TEST_F(Ring, a_new_one_in_its_place_ends_a_reader)
 // The board goes on: what it sent while its writer was away is lost.
 TEST_F(Ring, what_is_missing_at_a_restart_on_the_same_board_is_lost)
 {
-    script(
-        "$BOARD --rate 200 --fault exchange@1500 $STMCTL ring write 2>writer.err </dev/null & "
-        "writer=$!\n"
-        "until $STMCTL ring status >state 2>&1; do sleep 0.02; done\n"
-        "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!\n"
-        "await 'begun anew' reader.err; sleep 0.5; kill $reader; wait $reader; kill $writer; wait");
+    script("$BOARD --rate 130 --fault exchange@9000 $STMCTL ring write 2>writer.err </dev/null & "
+           "writer=$!; await_one\n"
+           "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!\n"
+           "await 'begun anew' reader.err; lines=$(wc -l <read.csv)\n"
+           "more() { [ \"$(wc -l <read.csv)\" -gt $((lines + 20)) ]; }; await_command more\n"
+           "kill $reader; wait $reader; kill $writer; wait");
     const Table table = csv(read_text("read.csv"));
     ASSERT_GT(table.size(), 20U);
     const long span = std::stol(table.back().at("rel_t")) - std::stol(table[0].at("rel_t")) + 1;

@@ -34,6 +34,33 @@ class StmctlBench : public Workbench
         return run({"bash", "-c", quoted(on_board_with(options, arguments)) + " " + behind});
     }
 
+    // A script for bash that waits for events:
+    //     await WORDS FILE    until the words are in the file
+    //     polls N             until the transcript has N lines more than now
+    // Each gives up in the end, and says so, lest a test hang.
+    Result in_script(const std::string &text)
+    {
+        return run({"bash", "-c",
+                    "await_command() {\n"
+                    "  local i\n"
+                    "  for ((i = 0; i < 6000; ++i)); do \"$@\" && return; sleep 0.05; done\n"
+                    "  echo \"in vain: $*\"\n"
+                    "}\n"
+                    "await() { await_command grep -qs -e \"$1\" \"$2\"; }\n"
+                    "lines() { cat .transcript 2>/dev/null | wc -l; }\n"
+                    "has_lines() { [ \"$(lines)\" -ge \"$1\" ]; }\n"
+                    "polls() { await_command has_lines $(($(lines) + $1)); }\n" +
+                        text});
+    }
+
+    // A command on a board in real time, as one word of such a script.
+    std::string really(const Words &options, const Words &arguments)
+    {
+        Words command = {program()};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return quoted(on_board_in_real_time(options, command));
+    }
+
     static std::string quoted(const Words &words)
     {
         std::string line;

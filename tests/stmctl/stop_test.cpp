@@ -6,10 +6,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
-#include <thread>
+#include <fstream>
 
 namespace
 {
@@ -33,6 +32,18 @@ class Stop : public StmctlBench
         for (const auto &entry : std::filesystem::directory_iterator(folder, gone)) {
             if (std::filesystem::read_symlink(entry.path(), gone) == file) {
                 return true;
+            }
+        }
+        return false;
+    }
+
+    // Whether a signal waits to be delivered to a process.
+    static bool has_signal_pending(pid_t pid)
+    {
+        std::ifstream file("/proc/" + std::to_string(pid) + "/status");
+        for (std::string line; std::getline(file, line);) {
+            if (line.starts_with("ShdPnd:")) {
+                return line.find_first_of("123456789abcdef", sizeof("ShdPnd")) != std::string::npos;
             }
         }
         return false;
@@ -78,7 +89,7 @@ TEST_F(Stop, typed_s_may_come_through_a_pipe)
 {
     const Result result =
         run({"bash", "-c",
-             "printf 's\\nmore\\n' | { sleep 0.2; " +
+             "printf 's\\nmore\\n' | { " +
                  quoted(on_board_with({"--fault", "silence"}, {"get", "sampletime"})) +
                  "; echo $?; cat; }"});
     EXPECT_EQ(result.errors, "stmctl: sampletime: stopped before it was done\n");
@@ -146,11 +157,9 @@ TEST_F(Stop, a_second_interrupt_ends_it_at_once)
     ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
     const pid_t pid = start(directly({}, {program(), "plot", "pipe"}));
     const int writer = open(path("pipe").c_str(), O_RDWR | O_CLOEXEC);
-    while (!has_open(pid, path("pipe"))) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    wait_until("plot at work", [&] { return has_open(pid, path("pipe")); });
     kill(pid, SIGINT);
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    wait_until("the first one's delivery", [pid] { return !has_signal_pending(pid); });
     ASSERT_EQ(waitpid(pid, nullptr, WNOHANG), 0) << "ended by the first";
     kill(pid, SIGINT);
     const Result result = finish(pid);
@@ -168,10 +177,10 @@ TEST_F(Stop, failure_comes_before_a_wish_that_came_too_late)
 
 TEST_F(Stop, full_disk_is_told_behind_the_stop_of_a_download)
 {
-    const Words command = on_board_in_real_time({"--fault", "silence@2"},
-                                                {program(), "flash", "firmware", "image.bin"});
     expect_failure(
-        run({"bash", "-c", quoted(command) + ">/dev/full < <(sleep 0.5; printf 's\\n')"}), 3,
+        in_script(really({"--fault", "silence@2"}, {"flash", "firmware", "image.bin"}) +
+                  ">/dev/full < <(await 'silent from here on' .transcript; printf 's\\n')"),
+        3,
         "flash incomplete at block 2, after 2048 of 5000 bytes: stopped by the user; load the "
         "image again\n"
         "stmctl: cannot write the output: No space left on device");
@@ -179,11 +188,8 @@ TEST_F(Stop, full_disk_is_told_behind_the_stop_of_a_download)
 
 TEST_F(Stop, typed_s_ends_a_wait_though_it_comes_in_pieces)
 {
-    const Words command =
-        on_board_in_real_time({"--fault", "silence"}, {program(), "get", "sampletime"});
-    const Result result = run({"bash", "-c",
-                               quoted(command) + "< <(sleep 0.2; printf s; sleep 0.2; "
-                                                 "printf '\\n')"});
+    const Result result = in_script(really({"--fault", "silence"}, {"get", "sampletime"}) +
+                                    "< <(polls 3; printf s; polls 3; printf '\\n')");
     expect_failure(result, 3, "sampletime: stopped before it was done");
 }
 
@@ -219,20 +225,17 @@ TEST_F(Stop, typed_s_counts_where_others_have_read_the_lines_before)
 
 TEST_F(Stop, a_long_wait_does_not_run_out_of_descriptors)
 {
-    const Words command =
-        on_board_in_real_time({"--fault", "silence"}, {program(), "get", "sampletime"});
     const Result result =
-        run({"bash", "-c", "ulimit -n 40; " + quoted(command) + "< <(sleep 1; printf 's\\n')"});
+        in_script("ulimit -n 40; " + really({"--fault", "silence"}, {"get", "sampletime"}) +
+                  "< <(polls 500; printf 's\\n')");
     expect_failure(result, 3, "sampletime: stopped before it was done");
 }
 
 TEST_F(Stop, typed_s_ends_a_read_out_though_it_comes_in_pieces)
 {
-    const Words command = on_board_in_real_time(
-        {"--fault", "silence"}, {program(), "follow", "--keep-going", "--duration", "20"});
-    const Result result = run({"bash", "-c",
-                               quoted(command) + "< <(sleep 1; printf s; sleep 1.5; "
-                                                 "printf '\\n')"});
+    const Result result =
+        in_script(really({"--fault", "silence"}, {"follow", "--keep-going", "--duration", "3600"}) +
+                  "< <(polls 400; printf s; polls 400; printf '\\n')");
     EXPECT_EQ(result.status, 3) << result.errors;
 }
 

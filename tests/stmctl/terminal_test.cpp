@@ -12,6 +12,8 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 
 namespace
 {
@@ -44,10 +46,10 @@ class Terminal : public StmctlBench
         EXPECT_EQ(write(keyboard_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
 
-    // Reads on until the words are on the screen, for 30 s at most.
+    // Reads on until the words are on the screen.
     void read_until(const std::string &words)
     {
-        const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        const auto give_up = std::chrono::steady_clock::now() + std::chrono::minutes(5);
         while (screen_.find(words) == std::string::npos &&
                std::chrono::steady_clock::now() < give_up && read_on()) {
         }
@@ -65,13 +67,21 @@ class Terminal : public StmctlBench
         return WEXITSTATUS(status);
     }
 
+    // Whether the program has begun another one.
+    bool has_child() const
+    {
+        const std::string pid = std::to_string(child_);
+        std::ifstream children("/proc/" + pid + "/task/" + pid + "/children");
+        return !std::string(std::istreambuf_iterator<char>(children), {}).empty();
+    }
+
     const std::string &screen() const { return screen_; }
 
   private:
     bool read_on()
     {
         pollfd shown = {keyboard_, POLLIN, 0};
-        poll(&shown, 1, 30000);
+        poll(&shown, 1, 300'000);
         char piece[4096];
         const ssize_t size = read(keyboard_, piece, sizeof(piece));
         if (size > 0) {
@@ -212,7 +222,7 @@ TEST_F(Terminal, interrupt_does_not_reach_gnuplot)
     }
     write_file("rows.csv", {rows.begin(), rows.end()});
     open_terminal(directly({}, {program(), "plot", "rows.csv", "--columns", "U1e"}));
-    usleep(100000);
+    wait_until("gnuplot at work", [this] { return has_child(); });
     type("\x03");
     close_terminal();
     EXPECT_EQ(screen().find("invalid command"), std::string::npos);
@@ -295,10 +305,11 @@ TEST_F(Terminal, hours_are_told)
 TEST_F(Terminal, a_job_in_the_background_leaves_what_is_typed_alone)
 {
     open_terminal({"bash", "-c",
-                   "set -m; sleep 0.2; " +
+                   "set -m; until [ -e typed ]; do sleep 0.01; done; " +
                        quoted(on_board_with({"--fault", "silence"}, {"get", "sampletime"})) +
                        "& wait $!; echo ended $?"});
     type("s\n");
+    write_file("typed", {});
     close_terminal();
     EXPECT_NE(screen().find("ended 1\r\n"), std::string::npos) << screen();
 }

@@ -66,7 +66,8 @@ TEST_F(Watch, a_failing_exchange_ends_it_or_is_overcome)
 
 TEST_F(Watch, its_user_ends_it)
 {
-    const Result result = in_shell({"watch"}, "< <(sleep 0.3; printf 's\\n')");
+    const Result result =
+        in_script(really({}, {"watch"}) + "< <(await '; block 3:' .transcript; printf 's\\n')");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(in_shell({"watch"}, "| head -n 2; echo ${PIPESTATUS[0]}").errors, "");
 }

@@ -221,9 +221,7 @@ TEST_F(VirtualBoard, without_a_folder_hands_signals_on_and_cleans_up)
     const pid_t pid = start(shell({}, "trap 'echo caught; exit 5' TERM; "
                                       "echo $VIRTUAL_BOARD_DIRECTORY; touch up; "
                                       "while :; do sleep 0.01; done"));
-    while (!std::filesystem::exists(path("up"))) {
-        usleep(1000);
-    }
+    wait_until("the command at work", [this] { return std::filesystem::exists(path("up")); });
     kill(pid, SIGTERM);
     const Result result = finish(pid);
     EXPECT_EQ(result.status, 5);

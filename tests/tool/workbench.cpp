@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -224,15 +225,30 @@ std::vector<Line> Workbench::transcript() const
     return lines;
 }
 
-void Workbench::wait_for_lines(size_t count) const
+void Workbench::wait_until(const std::string &what, const std::function<bool()> &is_so)
 {
-    const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (std::chrono::steady_clock::now() < give_up) {
-        const std::string text = read_text(".transcript");
-        if (static_cast<size_t>(std::ranges::count(text, '\n')) >= count) {
-            return;
-        }
+    const auto give_up = std::chrono::steady_clock::now() + std::chrono::minutes(5);
+    while (!is_so()) {
+        ASSERT_LT(std::chrono::steady_clock::now(), give_up) << "in vain: " << what;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
-    FAIL() << "the transcript stays shorter than " << count << " lines";
+}
+
+void Workbench::wait_for_lines(size_t count) const
+{
+    wait_until(std::to_string(count) + " lines of the transcript", [this, count] {
+        const std::string text = read_text(".transcript");
+        return static_cast<size_t>(std::ranges::count(text, '\n')) >= count;
+    });
+}
+
+void Workbench::wait_for_note(const std::string &words) const
+{
+    wait_for_words(words, ".transcript");
+}
+
+void Workbench::wait_for_words(const std::string &words, const std::string &file) const
+{
+    wait_until(words + " in " + file,
+               [&] { return read_text(file).find(words) != std::string::npos; });
 }

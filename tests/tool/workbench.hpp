@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -66,8 +67,12 @@ class Workbench : public testing::Test
     // The transcript of the last command on the board.
     std::vector<Line> transcript() const;
 
-    // Waits until the transcript has so many lines, in real time.
-    void wait_for_lines(size_t count) const;
+    // Wait, in real time, until something is so. There is a limit, against hanging alone: how long
+    // anything takes is the machine's own affair.
+    static void wait_until(const std::string &what, const std::function<bool()> &is_so);
+    void wait_for_lines(size_t count) const;            // in the transcript
+    void wait_for_note(const std::string &words) const; // there
+    void wait_for_words(const std::string &words, const std::string &file) const;
 
   private:
     std::filesystem::path folder_;
