@@ -5,6 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace stm
+{
+
 template <typename Row, size_t COUNT>
 consteval bool codes_are_unique(const Row (&rows)[COUNT])
 {
@@ -31,3 +34,5 @@ consteval const Row &row_of(const Row (&rows)[COUNT], uint8_t code)
     no_row_has_this_code();
     return rows[0];
 }
+
+} // namespace stm

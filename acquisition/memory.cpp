@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdio>
 
+using namespace stm;
+
 namespace
 {
 

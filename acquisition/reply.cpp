@@ -4,6 +4,9 @@
 #include "link/link.hpp"
 #include "link/report.hpp"
 
+namespace stm
+{
+
 bool stm_read_reply(int32_t length)
 {
     if (length < 0) {
@@ -24,3 +27,5 @@ uint32_t reply_number(int32_t length, int32_t width)
     }
     return number;
 }
+
+} // namespace stm

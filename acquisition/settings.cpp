@@ -8,6 +8,8 @@
 
 #include <cfloat>
 
+using namespace stm;
+
 namespace
 {
 

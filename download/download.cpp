@@ -6,6 +6,8 @@
 #include "link/report.hpp"
 #include "link/stm_com_funcs.h"
 
+using namespace stm;
+
 namespace
 {
 

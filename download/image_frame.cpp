@@ -6,6 +6,9 @@
 
 #include <cstring>
 
+namespace stm
+{
+
 namespace
 {
 
@@ -40,3 +43,5 @@ int image_frame_send()
 {
     return stm_transfer(stm_link.transfer, STM_FRAME_SIZE);
 }
+
+} // namespace stm

@@ -10,6 +10,9 @@
 
 #include "link/link.hpp"
 
+namespace stm
+{
+
 // Clears the frame, but for its tail, and returns the place of its data: STM_BLOCK_SIZE bytes.
 uint8_t *image_frame_begin();
 
@@ -18,3 +21,5 @@ uint16_t image_frame_finish(uint32_t address, uint32_t size);
 
 // Exchanges the frame. Negative on failure.
 int image_frame_send();
+
+} // namespace stm

@@ -2,7 +2,12 @@
 // any order.
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
+
+namespace stm
+{
 
 constexpr uint8_t low_byte(uint32_t value)
 {
@@ -40,3 +45,21 @@ constexpr uint16_t get_be16(const uint8_t *from)
 {
     return static_cast<uint16_t>(from[0] << 8 | from[1]);
 }
+
+// A word of 32 or 64 bits, in one load.
+template <typename Word>
+Word get_be(const uint8_t *from)
+{
+    static_assert(sizeof(Word) == 4 || sizeof(Word) == 8);
+    Word word;
+    memcpy(&word, from, sizeof(word));
+    if constexpr (std::endian::native == std::endian::big) {
+        return word;
+    } else if constexpr (sizeof(Word) == 8) {
+        return __builtin_bswap64(word);
+    } else {
+        return __builtin_bswap32(word);
+    }
+}
+
+} // namespace stm

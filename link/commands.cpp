@@ -8,6 +8,8 @@
 
 #include <cstdio>
 
+using namespace stm;
+
 namespace
 {
 
@@ -45,7 +47,7 @@ int stm_query_byte(uint8_t command, uint8_t *answer)
         return -1;
     }
     usleep(STM_ANSWER_PAUSE_US);
-    if (link_poll_data() < 0) {
+    if (link_poll_data(1) < 0) {
         report_errno("read data");
         return -1;
     }

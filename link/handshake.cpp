@@ -6,6 +6,8 @@
 
 #include <unistd.h>
 
+using namespace stm;
+
 namespace
 {
 

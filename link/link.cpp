@@ -12,7 +12,14 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace stm
+{
+
 constinit StmLink stm_link = {};
+
+} // namespace stm
+
+using namespace stm;
 
 namespace
 {
@@ -74,6 +81,9 @@ void stm_close()
     }
 }
 
+namespace stm
+{
+
 int stm_transfer(spi_ioc_transfer &descriptor, int32_t length)
 {
     if (length < 0 || length > STM_BUFFER_SIZE) {
@@ -98,10 +108,10 @@ void link_prepare_transfer(spi_ioc_transfer &descriptor)
     descriptor.rx_buf = descriptor_address(stm_link.rx_buffer);
 }
 
-int link_poll_data()
+int link_poll_data(int32_t bytes)
 {
-    stm_link.tx_buffer[0] = STM_POLL_DATA;
-    return stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, 1);
+    memset(stm_link.tx_buffer, STM_POLL_DATA, static_cast<size_t>(bytes));
+    return stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, bytes);
 }
 
 int link_fetch_pair()
@@ -135,3 +145,5 @@ void link_clear_command_bytes()
     memset(stm_link.tx_buffer, 0, STM_COMMAND_BYTES);
     memset(stm_link.rx_buffer, 0, STM_COMMAND_BYTES);
 }
+
+} // namespace stm

@@ -9,6 +9,9 @@
 
 #include <cstdint>
 
+namespace stm
+{
+
 // Zero at program start.
 // Kept: commands and downloads clear no more of tx_buffer than they need. Bytes that none rewrites
 // stay as the last synchronisation, reply or read-out left them, and frames long enough to reach
@@ -41,9 +44,9 @@ void link_prepare_transfer(spi_ioc_transfer &descriptor);
 
 // The exchanges of which the conversation with the application consists. Each returns what
 // stm_transfer returns and leaves what came back at the start of rx_buffer.
-int link_poll_data();           // one 'D', for the byte that tells whether an answer is ready
-int link_fetch_pair();          // two zeros, for a number of 16 bits
-int link_fetch(int32_t length); // filler; all of tx_buffer then holds it
+int link_poll_data(int32_t bytes); // 'D's, for the bytes that tell whether an answer is ready
+int link_fetch_pair();             // two zeros, for a number of 16 bits
+int link_fetch(int32_t length);    // filler; all of tx_buffer then holds it
 
 // The same behind so many bytes that rx_buffer holds already. More than it has room for are refused
 // like any length that does not fit.
@@ -54,3 +57,5 @@ void link_clear_buffers();
 
 // Clears the bytes of both buffers in which a command is built and answered.
 void link_clear_command_bytes();
+
+} // namespace stm

@@ -5,6 +5,9 @@
 
 #include <cstdint>
 
+namespace stm
+{
+
 // The device and its clock. SPI mode and word size are the device's own.
 constexpr char STM_SPI_DEVICE[] = "/dev/spidev1.0";
 constexpr uint32_t STM_SPI_SPEED_HZ = 6'000'000;
@@ -64,3 +67,5 @@ constexpr uint32_t STM_BLOCK_TIMEOUT_US = 500'000; // after as many in vain
 // Image download.
 constexpr int32_t STM_BLOCK_SIZE = 1024;
 constexpr int32_t STM_FRAME_SIZE = 1034;
+
+} // namespace stm

@@ -6,6 +6,9 @@
 #include <cstdarg>
 #include <cstdio>
 
+namespace stm
+{
+
 void report_errno(const char *text)
 {
     perror(text);
@@ -27,3 +30,5 @@ void report_diagnostic(const char *format, ...)
     vfprintf(stderr, format, arguments);
     va_end(arguments);
 }
+
+} // namespace stm

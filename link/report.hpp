@@ -3,6 +3,9 @@
 
 #include "link/stm_com_funcs.h"
 
+namespace stm
+{
+
 // A failing system call: text, colon, blank and the system's own words on standard error.
 void report_errno(const char *text);
 
@@ -12,3 +15,5 @@ void report_errno(const char *text);
 
 // A remark beside the reports, on standard error.
 [[gnu::format(printf, 1, 2)]] void report_diagnostic(const char *format, ...);
+
+} // namespace stm

@@ -9,9 +9,9 @@
 #include "link/stm_com_funcs.h"
 #include "link/waiting.hpp"
 
-#include <unistd.h>
-
 #include <cstring>
+
+using namespace stm;
 
 namespace
 {
@@ -26,25 +26,8 @@ int send_frame(uint8_t code, const uint8_t params[STM_PARAM_BYTES])
     return stm_transfer(frame, stm_link.rx_buffer, STM_FRAME_BYTES);
 }
 
-// Kept: the byte of the last poll is not looked at; it can no longer succeed.
-Wait wait_until_ready(StmPollFn poll)
-{
-    for (int polls = 1;; ++polls) {
-        if (link_poll_data() < 0) {
-            return Wait::failed;
-        }
-        if (stop_requested(poll)) {
-            return Wait::stopped;
-        }
-        usleep(STM_PARAM_POLL_US);
-        if (polls == STM_PARAM_POLL_LIMIT) {
-            return Wait::timed_out;
-        }
-        if (stm_link.rx_buffer[0] == STM_ACK) {
-            return Wait::ready;
-        }
-    }
-}
+// Kept: it sleeps before it looks at what a poll has brought.
+constexpr Polling ANSWER_POLLING = {1, STM_PARAM_POLL_LIMIT, STM_PARAM_POLL_US};
 
 int32_t read_answer()
 {
@@ -64,7 +47,8 @@ int32_t stm_param_command(uint8_t code, const uint8_t params[STM_PARAM_BYTES], S
         report_errno("Error stm_com_funcs: SPI command \n");
         return -1;
     }
-    switch (wait_until_ready(poll)) {
+    int32_t at_once = 0; // the answer to a poll is one byte
+    switch (wait_until_ready(ANSWER_POLLING, poll, at_once)) {
     case Wait::failed:
         report_errno("Error stm_com_funcs: SPI wait for ACK\n");
         return -1;

@@ -1,10 +1,26 @@
-// How a wait ends, and how it listens to its operator.
+// How a wait for the co-processor goes, how it ends, and how it listens to its operator.
 #pragma once
 
 #include "link/stm_com_funcs.h"
 
+namespace stm
+{
+
+// How the co-processor is polled until it is ready.
+struct Polling {
+    int32_t bytes;     // 'D's in a poll; 0x55 anywhere in what comes back says that it is ready
+    int limit;         // of polls; kept: what the last one brings is not looked at
+    uint32_t pause_us; // after each poll, 0 for none
+};
+
 // How a wait for the co-processor ends.
 enum class Wait { ready, stopped, timed_out, failed };
 
+// Polls until the co-processor is ready; the place of its 0x55 in rx_buffer is then in ready_at.
+// Reports nothing: after a failing exchange errno tells why.
+Wait wait_until_ready(const Polling &polling, StmPollFn poll, int32_t &ready_at);
+
 // Calls the input poll once. True if it delivered exactly the stop line.
 bool stop_requested(StmPollFn poll);
+
+} // namespace stm

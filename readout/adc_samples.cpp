@@ -5,11 +5,12 @@
 #include "link/bytes.hpp"
 #include "link/link.hpp"
 #include "link/report.hpp"
-#include "readout/block_wait.hpp"
-#include "readout/request.hpp"
+#include "readout/block.hpp"
 #include "readout/text_buffer.hpp"
 
 #include <cstddef>
+
+using namespace stm;
 
 namespace
 {
@@ -120,7 +121,8 @@ bool checksum_ok(StmOutputFn output)
 bool wait_for_frame(StmPollFn poll, StmOutputFn output)
 {
     link_clear_buffers();
-    const Wait wait = block_wait("SPI datatransfer", poll, output);
+    int32_t at_once = 0;
+    const Wait wait = block_wait(BLOCK_POLLING, "SPI datatransfer", poll, output, at_once);
     if (wait == Wait::timed_out) {
         block_pause();
     }

@@ -8,36 +8,35 @@
 #include "link/bytes.hpp"
 #include "link/link.hpp"
 #include "link/report.hpp"
-#include "readout/block_records.hpp"
-#include "readout/block_wait.hpp"
-#include "readout/record_output.hpp"
+#include "readout/block.hpp"
 #include "readout/render.hpp"
-#include "readout/request.hpp"
+
+using namespace stm;
 
 namespace
 {
 
 // A counted read-out: its records, and what it calls its failing exchanges.
 struct BlockReadout {
-    const RecordFormat &format;
+    const RecordRequest &request;
     const char *poll_failure;
     const char *length_failure;
     const char *block_failure;
     const char *request_failure; // of all requests but the first
 };
 
-constexpr BlockReadout RECORDS = {STM_RECORD, "SPI datatransfer (1)", "SPI datatransfer (2)",
+constexpr BlockReadout RECORDS = {STM_REQUEST, "SPI datatransfer (1)", "SPI datatransfer (2)",
                                   "SPI datatransfer (3)", "SPI datatransfer (4)"};
-constexpr BlockReadout RECORDS_OMEGA = {STM_RECORD_OMEGA, "SPI datatransfer", "SPI datatransfer",
+constexpr BlockReadout RECORDS_OMEGA = {STM_REQUEST_OMEGA, "SPI datatransfer", "SPI datatransfer",
                                         "SPI datatransfer", "SPI datatransfer"};
-constexpr BlockReadout RECORDS_TEMP = {STM_RECORD_TEMP, "SPI datatransfer", "SPI datatransfer",
+constexpr BlockReadout RECORDS_TEMP = {STM_REQUEST_TEMP, "SPI datatransfer", "SPI datatransfer",
                                        "SPI datatransfer", "SPI datatransfer"};
 
 // Kept: a count below 0 goes out with its low 8 bits.
-int request_records(const RecordFormat &format, int64_t remaining)
+int request_records(const RecordRequest &request, int64_t remaining)
 {
-    const int64_t count = remaining < format.most ? remaining : format.most;
-    return request_send(format.command, static_cast<uint8_t>(count));
+    const int64_t count = remaining < request.most ? remaining : request.most;
+    return request_send(request.command, static_cast<uint8_t>(count));
 }
 
 bool fail(const char *text)
@@ -46,18 +45,11 @@ bool fail(const char *text)
     return false;
 }
 
-// Kept: a time-out is told and waited out, and then the same block is waited for again, without
-// end.
+// Kept: after a time-out the same block is waited for again, without end.
 bool wait_for_block(const BlockReadout &readout, StmPollFn poll, StmOutputFn output)
 {
-    for (;;) {
-        link_clear_buffers();
-        const Wait wait = block_wait(readout.poll_failure, poll, output);
-        if (wait != Wait::timed_out) {
-            return wait == Wait::ready;
-        }
-        block_pause();
-    }
+    int32_t at_once = 0; // the answer to a poll is one byte
+    return block_await(BLOCK_POLLING, readout.poll_failure, poll, output, at_once) == Wait::ready;
 }
 
 // Fetches the block that is ready and asks for the next one. False after a failing exchange.
@@ -71,34 +63,35 @@ bool fetch_block(const BlockReadout &readout, int64_t &remaining)
     if (link_fetch(length) < 0) {
         return fail(readout.block_failure);
     }
-    remaining -= length / readout.format.size;
-    if (remaining > 0 && request_records(readout.format, remaining) < 0) {
+    remaining -= length / readout.request.format.size;
+    if (remaining > 0 && request_records(readout.request, remaining) < 0) {
         return fail(readout.request_failure);
     }
     return true;
 }
 
-// Kept: the first record is taken whatever its marker is.
+// Kept: of a wrong checksum the place is reported; the text says index, the number is a byte's
+// offset.
 void show_records(const RecordFormat &format, int mode, StmOutputFn output)
 {
-    int32_t at = 0;
-    do {
-        const uint8_t *record = stm_link.rx_buffer + at;
-        if (!record_checksum_ok(format, record)) {
-            // Kept: the text says index, the number is a byte's offset.
+    const auto check = [&](const uint8_t *record, int32_t at) {
+        const bool good = record_checksum_ok(format, record);
+        if (!good) {
             report_message(output, "Wrong checksum detected (iCurrentBlockIndex = %d)\n", at);
-            return;
         }
-        output_record(format, record, mode, output);
-    } while (record_follows(format, at));
+        return good;
+    };
+    block_walk(format, check,
+               [&](const uint8_t *record) { output_record(format, record, mode, output); });
 }
 
 void read_records(const BlockReadout &readout, int count, int mode, StmPollFn poll,
                   StmOutputFn output)
 {
-    output_csv_header(readout.format, mode, output);
+    const RecordFormat &format = readout.request.format;
+    output_csv_header(format, mode, output);
     int64_t remaining = count;
-    if (request_records(readout.format, remaining) < 0) {
+    if (request_records(readout.request, remaining) < 0) {
         report_errno("SPI datatransfer");
         return;
     }
@@ -106,7 +99,7 @@ void read_records(const BlockReadout &readout, int count, int mode, StmPollFn po
         if (!wait_for_block(readout, poll, output) || !fetch_block(readout, remaining)) {
             return;
         }
-        show_records(readout.format, mode, output);
+        show_records(format, mode, output);
     } while (remaining > 0);
     stm_sync_transfer();
 }

@@ -1,11 +1,12 @@
 // The continuous read-outs: the live stream, record by record, until somebody stops it. One
 // algorithm for all formats.
-#include "link/link.hpp"
-#include "readout/block_records.hpp"
-#include "readout/record_output.hpp"
+#include "readout/block.hpp"
+#include "readout/render.hpp"
 #include "readout/sample_stream.hpp"
 
 #include <unistd.h>
+
+using namespace stm;
 
 namespace
 {
@@ -19,22 +20,10 @@ struct ContinuousReadout {
     uint32_t slow_pause_us; // before it, after every tenth block
 };
 
-constexpr ContinuousReadout RECORDS = {{STM_RECORD, 'I', STREAM_FAILURES, false}, 0, 0};
-constexpr ContinuousReadout RECORDS_OMEGA = {{STM_RECORD_OMEGA, 'N', STREAM_FAILURES, false}, 0, 0};
+constexpr ContinuousReadout RECORDS = {{STM_REQUEST, STREAM_FAILURES, false}, 0, 0};
+constexpr ContinuousReadout RECORDS_OMEGA = {{STM_REQUEST_OMEGA, STREAM_FAILURES, false}, 0, 0};
 constexpr ContinuousReadout RECORDS_TEMP = {
-    {STM_RECORD_TEMP_LIVE, 'U', STREAM_FAILURES, false}, 20'000, 60'000};
-
-void show_records(const RecordFormat &format, int mode, StmOutputFn output)
-{
-    int32_t at = 0;
-    do {
-        const uint8_t *record = stm_link.rx_buffer + at;
-        if (!record_check(format, record, output)) {
-            return;
-        }
-        output_record(format, record, mode, output);
-    } while (record_follows(format, at));
-}
+    {STM_REQUEST_TEMP_LIVE, STREAM_FAILURES, false}, 20'000, 60'000};
 
 // Kept: only one of the read-outs pauses.
 void pause(const ContinuousReadout &readout, int &blocks)
@@ -53,14 +42,15 @@ void pause(const ContinuousReadout &readout, int &blocks)
 void read_continuously(const ContinuousReadout &readout, int mode, StmPollFn poll,
                        StmOutputFn output)
 {
-    const RecordFormat &format = readout.stream.format;
+    const RecordFormat &format = readout.stream.request.format;
     output_csv_header(format, mode, output);
     if (!stream_begin(readout.stream)) {
         return;
     }
     int blocks = 0;
     while (stream_fetch_block(readout.stream, poll, output) == Wait::ready) {
-        show_records(format, mode, output);
+        block_walk(format, output,
+                   [&](const uint8_t *record) { output_record(format, record, mode, output); });
         pause(readout, blocks);
     }
 }

@@ -1,8 +1,10 @@
 // Fifty bytes that nobody interprets.
 #include "link/link.hpp"
 #include "link/report.hpp"
-#include "readout/block_wait.hpp"
+#include "readout/block.hpp"
 #include "readout/text_buffer.hpp"
+
+using namespace stm;
 
 namespace
 {
@@ -67,7 +69,8 @@ void show_bytes(int mode, StmOutputFn output)
 // Kept: after a time-out the bytes are fetched all the same, and at once.
 bool wait_for_bytes(StmPollFn poll, StmOutputFn output)
 {
-    const Wait wait = block_wait("SPI datatransfer", poll, output);
+    int32_t at_once = 0;
+    const Wait wait = block_wait(BLOCK_POLLING, "SPI datatransfer", poll, output, at_once);
     return wait == Wait::ready || wait == Wait::timed_out;
 }
 

@@ -1,12 +1,17 @@
-// The records that the co-processor delivers, as data: where each field lies on the wire and how it
-// is shown. Records are packed and little-endian.
+// The records that the co-processor delivers, as data: where each field lies on the wire, how it is
+// shown, and how records are asked for. Records are packed and little-endian.
 #pragma once
 
+#include "link/decimal.hpp"
 #include "link/protocol.hpp"
 
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
+
+namespace stm
+{
 
 // How a field's bytes become a number of 32 bits.
 enum class Wire : uint8_t { u8, i8, u16, i16, i32 };
@@ -21,17 +26,63 @@ struct RecordField {
     const char *name;  // of the CSV column
     int32_t offset;
     Wire wire;
-    Csv csv;
-    Line line;
+    Line line = Line::plain;
+    Csv csv = Csv::with_sign;
+};
+
+// How a record becomes text.
+struct RecordRenderer {
+    char *(*write)(const uint8_t *record, char *to); // returns the place after what it has written
+    int32_t longest;                                 // that it can write, and a NUL
 };
 
 struct RecordFormat {
     int32_t size;                        // in bytes; the last two are the checksum over the others
     std::span<const RecordField> fields; // in the order in which they are shown
     int32_t reserved_at;                 // two bytes that are not shown; 0 if there are none
-    uint8_t command;                     // of a request for such records
-    int32_t most;                        // records in one request
+    RecordRenderer text;                 // labelled
+    RecordRenderer csv;
 };
+
+// How records are asked for.
+struct RecordRequest {
+    const RecordFormat &format;
+    uint8_t command;
+    int32_t most;   // records in one counted request
+    uint8_t stream; // what stands in place of their number when the live stream is wanted
+};
+
+// Made by the compiler from a table of fields, see render_fields.hpp.
+template <const auto &FIELDS>
+char *render_fields_text(const uint8_t *record, char *to);
+template <const auto &FIELDS>
+char *render_fields_csv(const uint8_t *record, char *to);
+
+constexpr int32_t RECORD_TEXT_SIZE =
+    640; // room for a record of any format, as text or as a hex dump
+
+template <const auto &FIELDS>
+consteval RecordFormat record_format(int32_t size, int32_t reserved_at = 0)
+{
+    int32_t longest_text = 1;
+    int32_t longest_csv = sizeof("\n");
+    for (const RecordField &field : FIELDS) {
+        const auto label = static_cast<int32_t>(std::string_view(field.label).size());
+        longest_text += label + LONGEST_DECIMAL + (field.line == Line::ends_group ? 2 : 1);
+        longest_csv += LONGEST_DECIMAL + 1;
+    }
+    return {size,
+            FIELDS,
+            reserved_at,
+            {render_fields_text<FIELDS>, longest_text},
+            {render_fields_csv<FIELDS>, longest_csv}};
+}
+
+// True if every record's text has room in the memory that it is put into.
+consteval bool record_has_room(const RecordFormat &format)
+{
+    return format.text.longest <= RECORD_TEXT_SIZE && format.csv.longest <= STM_MESSAGE_SIZE;
+}
 
 constexpr int32_t RECORD_NUMBER_AT = 1;
 constexpr int32_t RECORD_CHECKSUM_SIZE = 2;
@@ -73,86 +124,115 @@ consteval bool record_is_covered(const RecordFormat &format)
 }
 
 // True if the largest request fills the receive buffer as far as whole records do.
-consteval bool record_request_fits(const RecordFormat &format)
+consteval bool record_request_fits(const RecordRequest &request)
 {
-    return format.most == STM_BUFFER_SIZE / format.size;
+    return request.most == STM_BUFFER_SIZE / request.format.size;
+}
+
+void no_field_has_this_name(); // never defined: field_named cannot be evaluated once it comes to it
+
+// A look-up that the compiler makes, so that a name without a field does not compile.
+consteval const RecordField &field_named(const RecordFormat &format, std::string_view name)
+{
+    for (const RecordField &field : format.fields) {
+        if (field.name == name) {
+            return field;
+        }
+    }
+    no_field_has_this_name();
+    return format.fields.front();
 }
 
 // The three kinds of records. Kept: labels that name another type than the field has, the
 // temperature's label, and the places of Uen and negIe, which are not those on the wire.
 
 // clang-format off
-constexpr RecordField STM_RECORD_FIELDS[] = {
-    {"stm_uint8_t  nr   : ",              "nr",            1, Wire::u8,  Csv::with_sign,     Line::plain},
-    {"stm_int32_t  rel_t: ",              "rel_t",         4, Wire::i32, Csv::without_sign,  Line::ends_group},
-    {"stm_int32_t  U1e  : ",              "U1e",          12, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  U2e  : ",              "U2e",          16, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  U3e  : ",              "U3e",          20, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  Uen  : ",              "Uen",           8, Wire::i32, Csv::with_sign,     Line::ends_group},
-    {"stm_int32_t  I1   : ",              "I1",           28, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  I2   : ",              "I2",           32, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  I3   : ",              "I3",           36, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  -Ie  : ",              "negIe",        24, Wire::i32, Csv::with_sign,     Line::ends_group},
-    {"stm_int16_t  BE1  : ",              "BE1",          40, Wire::i32, Csv::with_sign,     Line::plain}, // 32 bits here
-    {"stm_int16_t  BE2  : ",              "BE2",          44, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int8_t   BE   : ",              "BE",           48, Wire::i8,  Csv::with_sign,     Line::plain},
-    {"stm_uint32_t   BE32_01_ext   : ",   "BE32_01_ext",  49, Wire::i32, Csv::without_sign,  Line::plain},
-    {"stm_uint8    buffered  : ",         "buffered",     53, Wire::u8,  Csv::with_sign,     Line::plain},
-    {"stm_int8_t   checksum  : ",         "checksum",     54, Wire::u16, Csv::with_sign,     Line::ends_group},
+inline constexpr RecordField STM_RECORD_FIELDS[] = {
+    {"stm_uint8_t  nr   : ",              "nr",            1, Wire::u8},
+    {"stm_int32_t  rel_t: ",              "rel_t",         4, Wire::i32, Line::ends_group, Csv::without_sign},
+    {"stm_int32_t  U1e  : ",              "U1e",          12, Wire::i32},
+    {"stm_int32_t  U2e  : ",              "U2e",          16, Wire::i32},
+    {"stm_int32_t  U3e  : ",              "U3e",          20, Wire::i32},
+    {"stm_int32_t  Uen  : ",              "Uen",           8, Wire::i32, Line::ends_group},
+    {"stm_int32_t  I1   : ",              "I1",           28, Wire::i32},
+    {"stm_int32_t  I2   : ",              "I2",           32, Wire::i32},
+    {"stm_int32_t  I3   : ",              "I3",           36, Wire::i32},
+    {"stm_int32_t  -Ie  : ",              "negIe",        24, Wire::i32, Line::ends_group},
+    {"stm_int16_t  BE1  : ",              "BE1",          40, Wire::i32}, // 32 bits here
+    {"stm_int16_t  BE2  : ",              "BE2",          44, Wire::i32},
+    {"stm_int8_t   BE   : ",              "BE",           48, Wire::i8},
+    {"stm_uint32_t   BE32_01_ext   : ",   "BE32_01_ext",  49, Wire::i32, Line::plain, Csv::without_sign},
+    {"stm_uint8    buffered  : ",         "buffered",     53, Wire::u8},
+    {"stm_int8_t   checksum  : ",         "checksum",     54, Wire::u16, Line::ends_group},
 };
 
-constexpr RecordField STM_RECORD_FIELDS_OMEGA[] = {
-    {"stm_uint8_t  nr   : ",              "nr",            1, Wire::u8,  Csv::with_sign,     Line::plain},
-    {"stm_uint16_t  omega_t : ",          "omega_t",       2, Wire::u16, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  rel_t: ",              "rel_t",         4, Wire::i32, Csv::without_sign,  Line::ends_group},
-    {"stm_int32_t  U1e  : ",              "U1e",          12, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  U2e  : ",              "U2e",          16, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  U3e  : ",              "U3e",          20, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  Uen  : ",              "Uen",           8, Wire::i32, Csv::with_sign,     Line::ends_group},
-    {"stm_int32_t  I1   : ",              "I1",           28, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  I2   : ",              "I2",           32, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  I3   : ",              "I3",           36, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  -Ie  : ",              "negIe",        24, Wire::i32, Csv::with_sign,     Line::ends_group},
-    {"stm_int16_t  BE1  : ",              "BE1",          40, Wire::i16, Csv::with_sign,     Line::plain},
-    {"stm_int16_t  BE2  : ",              "BE2",          42, Wire::i16, Csv::with_sign,     Line::plain},
-    {"stm_int8_t   BE   : ",              "BE",           44, Wire::i8,  Csv::with_sign,     Line::plain},
-    {"stm_uint32_t   BE32_01_ext   : ",   "BE32_01_ext",  45, Wire::i32, Csv::without_sign,  Line::plain},
-    {"stm_uint8    buffered  : ",         "buffered",     49, Wire::u8,  Csv::with_sign,     Line::plain},
-    {"stm_int8_t   checksum  : ",         "checksum",     50, Wire::u16, Csv::with_sign,     Line::ends_group},
+inline constexpr RecordField STM_RECORD_FIELDS_OMEGA[] = {
+    {"stm_uint8_t  nr   : ",              "nr",            1, Wire::u8},
+    {"stm_uint16_t  omega_t : ",          "omega_t",       2, Wire::u16},
+    {"stm_int32_t  rel_t: ",              "rel_t",         4, Wire::i32, Line::ends_group, Csv::without_sign},
+    {"stm_int32_t  U1e  : ",              "U1e",          12, Wire::i32},
+    {"stm_int32_t  U2e  : ",              "U2e",          16, Wire::i32},
+    {"stm_int32_t  U3e  : ",              "U3e",          20, Wire::i32},
+    {"stm_int32_t  Uen  : ",              "Uen",           8, Wire::i32, Line::ends_group},
+    {"stm_int32_t  I1   : ",              "I1",           28, Wire::i32},
+    {"stm_int32_t  I2   : ",              "I2",           32, Wire::i32},
+    {"stm_int32_t  I3   : ",              "I3",           36, Wire::i32},
+    {"stm_int32_t  -Ie  : ",              "negIe",        24, Wire::i32, Line::ends_group},
+    {"stm_int16_t  BE1  : ",              "BE1",          40, Wire::i16},
+    {"stm_int16_t  BE2  : ",              "BE2",          42, Wire::i16},
+    {"stm_int8_t   BE   : ",              "BE",           44, Wire::i8},
+    {"stm_uint32_t   BE32_01_ext   : ",   "BE32_01_ext",  45, Wire::i32, Line::plain, Csv::without_sign},
+    {"stm_uint8    buffered  : ",         "buffered",     49, Wire::u8},
+    {"stm_int8_t   checksum  : ",         "checksum",     50, Wire::u16, Line::ends_group},
 };
 
-constexpr RecordField STM_RECORD_FIELDS_TEMP[] = {
-    {"stm_uint8_t  nr   : ",              "nr",            1, Wire::u8,  Csv::with_sign,     Line::plain},
-    {"stm_uint16_t omega_t : ",           "temp",          2, Wire::u16, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  rel_t: ",              "rel_t",         4, Wire::i32, Csv::without_sign,  Line::ends_group},
-    {"stm_int32_t  U1e  : ",              "U1e",          12, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  U2e  : ",              "U2e",          16, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  U3e  : ",              "U3e",          20, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  Uen  : ",              "Uen",           8, Wire::i32, Csv::with_sign,     Line::ends_group},
-    {"stm_int32_t  I1   : ",              "I1",           28, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  I2   : ",              "I2",           32, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  I3   : ",              "I3",           36, Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  -Ie  : ",              "negIe",        24, Wire::i32, Csv::with_sign,     Line::ends_group},
-    {"stm_int16_t  BE1  : ",              "BE1",          40, Wire::i16, Csv::with_sign,     Line::plain},
-    {"stm_int16_t  BE2  : ",              "BE2",          42, Wire::i16, Csv::with_sign,     Line::plain},
-    {"stm_int8_t   BE   : ",              "BE",           44, Wire::i8,  Csv::with_sign,     Line::plain},
-    {"stm_uint8    buffered  : ",         "buffered",     45, Wire::u8,  Csv::with_sign,     Line::plain},
-    {"stm_int8_t   checksum  : ",         "checksum",     46, Wire::u16, Csv::with_sign,     Line::ends_group},
+inline constexpr RecordField STM_RECORD_FIELDS_TEMP[] = {
+    {"stm_uint8_t  nr   : ",              "nr",            1, Wire::u8},
+    {"stm_uint16_t omega_t : ",           "temp",          2, Wire::u16},
+    {"stm_int32_t  rel_t: ",              "rel_t",         4, Wire::i32, Line::ends_group, Csv::without_sign},
+    {"stm_int32_t  U1e  : ",              "U1e",          12, Wire::i32},
+    {"stm_int32_t  U2e  : ",              "U2e",          16, Wire::i32},
+    {"stm_int32_t  U3e  : ",              "U3e",          20, Wire::i32},
+    {"stm_int32_t  Uen  : ",              "Uen",           8, Wire::i32, Line::ends_group},
+    {"stm_int32_t  I1   : ",              "I1",           28, Wire::i32},
+    {"stm_int32_t  I2   : ",              "I2",           32, Wire::i32},
+    {"stm_int32_t  I3   : ",              "I3",           36, Wire::i32},
+    {"stm_int32_t  -Ie  : ",              "negIe",        24, Wire::i32, Line::ends_group},
+    {"stm_int16_t  BE1  : ",              "BE1",          40, Wire::i16},
+    {"stm_int16_t  BE2  : ",              "BE2",          42, Wire::i16},
+    {"stm_int8_t   BE   : ",              "BE",           44, Wire::i8},
+    {"stm_uint8    buffered  : ",         "buffered",     45, Wire::u8},
+    {"stm_int8_t   checksum  : ",         "checksum",     46, Wire::u16, Line::ends_group},
 };
 // clang-format on
 
 // Kept: the live read-out's CSV header calls the temperature as labelled text does.
-constexpr auto STM_RECORD_FIELDS_TEMP_LIVE = [] {
+inline constexpr auto STM_RECORD_FIELDS_TEMP_LIVE = [] {
     auto fields = std::to_array(STM_RECORD_FIELDS_TEMP);
     fields[1].name = "omega_t";
     return fields;
 }();
 
-constexpr RecordFormat STM_RECORD = {56, STM_RECORD_FIELDS, 2, 0xC8, 73};
-constexpr RecordFormat STM_RECORD_OMEGA = {52, STM_RECORD_FIELDS_OMEGA, 0, 0xC1, 78};
-constexpr RecordFormat STM_RECORD_TEMP = {48, STM_RECORD_FIELDS_TEMP, 0, 0x02, 85};
-constexpr RecordFormat STM_RECORD_TEMP_LIVE = {48, STM_RECORD_FIELDS_TEMP_LIVE, 0, 0x02, 85};
+inline constexpr RecordFormat STM_RECORD = record_format<STM_RECORD_FIELDS>(56, 2);
+inline constexpr RecordFormat STM_RECORD_OMEGA = record_format<STM_RECORD_FIELDS_OMEGA>(52);
+inline constexpr RecordFormat STM_RECORD_TEMP = record_format<STM_RECORD_FIELDS_TEMP>(48);
+inline constexpr RecordFormat STM_RECORD_TEMP_LIVE = [] {
+    RecordFormat format = STM_RECORD_TEMP;
+    format.fields = STM_RECORD_FIELDS_TEMP_LIVE;
+    return format;
+}();
 
-static_assert(record_is_covered(STM_RECORD) && record_request_fits(STM_RECORD));
-static_assert(record_is_covered(STM_RECORD_OMEGA) && record_request_fits(STM_RECORD_OMEGA));
-static_assert(record_is_covered(STM_RECORD_TEMP) && record_request_fits(STM_RECORD_TEMP));
+inline constexpr RecordRequest STM_REQUEST = {STM_RECORD, 0xC8, 73, 'I'};
+inline constexpr RecordRequest STM_REQUEST_OMEGA = {STM_RECORD_OMEGA, 0xC1, 78, 'N'};
+inline constexpr RecordRequest STM_REQUEST_TEMP = {STM_RECORD_TEMP, 0x02, 85, 'U'};
+inline constexpr RecordRequest STM_REQUEST_TEMP_LIVE = {STM_RECORD_TEMP_LIVE, 0x02, 85, 'U'};
+
+static_assert(record_has_room(STM_RECORD) && record_has_room(STM_RECORD_OMEGA) &&
+              record_has_room(STM_RECORD_TEMP));
+static_assert(record_is_covered(STM_RECORD) && record_request_fits(STM_REQUEST));
+static_assert(record_is_covered(STM_RECORD_OMEGA) && record_request_fits(STM_REQUEST_OMEGA));
+static_assert(record_is_covered(STM_RECORD_TEMP) && record_request_fits(STM_REQUEST_TEMP));
+static_assert(record_is_covered(STM_RECORD_TEMP_LIVE) &&
+              record_request_fits(STM_REQUEST_TEMP_LIVE));
+
+} // namespace stm

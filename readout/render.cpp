@@ -1,41 +1,77 @@
 // Records as text.
 #include "readout/render.hpp"
 
-#include "link/bytes.hpp"
-#include "link/stm_com_funcs.h"
+#include "link/decimal.hpp"
+#include "link/link.hpp"
+#include "readout/render_fields.hpp"
+
+namespace stm
+{
+
+template char *render_fields_text<STM_RECORD_FIELDS>(const uint8_t *, char *);
+template char *render_fields_text<STM_RECORD_FIELDS_OMEGA>(const uint8_t *, char *);
+template char *render_fields_text<STM_RECORD_FIELDS_TEMP>(const uint8_t *, char *);
+template char *render_fields_csv<STM_RECORD_FIELDS>(const uint8_t *, char *);
+template char *render_fields_csv<STM_RECORD_FIELDS_OMEGA>(const uint8_t *, char *);
+template char *render_fields_csv<STM_RECORD_FIELDS_TEMP>(const uint8_t *, char *);
 
 namespace
 {
 
-int32_t field_value(const RecordField &field, const uint8_t *record)
+constexpr int32_t DUMPED_BYTES = 48;
+
+// Appends a record, in place where any record has room.
+void render(const RecordRenderer &renderer, const uint8_t *record, TextBuffer &buffer)
 {
-    const uint8_t *at = record + field.offset;
-    switch (field.wire) {
-    case Wire::u8:
-        return *at;
-    case Wire::i8:
-        return static_cast<int8_t>(*at);
-    case Wire::u16:
-        return get_le16(at);
-    case Wire::i16:
-        return static_cast<int16_t>(get_le16(at));
-    case Wire::i32:
-        break;
+    if (buffer.size - buffer.length >= renderer.longest) {
+        text_end(buffer, renderer.write(record, buffer.text + buffer.length));
+    } else {
+        char text[RECORD_TEXT_SIZE];
+        *renderer.write(record, text) = '\0';
+        text_append(buffer, text);
     }
-    return static_cast<int32_t>(get_le32(at));
 }
 
-void append_csv_value(const RecordField &field, int32_t value, TextBuffer &buffer)
+void output_text(const RecordFormat &format, const uint8_t *record, StmOutputFn output)
 {
-    if (field.csv == Csv::with_sign) {
-        text_append_signed(buffer, value);
-    } else {
-        text_append_unsigned(buffer, static_cast<uint32_t>(value));
+    char memory[RECORD_TEXT_SIZE];
+    TextBuffer buffer = text_in(memory);
+    render_record_text(format, record, buffer);
+    output(buffer.text, 1);
+}
+
+// Kept: a record without a number is rendered, but not handed on.
+void output_csv(const RecordFormat &format, const uint8_t *record, StmOutputFn output)
+{
+    TextBuffer message = text_in_message();
+    render_record_csv(format, record, message);
+    if (record[RECORD_NUMBER_AT] != 0) {
+        output(message.text, 1);
     }
-    text_append(buffer, ";");
+}
+
+// Kept: every record of a block shows the block's first 48 bytes, however long a record is.
+void output_hex(StmOutputFn output)
+{
+    char memory[RECORD_TEXT_SIZE];
+    TextBuffer buffer = text_in(memory);
+    text_append(buffer, "Received value: \n");
+    text_append_hex(buffer, stm_link.rx_buffer, DUMPED_BYTES);
+    text_append(buffer, "\n");
+    output(buffer.text, 1);
 }
 
 } // namespace
+
+char *write_signed(char *to, int32_t number)
+{
+    return write_decimal(to, number);
+}
+
+char *write_unsigned(char *to, uint32_t number)
+{
+    return write_decimal(to, number);
+}
 
 uint16_t record_checksum(const RecordFormat &format, const uint8_t *record)
 {
@@ -52,14 +88,9 @@ bool record_checksum_ok(const RecordFormat &format, const uint8_t *record)
     return record_checksum(format, record) == record_stored_checksum(format, record);
 }
 
-// Kept: every number is shown signed here, also those that CSV shows without a sign.
 void render_record_text(const RecordFormat &format, const uint8_t *record, TextBuffer &buffer)
 {
-    for (const RecordField &field : format.fields) {
-        text_append(buffer, field.label);
-        text_append_signed(buffer, field_value(field, record));
-        text_append(buffer, field.line == Line::ends_group ? "\n\n" : "\n");
-    }
+    render(format.text, record, buffer);
 }
 
 void render_csv_header(const RecordFormat &format, TextBuffer &buffer)
@@ -74,8 +105,33 @@ void render_csv_header(const RecordFormat &format, TextBuffer &buffer)
 
 void render_record_csv(const RecordFormat &format, const uint8_t *record, TextBuffer &buffer)
 {
-    for (const RecordField &field : format.fields) {
-        append_csv_value(field, field_value(field, record), buffer);
-    }
-    text_append(buffer, "\n");
+    render(format.csv, record, buffer);
 }
+
+void output_csv_header(const RecordFormat &format, int mode, StmOutputFn output)
+{
+    if (mode == READOUT_CSV) {
+        TextBuffer message = text_in_message();
+        render_csv_header(format, message);
+        output(message.text, 1);
+    }
+}
+
+void output_record(const RecordFormat &format, const uint8_t *record, int mode, StmOutputFn output)
+{
+    switch (mode) {
+    case READOUT_HEX:
+        output_hex(output);
+        break;
+    case READOUT_TEXT:
+        output_text(format, record, output);
+        break;
+    case READOUT_CSV:
+        output_csv(format, record, output);
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace stm

@@ -1,11 +1,12 @@
-// Records as text: the one renderer of every format.
+// Records as text, and for the output callback, in the mode that the caller of a read-out asks for.
 #pragma once
 
+#include "link/stm_com_funcs.h"
 #include "readout/record_format.hpp"
 #include "readout/text_buffer.hpp"
 
-// Room for a record of any format as labelled text, and for the hex dump that stands for one.
-constexpr int32_t RECORD_TEXT_SIZE = 640;
+namespace stm
+{
 
 // The checksum of a record's bytes, and the one that it carries.
 uint16_t record_checksum(const RecordFormat &format, const uint8_t *record);
@@ -18,3 +19,11 @@ bool record_checksum_ok(const RecordFormat &format, const uint8_t *record);
 void render_record_text(const RecordFormat &format, const uint8_t *record, TextBuffer &buffer);
 void render_csv_header(const RecordFormat &format, TextBuffer &buffer);
 void render_record_csv(const RecordFormat &format, const uint8_t *record, TextBuffer &buffer);
+
+// The CSV header, in the CSV mode.
+void output_csv_header(const RecordFormat &format, int mode, StmOutputFn output);
+
+// One record of the block in rx_buffer. An unknown mode shows nothing.
+void output_record(const RecordFormat &format, const uint8_t *record, int mode, StmOutputFn output);
+
+} // namespace stm

@@ -10,15 +10,17 @@
 #include "link/bytes.hpp"
 #include "link/link.hpp"
 #include "link/report.hpp"
-#include "readout/block_wait.hpp"
-#include "readout/request.hpp"
+#include "readout/block.hpp"
 
 #include <cstring>
+
+namespace stm
+{
 
 namespace
 {
 
-constexpr int32_t HEADER_SIZE = 20;
+constexpr int32_t HEADER_SIZE = HEADER_POLLING.bytes;
 
 struct Block {
     int32_t length; // as announced
@@ -27,7 +29,7 @@ struct Block {
 
 int send_request(const SampleStream &stream)
 {
-    return request_send(stream.format.command, stream.second);
+    return request_send(stream.request.command, stream.request.stream);
 }
 
 bool fail(const char *text)
@@ -43,57 +45,6 @@ bool fail_with_size(const SampleStream &stream, const char *text, int32_t size)
         report_diagnostic("datasize: %d\n", size);
     }
     return false;
-}
-
-int poll_header()
-{
-    memset(stm_link.tx_buffer, STM_POLL_DATA, HEADER_SIZE);
-    return stm_transfer(stm_link.tx_buffer, stm_link.rx_buffer, HEADER_SIZE);
-}
-
-// The place of 0x55 in the header, HEADER_SIZE if it is not there.
-int32_t find_ready()
-{
-    const void *found = memchr(stm_link.rx_buffer, STM_ACK, HEADER_SIZE);
-    return found == nullptr
-               ? HEADER_SIZE
-               : static_cast<int32_t>(static_cast<const uint8_t *>(found) - stm_link.rx_buffer);
-}
-
-// Polls without pauses until 0x55 is in the header, at most 301 times.
-// Kept: the header of the last poll is not looked at; it can no longer succeed.
-Wait wait_for_header(const SampleStream &stream, StmPollFn poll, StmOutputFn output, int32_t &ready)
-{
-    for (int polls = 1;; ++polls) {
-        if (poll_header() < 0) {
-            report_errno(stream.failures.wait);
-            return Wait::failed;
-        }
-        if (stop_requested(poll)) {
-            return Wait::stopped;
-        }
-        if (polls == STM_BLOCK_POLL_LIMIT) {
-            report_message(output, "SPI timeout\n");
-            return Wait::timed_out;
-        }
-        ready = find_ready();
-        if (ready < HEADER_SIZE) {
-            return Wait::ready;
-        }
-    }
-}
-
-// Time-outs are waited out, without end.
-Wait await_header(const SampleStream &stream, StmPollFn poll, StmOutputFn output, int32_t &ready)
-{
-    for (;;) {
-        link_clear_buffers();
-        const Wait wait = wait_for_header(stream, poll, output, ready);
-        if (wait != Wait::timed_out) {
-            return wait;
-        }
-        block_pause();
-    }
 }
 
 // Takes the length from behind the 0x55, fetching what the header cuts off, and moves data that
@@ -148,7 +99,7 @@ Wait stream_fetch_block(const SampleStream &stream, StmPollFn poll, StmOutputFn 
 {
     for (;;) {
         int32_t ready = 0;
-        const Wait wait = await_header(stream, poll, output, ready);
+        const Wait wait = block_await(HEADER_POLLING, stream.failures.wait, poll, output, ready);
         if (wait != Wait::ready) {
             return wait;
         }
@@ -165,3 +116,5 @@ Wait stream_fetch_block(const SampleStream &stream, StmPollFn poll, StmOutputFn 
         }
     }
 }
+
+} // namespace stm

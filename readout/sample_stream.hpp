@@ -5,6 +5,9 @@
 #include "link/waiting.hpp"
 #include "readout/record_format.hpp"
 
+namespace stm
+{
+
 // What a user of the stream calls its failing exchanges.
 struct StreamFailures {
     const char *wait;      // a poll
@@ -20,8 +23,7 @@ constexpr StreamFailures STREAM_FAILURES = {"SPI datatransfer", "SPI datatransfe
                                             "SPI datatransfer"};
 
 struct SampleStream {
-    const RecordFormat &format;
-    uint8_t second; // byte of a request, behind the format's command
+    const RecordRequest &request;
     StreamFailures failures;
     bool watched; // tells the size of a failing exchange, and that a block is empty
 };
@@ -32,3 +34,5 @@ bool stream_begin(const SampleStream &stream);
 // Waits for a block, fetches it to rx_buffer and asks for the next one. Wait::ready if it is there;
 // else the operation is over, and a failing exchange has been reported.
 Wait stream_fetch_block(const SampleStream &stream, StmPollFn poll, StmOutputFn output);
+
+} // namespace stm

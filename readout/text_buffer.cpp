@@ -1,17 +1,38 @@
 // A text that grows within fixed bounds.
 #include "readout/text_buffer.hpp"
 
+#include "link/decimal.hpp"
 #include "link/link.hpp"
-#include "link/stm_com_funcs.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
+
+namespace stm
+{
 
 namespace
 {
 
-constexpr int32_t NUMBER_SIZE = 34; // the longest number in any base
+// "0x00 " to "0xFF ".
+struct HexBytes {
+    static constexpr int32_t WIDTH = 5;
+    char text[256][WIDTH];
+};
+
+consteval HexBytes hex_bytes()
+{
+    constexpr char DIGITS[] = "0123456789ABCDEF";
+    HexBytes all = {};
+    for (int byte = 0; byte < 256; ++byte) {
+        const char piece[] = {'0', 'x', DIGITS[byte >> 4], DIGITS[byte & 0xF], ' '};
+        std::copy(std::begin(piece), std::end(piece), all.text[byte]);
+    }
+    return all;
+}
+constexpr HexBytes HEX_BYTES = hex_bytes();
 
 void append_bytes(TextBuffer &buffer, const char *text, size_t length)
 {
@@ -46,6 +67,12 @@ void text_append(TextBuffer &buffer, const char *text)
     append_bytes(buffer, text, strlen(text));
 }
 
+void text_end(TextBuffer &buffer, char *end)
+{
+    *end = '\0';
+    buffer.length = static_cast<int32_t>(end - buffer.text);
+}
+
 void text_format(TextBuffer &buffer, const char *format, ...)
 {
     const int32_t room = buffer.size - buffer.length;
@@ -59,21 +86,29 @@ void text_format(TextBuffer &buffer, const char *format, ...)
 
 void text_append_signed(TextBuffer &buffer, int32_t number)
 {
-    char digits[NUMBER_SIZE];
-    text_append(buffer, stm_itoa(number, digits, 10));
+    char digits[LONGEST_DECIMAL];
+    append_bytes(buffer, digits, static_cast<size_t>(write_decimal(digits, number) - digits));
 }
 
 void text_append_unsigned(TextBuffer &buffer, uint32_t number)
 {
-    char digits[NUMBER_SIZE];
-    text_append(buffer, stm_utoa(number, digits, 10));
+    char digits[LONGEST_DECIMAL];
+    append_bytes(buffer, digits, static_cast<size_t>(write_decimal(digits, number) - digits));
 }
 
+// As many bytes as have room are written in place, the next one as far as it fits.
 void text_append_hex(TextBuffer &buffer, const uint8_t *bytes, int32_t count)
 {
-    constexpr char DIGITS[] = "0123456789ABCDEF";
-    for (int32_t i = 0; i < count; ++i) {
-        const char piece[] = {'0', 'x', DIGITS[bytes[i] >> 4], DIGITS[bytes[i] & 0xF], ' '};
-        append_bytes(buffer, piece, sizeof(piece));
+    const int32_t room = (buffer.size - 1 - buffer.length) / HexBytes::WIDTH;
+    const int32_t whole = count < room ? count : room;
+    char *to = buffer.text + buffer.length;
+    for (int32_t i = 0; i < whole; ++i, to += HexBytes::WIDTH) {
+        memcpy(to, HEX_BYTES.text[bytes[i]], HexBytes::WIDTH);
+    }
+    text_end(buffer, to);
+    if (whole < count) {
+        append_bytes(buffer, HEX_BYTES.text[bytes[whole]], HexBytes::WIDTH);
     }
 }
+
+} // namespace stm

@@ -3,6 +3,9 @@
 
 #include <cstdint>
 
+namespace stm
+{
+
 struct TextBuffer {
     char *text;
     int32_t size; // of the memory behind text, NUL included
@@ -23,6 +26,9 @@ TextBuffer text_in(char (&memory)[SIZE])
 void text_clear(TextBuffer &buffer);
 void text_append(TextBuffer &buffer, const char *text);
 
+// Ends the text at a place up to which it has been written, within its bounds.
+void text_end(TextBuffer &buffer, char *end);
+
 [[gnu::format(printf, 2, 3)]] void text_format(TextBuffer &buffer, const char *format, ...);
 
 // A number in decimal.
@@ -31,3 +37,5 @@ void text_append_unsigned(TextBuffer &buffer, uint32_t number);
 
 // Bytes, each as "0x%02X ".
 void text_append_hex(TextBuffer &buffer, const uint8_t *bytes, int32_t count);
+
+} // namespace stm

@@ -1,14 +1,15 @@
 // The writer's side: records of the live stream, checked and repacked, go into the ring.
-#include "link/link.hpp"
 #include "link/report.hpp"
-#include "readout/block_records.hpp"
+#include "readout/block.hpp"
 #include "readout/sample_stream.hpp"
 #include "ringbuffer/ring_record.hpp"
+
+using namespace stm;
 
 namespace
 {
 
-constexpr SampleStream STREAM = {STM_RECORD_TEMP, 'U', STREAM_FAILURES, false};
+constexpr SampleStream STREAM = {STM_REQUEST_TEMP, STREAM_FAILURES, false};
 
 // Kept: a record that cannot be put closes the ring, and the next one is tried all the same.
 void put_record(int handle, const uint8_t *record, StmOutputFn output)
@@ -18,18 +19,6 @@ void put_record(int handle, const uint8_t *record, StmOutputFn output)
         report_message(output, "Error: Writing to ringbuffer\n");
         RingBuffer_Close(handle);
     }
-}
-
-void put_records(int handle, StmOutputFn output)
-{
-    int32_t at = 0;
-    do {
-        const uint8_t *record = stm_link.rx_buffer + at;
-        if (!record_check(STREAM.format, record, output)) {
-            return;
-        }
-        put_record(handle, record, output);
-    } while (record_follows(STREAM.format, at));
 }
 
 } // namespace
@@ -43,7 +32,8 @@ void stm_ringbuffer_acquire(StmPollFn poll, StmOutputFn output)
     }
     if (stream_begin(STREAM)) {
         while (stream_fetch_block(STREAM, poll, output) == Wait::ready) {
-            put_records(handle, output);
+            block_walk(STREAM.request.format, output,
+                       [&](const uint8_t *record) { put_record(handle, record, output); });
         }
     }
     RingBuffer_Close(handle);

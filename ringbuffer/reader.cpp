@@ -1,10 +1,12 @@
 // The reader's side: records out of the ring, checked once more and shown.
 #include "link/report.hpp"
-#include "readout/block_records.hpp"
-#include "readout/record_output.hpp"
+#include "readout/block.hpp"
+#include "readout/render.hpp"
 #include "ringbuffer/ring_record.hpp"
 
 #include <unistd.h>
+
+using namespace stm;
 
 namespace
 {

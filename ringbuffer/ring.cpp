@@ -13,6 +13,8 @@
 #include <cstdlib>
 #include <cstring>
 
+using namespace stm;
+
 static_assert(sizeof(RingRecord) == RINGBUFFER_SLOT_SIZE && sizeof(RingBuffer) == RINGBUFFER_SIZE);
 static_assert(offsetof(RingBuffer, writer_open) == 7680);
 static_assert(offsetof(RingBuffer, reader_open) == 7681);

@@ -1,42 +1,69 @@
-// The record of a slot.
+// The record of a slot: the wire's with some of its fields in other places.
 #include "ringbuffer/ring_record.hpp"
 
-#include "link/bytes.hpp"
+#include "readout/render_fields.hpp"
+
+#include <array>
+#include <cstring>
+
+namespace stm
+{
+
+template char *render_fields_text<STM_RING_RECORD_FIELDS>(const uint8_t *, char *);
+template char *render_fields_csv<STM_RING_RECORD_FIELDS>(const uint8_t *, char *);
 
 namespace
 {
 
-int32_t signed32(const uint8_t *at)
-{
-    return static_cast<int32_t>(get_le32(at));
-}
+// Bytes that lie side by side on the wire and in the slot.
+struct Move {
+    int32_t from;
+    int32_t to;
+    int32_t size;
+};
 
-int16_t signed16(const uint8_t *at)
+struct Moves {
+    std::array<Move, std::size(STM_RING_RECORD_FIELDS) + 1> list = {};
+    size_t count = 0;
+};
+
+// Where each byte of the slot comes from, by the names of the fields; the marker is first in both.
+consteval Moves moves_to_slot()
 {
-    return static_cast<int16_t>(get_le16(at));
+    std::array<int32_t, RINGBUFFER_SLOT_SIZE> sources = {};
+    for (const RecordField &field : STM_RING_RECORD.fields) {
+        const RecordField &wire = field_named(STM_RECORD_TEMP, field.name);
+        for (int32_t i = 0; i < wire_size(wire.wire); ++i) {
+            sources[static_cast<size_t>(field.offset + i)] = wire.offset + i;
+        }
+    }
+    Moves moves;
+    for (int32_t to = 0; to < RINGBUFFER_SLOT_SIZE; ++to) {
+        const int32_t from = sources[static_cast<size_t>(to)];
+        Move &last = moves.list[moves.count == 0 ? 0 : moves.count - 1];
+        if (moves.count > 0 && from == last.from + last.size) {
+            ++last.size;
+        } else {
+            moves.list[moves.count++] = {from, to, 1};
+        }
+    }
+    return moves;
 }
+constexpr Moves MOVES = moves_to_slot();
+static_assert(MOVES.count == 6, "Uen and negIe lie elsewhere, which cuts the record into six");
 
 } // namespace
 
 RingRecord ring_record_from_wire(const uint8_t *record)
 {
-    return {
-        .marker = record[0],
-        .nr = record[1],
-        .temp = get_le16(record + 2),
-        .rel_t = signed32(record + 4),
-        .U1e = signed32(record + 12),
-        .U2e = signed32(record + 16),
-        .U3e = signed32(record + 20),
-        .Uen = signed32(record + 8),
-        .I1 = signed32(record + 28),
-        .I2 = signed32(record + 32),
-        .I3 = signed32(record + 36),
-        .negIe = signed32(record + 24),
-        .BE1 = signed16(record + 40),
-        .BE2 = signed16(record + 42),
-        .BE = static_cast<int8_t>(record[44]),
-        .buffered = record[45],
-        .checksum = get_le16(record + 46),
-    };
+    RingRecord slot;
+    auto *bytes = reinterpret_cast<uint8_t *>(&slot);
+    [&]<size_t... I>(std::index_sequence<I...>)
+    {
+        (memcpy(bytes + MOVES.list[I].to, record + MOVES.list[I].from, MOVES.list[I].size), ...);
+    }
+    (std::make_index_sequence<MOVES.count>());
+    return slot;
 }
+
+} // namespace stm

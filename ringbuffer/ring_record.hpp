@@ -7,32 +7,38 @@
 #include <bit>
 #include <cstddef>
 
+namespace stm
+{
+
 static_assert(std::endian::native == std::endian::little,
               "slots hold numbers in the machine's order, and are read like the wire's");
 
 // clang-format off
-constexpr RecordField STM_RING_RECORD_FIELDS[] = {
-    {"stm_uint8_t  nr   : ",        "nr",        offsetof(RingRecord, nr),       Wire::u8,  Csv::with_sign,     Line::plain},
-    {"stm_uint16_t omega_t: ",      "temp",      offsetof(RingRecord, temp),     Wire::u16, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  rel_t: ",        "rel_t",     offsetof(RingRecord, rel_t),    Wire::i32, Csv::without_sign,  Line::ends_group},
-    {"stm_int32_t  U1e  : ",        "U1e",       offsetof(RingRecord, U1e),      Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  U2e  : ",        "U2e",       offsetof(RingRecord, U2e),      Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  U3e  : ",        "U3e",       offsetof(RingRecord, U3e),      Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  Uen  : ",        "Uen",       offsetof(RingRecord, Uen),      Wire::i32, Csv::with_sign,     Line::ends_group},
-    {"stm_int32_t  I1   : ",        "I1",        offsetof(RingRecord, I1),       Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  I2   : ",        "I2",        offsetof(RingRecord, I2),       Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  I3   : ",        "I3",        offsetof(RingRecord, I3),       Wire::i32, Csv::with_sign,     Line::plain},
-    {"stm_int32_t  -Ie  : ",        "negIe",     offsetof(RingRecord, negIe),    Wire::i32, Csv::with_sign,     Line::ends_group},
-    {"stm_int16_t  BE1  : ",        "BE1",       offsetof(RingRecord, BE1),      Wire::i16, Csv::with_sign,     Line::plain},
-    {"stm_int16_t  BE2  : ",        "BE2",       offsetof(RingRecord, BE2),      Wire::i16, Csv::with_sign,     Line::plain},
-    {"stm_int8_t   BE   : ",        "BE",        offsetof(RingRecord, BE),       Wire::u8,  Csv::with_sign,     Line::plain}, // kept: 0 to 255 here
-    {"stm_uint8    buffered  : ",   "buffered",  offsetof(RingRecord, buffered), Wire::u8,  Csv::with_sign,     Line::plain},
-    {"stm_int8_t   checksum  : ",   "checksum",  offsetof(RingRecord, checksum), Wire::u16, Csv::with_sign,     Line::ends_group},
+inline constexpr RecordField STM_RING_RECORD_FIELDS[] = {
+    {"stm_uint8_t  nr   : ",        "nr",        offsetof(RingRecord, nr),       Wire::u8},
+    {"stm_uint16_t omega_t: ",      "temp",      offsetof(RingRecord, temp),     Wire::u16},
+    {"stm_int32_t  rel_t: ",        "rel_t",     offsetof(RingRecord, rel_t),    Wire::i32, Line::ends_group, Csv::without_sign},
+    {"stm_int32_t  U1e  : ",        "U1e",       offsetof(RingRecord, U1e),      Wire::i32},
+    {"stm_int32_t  U2e  : ",        "U2e",       offsetof(RingRecord, U2e),      Wire::i32},
+    {"stm_int32_t  U3e  : ",        "U3e",       offsetof(RingRecord, U3e),      Wire::i32},
+    {"stm_int32_t  Uen  : ",        "Uen",       offsetof(RingRecord, Uen),      Wire::i32, Line::ends_group},
+    {"stm_int32_t  I1   : ",        "I1",        offsetof(RingRecord, I1),       Wire::i32},
+    {"stm_int32_t  I2   : ",        "I2",        offsetof(RingRecord, I2),       Wire::i32},
+    {"stm_int32_t  I3   : ",        "I3",        offsetof(RingRecord, I3),       Wire::i32},
+    {"stm_int32_t  -Ie  : ",        "negIe",     offsetof(RingRecord, negIe),    Wire::i32, Line::ends_group},
+    {"stm_int16_t  BE1  : ",        "BE1",       offsetof(RingRecord, BE1),      Wire::i16},
+    {"stm_int16_t  BE2  : ",        "BE2",       offsetof(RingRecord, BE2),      Wire::i16},
+    {"stm_int8_t   BE   : ",        "BE",        offsetof(RingRecord, BE),       Wire::u8}, // kept: 0 to 255 here
+    {"stm_uint8    buffered  : ",   "buffered",  offsetof(RingRecord, buffered), Wire::u8},
+    {"stm_int8_t   checksum  : ",   "checksum",  offsetof(RingRecord, checksum), Wire::u16, Line::ends_group},
 };
 // clang-format on
 
-constexpr RecordFormat STM_RING_RECORD = {RINGBUFFER_SLOT_SIZE, STM_RING_RECORD_FIELDS, 0, 0, 0};
-static_assert(record_is_covered(STM_RING_RECORD));
+inline constexpr RecordFormat STM_RING_RECORD =
+    record_format<STM_RING_RECORD_FIELDS>(RINGBUFFER_SLOT_SIZE);
+static_assert(record_is_covered(STM_RING_RECORD) && record_has_room(STM_RING_RECORD));
 
 // Kept: the checksum is the wire's, although the fields have moved.
 RingRecord ring_record_from_wire(const uint8_t *record);
+
+} // namespace stm

@@ -1,24 +1,24 @@
 // The watcher: reads the live stream, keeps nothing, and tells what is missing from it.
 #include "link/bytes.hpp"
-#include "link/link.hpp"
 #include "link/report.hpp"
-#include "readout/block_records.hpp"
+#include "readout/block.hpp"
 #include "readout/sample_stream.hpp"
 
 #include <unistd.h>
 
+using namespace stm;
+
 namespace
 {
 
-constexpr SampleStream STREAM = {STM_RECORD_TEMP,
-                                 'U',
+constexpr SampleStream STREAM = {STM_REQUEST_TEMP,
                                  {"SPI datatransfer (wait)", "SPI datatransfer (ACK a)",
                                   "SPI datatransfer (ACK b)", "SPI datatransfer (1)",
                                   "SPI datatransfer (2)"},
                                  true};
 
-constexpr int32_t REL_T_AT = 4;
-constexpr int32_t BUFFERED_AT = 45;
+constexpr int32_t REL_T_AT = field_named(STM_RECORD_TEMP, "rel_t").offset;
+constexpr int32_t BUFFERED_AT = field_named(STM_RECORD_TEMP, "buffered").offset;
 constexpr uint8_t FILLED = 190; // more than so many records in the co-processor's own buffer
 constexpr uint32_t DOT_RECORDS = 1000;
 constexpr uint32_t DOT_PAUSE_US = 40'000;
@@ -69,18 +69,6 @@ void watch_record(Watch &watch, const uint8_t *record, StmOutputFn output)
     watch.last_time = get_le32(record + REL_T_AT);
 }
 
-void watch_records(Watch &watch, StmOutputFn output)
-{
-    int32_t at = 0;
-    do {
-        const uint8_t *record = stm_link.rx_buffer + at;
-        if (!record_check(STREAM.format, record, output)) {
-            return;
-        }
-        watch_record(watch, record, output);
-    } while (record_follows(STREAM.format, at));
-}
-
 } // namespace
 
 void stm_stream_readout(StmPollFn poll, StmOutputFn output)
@@ -90,7 +78,8 @@ void stm_stream_readout(StmPollFn poll, StmOutputFn output)
         return;
     }
     while (stream_fetch_block(STREAM, poll, output) == Wait::ready) {
-        watch_records(watch, output);
+        block_walk(STREAM.request.format, output,
+                   [&](const uint8_t *record) { watch_record(watch, record, output); });
         usleep(BLOCK_PAUSE_US);
     }
 }

@@ -27,18 +27,17 @@ verdict() {
     fi
 }
 
-link='int stm_link;'
-verdict accepted "what is declared, and nothing else" "$link void stm_open(void) {}"
-verdict accepted "calls of the C library" "$link void stm_open(void) { perror(\"\"); usleep(1); }"
-verdict accepted "a mangled name" "$link void stm_open(void) {} void _Z4helpv(void) {}"
-verdict refused "a declared function is missing" "$link"
-verdict refused "the link's state is missing" "void stm_open(void) {}"
-verdict refused "a function nobody declared" "$link void stm_open(void) {} void stm_more(void) {}"
-verdict refused "a variable nobody declared" "$link void stm_open(void) {} int more = 1;"
-verdict refused "a name of no library" "$link void stm_open(void) { nowhere(); }"
-verdict refused "the heap" "$link void stm_open(void) { malloc(1); }"
-verdict refused "the heap's other end" "$link void stm_open(void) { free(0); }"
-verdict refused "operator new" "$link void stm_open(void) { _Znwm(1); }"
-verdict refused "the C++ runtime" "$link void stm_open(void) { __cxa_atexit(0, 0, 0); }"
+verdict accepted "what is declared, and nothing else" "void stm_open(void) {}"
+verdict accepted "calls of the C library" "void stm_open(void) { perror(\"\"); usleep(1); }"
+verdict accepted "a name of the namespace" "void stm_open(void) {} void _ZN3stm4helpEv(void) {}"
+verdict refused "a C++ name outside of it" "void stm_open(void) {} void _Z4helpv(void) {}"
+verdict refused "a declared function is missing" "void stm_close(void) {}"
+verdict refused "a function nobody declared" "void stm_open(void) {} void stm_more(void) {}"
+verdict refused "a variable nobody declared" "void stm_open(void) {} int more = 1;"
+verdict refused "a name of no library" "void stm_open(void) { nowhere(); }"
+verdict refused "the heap" "void stm_open(void) { malloc(1); }"
+verdict refused "the heap's other end" "void stm_open(void) { free(0); }"
+verdict refused "operator new" "void stm_open(void) { _Znwm(1); }"
+verdict refused "the C++ runtime" "void stm_open(void) { __cxa_atexit(0, 0, 0); }"
 
 exit "$failures"

@@ -5,6 +5,8 @@
 
 #include <array>
 
+using namespace stm;
+
 namespace
 {
 

@@ -7,6 +7,8 @@
 #include <climits>
 #include <cstring>
 
+using namespace stm;
+
 namespace
 {
 
@@ -34,7 +36,7 @@ class RefusedLength : public Exchanges, public testing::WithParamInterface<int32
 TEST_F(Exchanges, poll_sends_a_D_and_fetches_one_byte)
 {
     answer(1, {0x55, 0x56});
-    EXPECT_EQ(link_poll_data(), 1);
+    EXPECT_EQ(link_poll_data(1), 1);
     EXPECT_TRUE(happened({"exchange 1: 44"}));
     EXPECT_EQ(bytes_in(stm_link.tx_buffer), chained({{0x44}, bytes_of(4095, 0x5A)}));
     EXPECT_EQ(bytes_in(stm_link.rx_buffer), chained({{0x55}, bytes_of(4095, 0xA5)}));
@@ -79,7 +81,7 @@ TEST_F(Exchanges, failures_are_left_to_the_caller_to_report)
         fail_exchange(number, ESHUTDOWN);
     }
     errno = 0;
-    EXPECT_EQ(link_poll_data(), -1);
+    EXPECT_EQ(link_poll_data(1), -1);
     EXPECT_EQ(errno, ESHUTDOWN);
     errno = 0;
     EXPECT_EQ(link_fetch_pair(), -1);
@@ -94,7 +96,7 @@ TEST_F(Exchanges, failures_are_left_to_the_caller_to_report)
 TEST_F(Exchanges, result_is_that_of_the_driver)
 {
     exchange_result = 0;
-    EXPECT_EQ(link_poll_data(), 0);
+    EXPECT_EQ(link_poll_data(1), 0);
     EXPECT_EQ(link_fetch_pair(), 0);
     EXPECT_EQ(link_fetch(3), 0);
 }
@@ -107,7 +109,7 @@ TEST_F(Exchanges, descriptor_and_short_buffers_and_message_are_left_alone)
     strcpy(stm_link.message, "the last report");
     const spi_ioc_transfer shared = stm_link.transfer;
     link_clear_buffers();
-    link_poll_data();
+    link_poll_data(1);
     link_fetch_pair();
     link_fetch(4096);
     EXPECT_EQ(memcmp(&stm_link.transfer, &shared, sizeof(shared)), 0);

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <type_traits>
 
+using namespace stm;
+
 namespace
 {
 

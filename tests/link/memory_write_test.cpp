@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 
+using namespace stm;
+
 namespace
 {
 

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
+using namespace stm;
+
 namespace
 {
 

@@ -6,6 +6,8 @@
 #include <climits>
 #include <cstring>
 
+using namespace stm;
+
 namespace
 {
 

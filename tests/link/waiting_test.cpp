@@ -2,6 +2,8 @@
 #include "link/waiting.hpp"
 #include "tests/platform/dialogue.hpp"
 
+using namespace stm;
+
 namespace
 {
 

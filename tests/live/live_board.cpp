@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstdarg>
 
+using namespace stm;
+
 namespace
 {
 

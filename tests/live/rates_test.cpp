@@ -10,6 +10,8 @@
 #include <charconv>
 #include <string_view>
 
+using namespace stm;
+
 namespace
 {
 

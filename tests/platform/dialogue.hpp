@@ -13,6 +13,8 @@
 #include <map>
 #include <string>
 
+using namespace stm;
+
 // The fixture of all tests that watch the module at work. Each begins with a link of zeros.
 //
 //     open "/dev/spidev1.0" O_RDWR        say 0 "SPI timeout\n"

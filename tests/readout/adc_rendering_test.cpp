@@ -6,6 +6,8 @@
 #include <cstring>
 #include <numeric>
 
+using namespace stm;
+
 namespace
 {
 

@@ -1,12 +1,14 @@
 // Goal: the wait for a block polls without pauses, listens to its operator in each poll, and ends
 // in exactly four ways.
-#include "readout/block_wait.hpp"
+#include "readout/block.hpp"
 
 #include "link/link.hpp"
 #include "tests/platform/dialogue.hpp"
 
 #include <cerrno>
 #include <cstring>
+
+using namespace stm;
 
 namespace
 {
@@ -22,7 +24,11 @@ class BlockWait : public Dialogue
         strcpy(stm_link.message, "the last report");
     }
 
-    static Wait wait() { return block_wait("a poll failed", poll, output); }
+    static Wait wait(const char *failure = "a poll failed")
+    {
+        int32_t ready_at = 0;
+        return block_wait(BLOCK_POLLING, failure, poll, output, ready_at);
+    }
 };
 
 class OtherLine : public BlockWait, public testing::WithParamInterface<const char *>
@@ -102,7 +108,7 @@ TEST_F(BlockWait, failing_poll_is_reported_in_the_words_of_the_read_out)
     EXPECT_TRUE(happened({"exchange 1: 44", R"(perror "a poll failed" EIO)"}));
     forget();
     fail_exchange(1, ESHUTDOWN);
-    EXPECT_EQ(block_wait("SPI datatransfer (1)", poll, output), Wait::failed);
+    EXPECT_EQ(wait("SPI datatransfer (1)"), Wait::failed);
     EXPECT_TRUE(happened({"exchange 1: 44", "perror \"SPI datatransfer (1)\" ESHUTDOWN"}));
     EXPECT_STREQ(stm_link.message, "the last report");
 }

@@ -14,6 +14,8 @@
 #include <cstdlib>
 #include <cstring>
 
+using namespace stm;
+
 namespace
 {
 

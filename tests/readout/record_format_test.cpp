@@ -3,6 +3,8 @@
 #include "readout/render.hpp"
 #include "tests/readout/golden_records.hpp"
 
+using namespace stm;
+
 namespace
 {
 
@@ -10,13 +12,13 @@ using enum Wire;
 
 constexpr RecordField field(int32_t offset, Wire wire)
 {
-    return {"label: ", "name", offset, wire, Csv::with_sign, Line::plain};
+    return {"label: ", "name", offset, wire};
 }
 
 constexpr RecordFormat format(int32_t size, std::span<const RecordField> fields,
                               int32_t reserved_at)
 {
-    return {size, fields, reserved_at, 0xC8, 4096 / size};
+    return {size, fields, reserved_at, {}, {}};
 }
 
 // Marker, a byte, four bytes, checksum.
@@ -54,11 +56,23 @@ static_assert(!record_is_covered(format(8, BEFORE_A_BYTE, 0)), "the checksum not
 static_assert(!record_is_covered(format(8, WITH_A_SIGN, 0)), "a checksum with a sign");
 static_assert(!record_is_covered(format(8, OF_FOUR_BYTES, 0)), "no checksum");
 
-static_assert(record_request_fits({56, WHOLE, 0, 0xC8, 73}));
-static_assert(!record_request_fits({56, WHOLE, 0, 0xC8, 74}), "more than the buffer holds");
-static_assert(!record_request_fits({56, WHOLE, 0, 0xC8, 72}), "less than the buffer holds");
-static_assert(!record_request_fits({52, WHOLE, 0, 0xC1, 79}));
-static_assert(!record_request_fits({48, WHOLE, 0, 0x02, 86}));
+constexpr RecordFormat OF_56_BYTES = format(56, WHOLE, 0);
+static_assert(record_request_fits({OF_56_BYTES, 0xC8, 73, 'I'}));
+static_assert(!record_request_fits({OF_56_BYTES, 0xC8, 74, 'I'}), "more than the buffer holds");
+static_assert(!record_request_fits({OF_56_BYTES, 0xC8, 72, 'I'}), "less than the buffer holds");
+static_assert(!record_request_fits({STM_RECORD_OMEGA, 0xC1, 79, 'N'}));
+static_assert(!record_request_fits({STM_RECORD_TEMP, 0x02, 86, 'U'}));
+
+constexpr RecordFormat of_length(int32_t text, int32_t csv)
+{
+    return {8, WHOLE, 0, {nullptr, text}, {nullptr, csv}};
+}
+static_assert(record_has_room(of_length(640, 255)));
+static_assert(!record_has_room(of_length(641, 255)), "more than the text's memory");
+static_assert(!record_has_room(of_length(640, 256)), "more than the message");
+
+static_assert(field_named(STM_RECORD_TEMP, "Uen").offset == 8);
+static_assert(field_named(STM_RECORD, "checksum").offset == 54);
 
 static_assert(wire_size(u8) == 1 && wire_size(i8) == 1);
 static_assert(wire_size(u16) == 2 && wire_size(i16) == 2 && wire_size(i32) == 4);
@@ -66,17 +80,19 @@ static_assert(wire_size(u16) == 2 && wire_size(i16) == 2 && wire_size(i32) == 4)
 struct Variant {
     const char *name;
     const RecordFormat &format;
+    const RecordRequest &request;
     RecordKind kind;
     int32_t size;
     uint8_t command;
     int32_t most;
+    char stream;
     size_t fields;
 };
 
 const Variant VARIANTS[] = {
-    {"base", STM_RECORD, RecordKind::base, 56, 0xC8, 73, 16},
-    {"omega", STM_RECORD_OMEGA, RecordKind::omega, 52, 0xC1, 78, 17},
-    {"temp", STM_RECORD_TEMP, RecordKind::temp, 48, 0x02, 85, 16},
+    {"base", STM_RECORD, STM_REQUEST, RecordKind::base, 56, 0xC8, 73, 'I', 16},
+    {"omega", STM_RECORD_OMEGA, STM_REQUEST_OMEGA, RecordKind::omega, 52, 0xC1, 78, 'N', 17},
+    {"temp", STM_RECORD_TEMP, STM_REQUEST_TEMP, RecordKind::temp, 48, 0x02, 85, 'U', 16},
 };
 
 class RecordFormats : public testing::TestWithParam<Variant>
@@ -96,8 +112,9 @@ TEST_P(RecordFormats, have_the_sizes_and_requests_of_the_co_processor)
 {
     const RecordFormat &format = GetParam().format;
     EXPECT_EQ(format.size, GetParam().size);
-    EXPECT_EQ(format.command, GetParam().command);
-    EXPECT_EQ(format.most, GetParam().most);
+    EXPECT_EQ(GetParam().request.command, GetParam().command);
+    EXPECT_EQ(GetParam().request.most, GetParam().most);
+    EXPECT_EQ(GetParam().request.stream, GetParam().stream);
     EXPECT_EQ(format.fields.size(), GetParam().fields);
 }
 

@@ -7,6 +7,8 @@
 #include <climits>
 #include <cstring>
 
+using namespace stm;
+
 namespace
 {
 

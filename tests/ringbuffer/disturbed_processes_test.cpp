@@ -13,6 +13,8 @@
 #include <functional>
 #include <random>
 
+using namespace stm;
+
 namespace
 {
 
