@@ -81,6 +81,35 @@ TEST(Crc16, lengths_around_every_frame_agree_with_the_bitwise_form)
     }
 }
 
+// Words are folded from lengths on that depend on their size, and with heads of every size.
+TEST(Crc16, every_length_to_1200_at_every_alignment_agrees_with_the_bitwise_form)
+{
+    const Bytes bytes = scattered_bytes(1200 + 16);
+    for (size_t begin = 0; begin < 16; ++begin) {
+        uint32_t remainder = 0xFFFF;
+        for (uint16_t length = 0; length <= 1200; ++length) {
+            const auto expected = static_cast<uint16_t>(~remainder);
+            ASSERT_EQ(stm_crc16(bytes.data() + begin, length), expected)
+                << "length " << length << " from " << begin;
+            remainder ^= static_cast<uint32_t>(bytes[begin + length]) << 8;
+            for (int bit = 0; bit < 8; ++bit) {
+                remainder = (remainder << 1) ^ ((remainder & 0x8000) != 0 ? 0x11021 : 0);
+            }
+        }
+    }
+}
+
+TEST(Crc16, every_bit_of_a_record_counts)
+{
+    Bytes bytes = scattered_bytes(54);
+    const uint16_t before = crc16(bytes);
+    for (size_t bit = 0; bit < 8 * bytes.size(); ++bit) {
+        bytes[bit / 8] ^= static_cast<uint8_t>(1 << bit % 8);
+        EXPECT_NE(crc16(bytes), before) << bit;
+        bytes[bit / 8] ^= static_cast<uint8_t>(1 << bit % 8);
+    }
+}
+
 TEST(Crc16, longest_lengths_are_covered_to_their_last_byte)
 {
     for (const size_t length : {32767U, 32768U, 65534U, 65535U}) {
