@@ -1,7 +1,11 @@
-// Numbers to text in bases 2 to 36, digit by digit from the lowest, then turned round.
+// Numbers to text in bases 2 to 36: digit by digit from the lowest, then turned round. Base 10 has
+// a quicker way of its own.
+#include "link/decimal.hpp"
 #include "link/stm_com_funcs.h"
 
 #include <type_traits>
+
+using namespace stm;
 
 namespace
 {
@@ -28,7 +32,7 @@ void reverse(char *first, char *last)
 }
 
 template <typename Number>
-char *convert(Number value, char *buffer, int32_t base)
+char *convert_in_base(Number value, char *buffer, int32_t base)
 {
     if (!is_base(base)) {
         *buffer = '\0';
@@ -47,6 +51,16 @@ char *convert(Number value, char *buffer, int32_t base)
     }
     *end = '\0';
     reverse(buffer, end - 1);
+    return buffer;
+}
+
+template <typename Number>
+char *convert(Number value, char *buffer, int32_t base)
+{
+    if (base != 10) {
+        return convert_in_base(value, buffer, base);
+    }
+    *stm::write_decimal(buffer, value) = '\0';
     return buffer;
 }
 
