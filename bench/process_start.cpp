@@ -1,0 +1,59 @@
+// update without arguments, as a process: its time, and its peak of resident memory.
+#include "bench/harness.hpp"
+#include "bench/process.hpp"
+
+#include <algorithm>
+
+namespace bench
+{
+
+namespace
+{
+
+// The time of an iteration is the shortest of so many runs, for most of it is the system's own.
+constexpr int RUNS = 20;
+
+template <typename Measure>
+auto least_of_runs(const char *program, Measure measure)
+{
+    auto least = measure(program);
+    for (int run = 1; run < RUNS; ++run) {
+        least = std::min(least, measure(program));
+    }
+    return least;
+}
+
+void add_program(const char *contender, const char *program)
+{
+    const std::string name = std::string("process_start/") + contender;
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [program](benchmark::State &state) {
+                                     for (auto unused : state) {
+                                         (void)unused;
+                                         state.SetIterationTime(least_of_runs(program, run_time));
+                                     }
+                                     state.SetItemsProcessed(state.iterations());
+                                     state.counters["peak_kib"] =
+                                         static_cast<double>(least_of_runs(program, peak_memory));
+                                 })
+        ->UseManualTime()
+        ->Iterations(10);
+}
+
+} // namespace
+
+bool contenders_agree()
+{
+    const Ended ours = run(UPDATE_PROGRAM);
+    const Ended trivial = run(USAGE_PROGRAM);
+    return ours.status == 1 && trivial.status == 1 && !ours.output.empty() &&
+           ours.output == trivial.output;
+}
+
+void register_contenders()
+{
+    add_program("ours", UPDATE_PROGRAM);
+    add_program("trivial", USAGE_PROGRAM);
+}
+
+} // namespace bench

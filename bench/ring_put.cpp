@@ -1,0 +1,103 @@
+// The ring's writer: whole blocks of the live stream over a link without latency, and single
+// records.
+#include "bench/exchange.hpp"
+#include "bench/harness.hpp"
+#include "bench/yardstick/plain_ring.hpp"
+#include "link/link.hpp"
+#include "ringbuffer/ring_record.hpp"
+
+#include <cstring>
+
+namespace stm
+{
+}
+using namespace stm;
+
+namespace bench
+{
+
+namespace
+{
+
+RingBuffer ring;
+int32_t polls = 0;
+
+// Stops the stream when all blocks have been there.
+int stop_behind_last_block(char *line)
+{
+    strcpy(line, STM_STOP_LINE);
+    return polls++ == BLOCK_COUNT ? 1 : 0;
+}
+
+int take(const char *text, int)
+{
+    benchmark::DoNotOptimize(text);
+    return 0;
+}
+
+void our_blocks()
+{
+    polls = 0;
+    stm_ringbuffer_acquire(stop_behind_last_block, take);
+}
+
+void plain_blocks()
+{
+    polls = 0;
+    plain_acquire(ring, stop_behind_last_block);
+}
+
+void our_puts()
+{
+    const DataSet &set = data_sets()[0];
+    for (int32_t i = 0; i < RECORD_COUNT; ++i) {
+        const RingRecord record = ring_record_from_wire(set.record(i));
+        benchmark::DoNotOptimize(RingBuffer_PutValue(RINGBUFFER_WRITER, &record));
+    }
+}
+
+void plain_puts()
+{
+    const DataSet &set = data_sets()[0];
+    for (int32_t i = 0; i < RECORD_COUNT; ++i) {
+        plain_put(ring, set.record(i));
+        benchmark::ClobberMemory();
+    }
+}
+
+void attach_ring()
+{
+    ring = {};
+    stm_link.ring = &ring;
+    serve(data_sets()[0]);
+}
+
+} // namespace
+
+// A plain put leaves the fields in the wire's order: only the indices can be compared.
+bool contenders_agree()
+{
+    attach_ring();
+    our_blocks();
+    const RingBuffer ours = ring;
+    attach_ring();
+    plain_blocks();
+    const bool blocks_agree = ours.count > 0 && memcmp(&ours, &ring, sizeof(ring)) == 0;
+    attach_ring();
+    our_puts();
+    const RingBuffer put = ring;
+    attach_ring();
+    plain_puts();
+    return blocks_agree && put.write_index == ring.write_index && put.count == ring.count;
+}
+
+void register_contenders()
+{
+    attach_ring();
+    add("block_ring/ours", BLOCK_COUNT, our_blocks);
+    add("block_ring/bytewise", BLOCK_COUNT, plain_blocks);
+    add("ring_put/ours", RECORD_COUNT, our_puts);
+    add("ring_put/copy", RECORD_COUNT, plain_puts);
+}
+
+} // namespace bench
