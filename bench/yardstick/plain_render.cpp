@@ -5,7 +5,6 @@
 #include "bench/yardstick/digit_loop.hpp"
 
 #include <cinttypes>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
@@ -16,6 +15,7 @@ namespace
 {
 
 constexpr size_t NUMBER_SIZE = 34;
+constexpr size_t PLAIN_LINE_SIZE = 64;
 
 void add_signed(char *text, int32_t value)
 {
@@ -29,14 +29,6 @@ void add_unsigned(char *text, uint32_t value)
     char digits[NUMBER_SIZE];
     strcat(text, digit_loop_unsigned(value, digits, 10));
     strcat(text, ";");
-}
-
-[[gnu::format(printf, 2, 3)]] void add_line(char *text, const char *format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    vsprintf(text + strlen(text), format, arguments);
-    va_end(arguments);
 }
 
 } // namespace
@@ -99,23 +91,40 @@ void text_by_snprintf(const uint8_t *record, char *text)
 void text_by_lines(const uint8_t *record, char *text)
 {
     const WireRecord r = wire_record(record);
+    char line[PLAIN_LINE_SIZE];
     text[0] = '\0';
-    add_line(text, "stm_uint8_t  nr   : %d\n", r.nr);
-    add_line(text, "stm_uint16_t omega_t : %d\n", r.temp);
-    add_line(text, "stm_int32_t  rel_t: %d\n\n", static_cast<int32_t>(r.rel_t));
-    add_line(text, "stm_int32_t  U1e  : %d\n", r.U1e);
-    add_line(text, "stm_int32_t  U2e  : %d\n", r.U2e);
-    add_line(text, "stm_int32_t  U3e  : %d\n", r.U3e);
-    add_line(text, "stm_int32_t  Uen  : %d\n\n", r.Uen);
-    add_line(text, "stm_int32_t  I1   : %d\n", r.I1);
-    add_line(text, "stm_int32_t  I2   : %d\n", r.I2);
-    add_line(text, "stm_int32_t  I3   : %d\n", r.I3);
-    add_line(text, "stm_int32_t  -Ie  : %d\n\n", r.negIe);
-    add_line(text, "stm_int16_t  BE1  : %d\n", r.BE1);
-    add_line(text, "stm_int16_t  BE2  : %d\n", r.BE2);
-    add_line(text, "stm_int8_t   BE   : %d\n", r.BE);
-    add_line(text, "stm_uint8    buffered  : %d\n", r.buffered);
-    add_line(text, "stm_int8_t   checksum  : %d\n\n", r.checksum);
+    sprintf(line, "stm_uint8_t  nr   : %d\n", r.nr);
+    strcat(text, line);
+    sprintf(line, "stm_uint16_t omega_t : %d\n", r.temp);
+    strcat(text, line);
+    sprintf(line, "stm_int32_t  rel_t: %d\n\n", static_cast<int32_t>(r.rel_t));
+    strcat(text, line);
+    sprintf(line, "stm_int32_t  U1e  : %d\n", r.U1e);
+    strcat(text, line);
+    sprintf(line, "stm_int32_t  U2e  : %d\n", r.U2e);
+    strcat(text, line);
+    sprintf(line, "stm_int32_t  U3e  : %d\n", r.U3e);
+    strcat(text, line);
+    sprintf(line, "stm_int32_t  Uen  : %d\n\n", r.Uen);
+    strcat(text, line);
+    sprintf(line, "stm_int32_t  I1   : %d\n", r.I1);
+    strcat(text, line);
+    sprintf(line, "stm_int32_t  I2   : %d\n", r.I2);
+    strcat(text, line);
+    sprintf(line, "stm_int32_t  I3   : %d\n", r.I3);
+    strcat(text, line);
+    sprintf(line, "stm_int32_t  -Ie  : %d\n\n", r.negIe);
+    strcat(text, line);
+    sprintf(line, "stm_int16_t  BE1  : %d\n", r.BE1);
+    strcat(text, line);
+    sprintf(line, "stm_int16_t  BE2  : %d\n", r.BE2);
+    strcat(text, line);
+    sprintf(line, "stm_int8_t   BE   : %d\n", r.BE);
+    strcat(text, line);
+    sprintf(line, "stm_uint8    buffered  : %d\n", r.buffered);
+    strcat(text, line);
+    sprintf(line, "stm_int8_t   checksum  : %d\n\n", r.checksum);
+    strcat(text, line);
 }
 
 void hex_by_snprintf(const uint8_t *bytes, int32_t count, char *text)
