@@ -25,12 +25,12 @@ constexpr uint32_t FRAME = 1034;
 constexpr uint32_t SYNCHRONISATION = 4096;
 
 const uint8_t *blocks = nullptr;
-int32_t block = 0;
+uint32_t block = 0;
 uint32_t delivered = 0; // of the block
 
 void deliver(uint8_t *rx, uint32_t length)
 {
-    memcpy(rx, blocks + block * BLOCK_SIZE + delivered, length);
+    memcpy(rx, blocks + size_t{block} * BLOCK_SIZE + delivered, length);
     delivered += length;
     if (delivered == BLOCK_SIZE) {
         block = (block + 1) % BLOCK_COUNT;

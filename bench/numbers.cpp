@@ -51,24 +51,31 @@ void add_contender(const char *contender)
     }
 }
 
+bool converted_alike(int32_t number)
+{
+    char expected[TEXT_SIZE];
+    char text[TEXT_SIZE];
+    with_snprintf(number, expected);
+    for (const auto convert : {with_ours, with_to_chars, with_digit_loop}) {
+        convert(number, text);
+        if (strcmp(text, expected) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 bool contenders_agree()
 {
-    char expected[TEXT_SIZE];
-    char text[TEXT_SIZE];
+    bool alike = true;
     for (const DataSet &set : data_sets()) {
         for (const int32_t number : set.numbers) {
-            with_snprintf(number, expected);
-            for (const auto convert : {with_ours, with_to_chars, with_digit_loop}) {
-                convert(number, text);
-                if (strcmp(text, expected) != 0) {
-                    return false;
-                }
-            }
+            alike = alike && converted_alike(number);
         }
     }
-    return true;
+    return alike;
 }
 
 void register_contenders()

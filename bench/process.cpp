@@ -2,6 +2,7 @@
 #include "bench/process.hpp"
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,11 +19,10 @@ namespace bench
 namespace
 {
 
-[[noreturn]] void become(const char *program, int output)
+[[noreturn]] void die(const char *text)
 {
-    dup2(output, STDOUT_FILENO);
-    execl(program, program, static_cast<char *>(nullptr));
-    _exit(127);
+    perror(text);
+    exit(1);
 }
 
 int null_device()
@@ -31,10 +31,20 @@ int null_device()
     return DESCRIPTOR;
 }
 
-[[noreturn]] void die(const char *text)
+pid_t start(const char *program, int output)
 {
-    perror(text);
-    exit(1);
+    std::array<char, 1> no_name = {};
+    std::array<char *, 2> arguments = {no_name.data(), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    pid_t child = -1;
+    const int error = posix_spawn(&child, program, &actions, nullptr, arguments.data(), nullptr);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) {
+        die(program);
+    }
+    return child;
 }
 
 int wait_for(pid_t child)
@@ -65,10 +75,7 @@ Ended run(const char *program)
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         die("pipe");
     }
-    const pid_t child = vfork();
-    if (child == 0) {
-        become(program, ends[1]);
-    }
+    const pid_t child = start(program, ends[1]);
     close(ends[1]);
     Ended ended = {-1, {}};
     std::array<char, 4096> piece;
@@ -86,11 +93,7 @@ double run_time(const char *program)
 {
     const int output = null_device();
     const auto begin = std::chrono::steady_clock::now();
-    const pid_t child = vfork();
-    if (child == 0) {
-        become(program, output);
-    }
-    wait_for(child);
+    wait_for(start(program, output));
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
@@ -102,7 +105,9 @@ int64_t peak_memory(const char *program)
     const pid_t child = fork();
     if (child == 0) {
         ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-        become(program, output);
+        dup2(output, STDOUT_FILENO);
+        execl(program, program, static_cast<char *>(nullptr));
+        _exit(127);
     }
     wait_for(child); // stopped behind exec
     if (ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACEEXIT) != 0 ||
@@ -111,6 +116,9 @@ int64_t peak_memory(const char *program)
     }
     wait_for(child); // stopped at its exit
     const int64_t kib = high_water_mark(child);
+    if (kib <= 0) {
+        die("VmHWM");
+    }
     ptrace(PTRACE_CONT, child, nullptr, nullptr);
     wait_for(child);
     return kib;

@@ -58,8 +58,9 @@ void add_dump(const char *name, RenderBytes render)
 {
     add(name, DUMP_COUNT, [render] {
         static char text[DUMP_TEXT_SIZE];
-        for (int32_t i = 0; i < DUMP_COUNT; ++i) {
-            render(data_sets()[1].records.data() + i * DUMPED_BYTES, DUMPED_BYTES, text);
+        const uint8_t *bytes = data_sets()[1].records.data();
+        for (int32_t i = 0; i < DUMP_COUNT; ++i, bytes += DUMPED_BYTES) {
+            render(bytes, DUMPED_BYTES, text);
             benchmark::DoNotOptimize(text);
         }
     });

@@ -130,8 +130,8 @@ void text_by_lines(const uint8_t *record, char *text)
 void hex_by_snprintf(const uint8_t *bytes, int32_t count, char *text)
 {
     constexpr int32_t BYTE_TEXT = 5;
-    for (int32_t i = 0; i < count; ++i) {
-        snprintf(text + BYTE_TEXT * i, BYTE_TEXT + 1, "0x%02X ", bytes[i]);
+    for (int32_t i = 0; i < count; ++i, text += BYTE_TEXT) {
+        snprintf(text, BYTE_TEXT + 1, "0x%02X ", bytes[i]);
     }
 }
 
