@@ -11,7 +11,7 @@ namespace
 {
 
 // The time of an iteration is the shortest of so many runs, for most of it is the system's own.
-constexpr int RUNS = 20;
+constexpr int RUNS = 50;
 
 template <typename Measure>
 auto least_of_runs(const char *program, Measure measure)
