@@ -23,21 +23,19 @@ auto least_of_runs(const char *program, Measure measure)
     return least;
 }
 
-void add_program(const char *contender, const char *program)
+void measure(benchmark::State &state, const char *program)
 {
-    const std::string name = std::string("process_start/") + contender;
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [program](benchmark::State &state) {
-                                     for (auto unused : state) {
-                                         (void)unused;
-                                         state.SetIterationTime(least_of_runs(program, run_time));
-                                     }
-                                     state.SetItemsProcessed(state.iterations());
-                                     state.counters["peak_kib"] =
-                                         static_cast<double>(least_of_runs(program, peak_memory));
-                                 })
-        ->UseManualTime()
-        ->Iterations(10);
+    for (auto unused : state) {
+        (void)unused;
+        state.SetIterationTime(least_of_runs(program, run_time));
+    }
+    state.SetItemsProcessed(state.iterations());
+    state.counters["peak_kib"] = static_cast<double>(least_of_runs(program, peak_memory));
+}
+
+void add_program(const char *name, const char *program)
+{
+    benchmark::RegisterBenchmark(name, measure, program)->UseManualTime()->Iterations(10);
 }
 
 } // namespace
@@ -52,8 +50,8 @@ bool contenders_agree()
 
 void register_contenders()
 {
-    add_program("ours", UPDATE_PROGRAM);
-    add_program("trivial", USAGE_PROGRAM);
+    add_program("process_start/ours", UPDATE_PROGRAM);
+    add_program("process_start/trivial", USAGE_PROGRAM);
 }
 
 } // namespace bench
