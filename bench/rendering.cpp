@@ -5,9 +5,6 @@
 
 #include <cstring>
 
-namespace stm
-{
-}
 using namespace stm;
 
 namespace bench

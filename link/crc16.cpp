@@ -104,7 +104,7 @@ constexpr int32_t WORD_BYTES = sizeof(Word);
 constexpr int WORD_BITS = std::numeric_limits<Word>::digits;
 constexpr int32_t SHORTEST_FOLDED = 2 * WORD_BYTES;
 
-// The register's first value, moved past as many bytes: what their remainder begins with.
+// The register's first value, moved past so many bytes: their remainder begins with it.
 struct Beginnings {
     uint16_t behind[WORD_BYTES + 1];
 };
@@ -124,8 +124,20 @@ consteval Beginnings beginnings()
 }
 constexpr Beginnings BEGINNINGS = beginnings();
 
-// The first bytes, as many as make the rest whole words, and then word by word: a, b and c are what
-// the words before have left for the next three.
+// Folds a word into the next one, which is loaded now, and into the two on which 2.75 words further
+// on falls; for the fourth it stays where it is. one, two and three hold what waits for the words
+// so far ahead. In the following step the four have changed places: one is the word to be folded
+// then.
+void fold(Word word, Word &one, Word &two, Word &three, const uint8_t *&data)
+{
+    one ^= get_be<Word>(data) ^ word;
+    two ^= word >> 3 * WORD_BITS / 4;
+    three ^= word << WORD_BITS / 4;
+    data += WORD_BYTES;
+}
+
+// The first bytes, as many as make the rest whole words, and then word by word. The last ones, into
+// which no more can be folded, are reduced.
 uint16_t folded_crc(const uint8_t *data, int32_t length)
 {
     const int32_t head = (length - 1) % WORD_BYTES + 1;
@@ -134,12 +146,12 @@ uint16_t folded_crc(const uint8_t *data, int32_t length)
     Word a = 0;
     Word b = 0;
     Word c = 0;
-    for (data += head; words >= 4; --words, data += WORD_BYTES) {
-        const Word next = get_be<Word>(data) ^ a ^ word;
-        a = b ^ (word >> 3 * WORD_BITS / 4);
-        b = c ^ (word << WORD_BITS / 4);
-        c = word;
-        word = next;
+    data += head;
+    for (; words >= 7; words -= 4) {
+        fold(word, a, b, c, data);
+        fold(a, b, c, word, data);
+        fold(b, c, word, a, data);
+        fold(c, word, a, b, data);
     }
     for (; words > 0; --words, data += WORD_BYTES) {
         word = get_be<Word>(data) ^ a ^ reduce(word);

@@ -222,17 +222,14 @@ inline constexpr RecordFormat STM_RECORD_TEMP_LIVE = [] {
     return format;
 }();
 
-inline constexpr RecordRequest STM_REQUEST = {STM_RECORD, 0xC8, 73, 'I'};
-inline constexpr RecordRequest STM_REQUEST_OMEGA = {STM_RECORD_OMEGA, 0xC1, 78, 'N'};
-inline constexpr RecordRequest STM_REQUEST_TEMP = {STM_RECORD_TEMP, 0x02, 85, 'U'};
-inline constexpr RecordRequest STM_REQUEST_TEMP_LIVE = {STM_RECORD_TEMP_LIVE, 0x02, 85, 'U'};
+extern const RecordRequest STM_REQUEST;
+extern const RecordRequest STM_REQUEST_OMEGA;
+extern const RecordRequest STM_REQUEST_TEMP;
+extern const RecordRequest STM_REQUEST_TEMP_LIVE;
 
+static_assert(record_is_covered(STM_RECORD) && record_is_covered(STM_RECORD_OMEGA) &&
+              record_is_covered(STM_RECORD_TEMP) && record_is_covered(STM_RECORD_TEMP_LIVE));
 static_assert(record_has_room(STM_RECORD) && record_has_room(STM_RECORD_OMEGA) &&
               record_has_room(STM_RECORD_TEMP));
-static_assert(record_is_covered(STM_RECORD) && record_request_fits(STM_REQUEST));
-static_assert(record_is_covered(STM_RECORD_OMEGA) && record_request_fits(STM_REQUEST_OMEGA));
-static_assert(record_is_covered(STM_RECORD_TEMP) && record_request_fits(STM_REQUEST_TEMP));
-static_assert(record_is_covered(STM_RECORD_TEMP_LIVE) &&
-              record_request_fits(STM_REQUEST_TEMP_LIVE));
 
 } // namespace stm

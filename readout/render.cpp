@@ -1,7 +1,6 @@
 // Records as text.
 #include "readout/render.hpp"
 
-#include "link/decimal.hpp"
 #include "link/link.hpp"
 #include "readout/render_fields.hpp"
 
@@ -66,26 +65,6 @@ void output_hex(StmOutputFn output)
 char *write_signed(char *to, int32_t number)
 {
     return write_decimal(to, number);
-}
-
-char *write_unsigned(char *to, uint32_t number)
-{
-    return write_decimal(to, number);
-}
-
-uint16_t record_checksum(const RecordFormat &format, const uint8_t *record)
-{
-    return stm_crc16(record, static_cast<uint16_t>(format.size - RECORD_CHECKSUM_SIZE));
-}
-
-uint16_t record_stored_checksum(const RecordFormat &format, const uint8_t *record)
-{
-    return get_le16(record + format.size - RECORD_CHECKSUM_SIZE);
-}
-
-bool record_checksum_ok(const RecordFormat &format, const uint8_t *record)
-{
-    return record_checksum(format, record) == record_stored_checksum(format, record);
 }
 
 void render_record_text(const RecordFormat &format, const uint8_t *record, TextBuffer &buffer)

@@ -1,6 +1,7 @@
 // Records as text, and for the output callback, in the mode that the caller of a read-out asks for.
 #pragma once
 
+#include "link/bytes.hpp"
 #include "link/stm_com_funcs.h"
 #include "readout/record_format.hpp"
 #include "readout/text_buffer.hpp"
@@ -9,11 +10,21 @@ namespace stm
 {
 
 // The checksum of a record's bytes, and the one that it carries.
-uint16_t record_checksum(const RecordFormat &format, const uint8_t *record);
-uint16_t record_stored_checksum(const RecordFormat &format, const uint8_t *record);
+inline uint16_t record_checksum(const RecordFormat &format, const uint8_t *record)
+{
+    return stm_crc16(record, static_cast<uint16_t>(format.size - RECORD_CHECKSUM_SIZE));
+}
+
+inline uint16_t record_stored_checksum(const RecordFormat &format, const uint8_t *record)
+{
+    return get_le16(record + format.size - RECORD_CHECKSUM_SIZE);
+}
 
 // True if they are the same.
-bool record_checksum_ok(const RecordFormat &format, const uint8_t *record);
+inline bool record_checksum_ok(const RecordFormat &format, const uint8_t *record)
+{
+    return record_checksum(format, record) == record_stored_checksum(format, record);
+}
 
 // All append to the buffer.
 void render_record_text(const RecordFormat &format, const uint8_t *record, TextBuffer &buffer);

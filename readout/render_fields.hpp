@@ -3,6 +3,7 @@
 #pragma once
 
 #include "link/bytes.hpp"
+#include "link/decimal.hpp"
 #include "readout/record_format.hpp"
 
 #include <cstring>
@@ -11,10 +12,8 @@
 namespace stm
 {
 
-// Numbers in decimal, from a place on; each returns the place after it. Calls, lest every field of
-// every format have the digits' code in it.
+// A call, lest every field of every format have the sign's code in it.
 char *write_signed(char *to, int32_t number);
-char *write_unsigned(char *to, uint32_t number);
 
 template <Wire WIRE>
 int32_t field_value(const uint8_t *at)
@@ -55,35 +54,38 @@ char *render_field_csv(const uint8_t *record, char *to)
     if constexpr (FIELD.csv == Csv::with_sign) {
         to = write_signed(to, value);
     } else {
-        to = write_unsigned(to, static_cast<uint32_t>(value));
+        to = write_decimal(to, static_cast<uint32_t>(value));
     }
     *to = ';';
     return to + 1;
 }
 
+template <const auto &FIELDS, size_t... I>
+char *render_each_text(const uint8_t *record, char *to, std::index_sequence<I...>)
+{
+    ((to = render_field_text<FIELDS, I>(record, to)), ...);
+    return to;
+}
+
+template <const auto &FIELDS, size_t... I>
+char *render_each_csv(const uint8_t *record, char *to, std::index_sequence<I...>)
+{
+    ((to = render_field_csv<FIELDS, I>(record, to)), ...);
+    return to;
+}
+
 template <const auto &FIELDS>
 char *render_fields_text(const uint8_t *record, char *to)
 {
-    return [=]<size_t... I>(std::index_sequence<I...>)
-    {
-        char *end = to;
-        ((end = render_field_text<FIELDS, I>(record, end)), ...);
-        return end;
-    }
-    (std::make_index_sequence<std::size(FIELDS)>());
+    return render_each_text<FIELDS>(record, to, std::make_index_sequence<std::size(FIELDS)>());
 }
 
 template <const auto &FIELDS>
 char *render_fields_csv(const uint8_t *record, char *to)
 {
-    return [=]<size_t... I>(std::index_sequence<I...>)
-    {
-        char *end = to;
-        ((end = render_field_csv<FIELDS, I>(record, end)), ...);
-        *end = '\n';
-        return end + 1;
-    }
-    (std::make_index_sequence<std::size(FIELDS)>());
+    to = render_each_csv<FIELDS>(record, to, std::make_index_sequence<std::size(FIELDS)>());
+    *to = '\n';
+    return to + 1;
 }
 
 } // namespace stm

@@ -4,11 +4,9 @@
 #include "link/decimal.hpp"
 #include "link/link.hpp"
 
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 
 namespace stm
 {
@@ -16,23 +14,30 @@ namespace stm
 namespace
 {
 
-// "0x00 " to "0xFF ".
-struct HexBytes {
-    static constexpr int32_t WIDTH = 5;
-    char text[256][WIDTH];
+struct HexPairs {
+    char text[256][2]; // "00" to "FF"
 };
 
-consteval HexBytes hex_bytes()
+consteval HexPairs hex_pairs()
 {
     constexpr char DIGITS[] = "0123456789ABCDEF";
-    HexBytes all = {};
+    HexPairs all = {};
     for (int byte = 0; byte < 256; ++byte) {
-        const char piece[] = {'0', 'x', DIGITS[byte >> 4], DIGITS[byte & 0xF], ' '};
-        std::copy(std::begin(piece), std::end(piece), all.text[byte]);
+        all.text[byte][0] = DIGITS[byte >> 4];
+        all.text[byte][1] = DIGITS[byte & 0xF];
     }
     return all;
 }
-constexpr HexBytes HEX_BYTES = hex_bytes();
+constexpr HexPairs HEX_PAIRS = hex_pairs();
+
+constexpr int32_t HEX_WIDTH = sizeof("0xFF ") - 1;
+
+void write_hex(char *to, uint8_t byte)
+{
+    memcpy(to, "0x", 2);
+    memcpy(to + 2, HEX_PAIRS.text[byte], 2);
+    to[4] = ' ';
+}
 
 void append_bytes(TextBuffer &buffer, const char *text, size_t length)
 {
@@ -86,28 +91,30 @@ void text_format(TextBuffer &buffer, const char *format, ...)
 
 void text_append_signed(TextBuffer &buffer, int32_t number)
 {
-    char digits[LONGEST_DECIMAL];
+    char digits[LONGEST_DECIMAL + 1];
     append_bytes(buffer, digits, static_cast<size_t>(write_decimal(digits, number) - digits));
 }
 
 void text_append_unsigned(TextBuffer &buffer, uint32_t number)
 {
-    char digits[LONGEST_DECIMAL];
+    char digits[LONGEST_DECIMAL + 1];
     append_bytes(buffer, digits, static_cast<size_t>(write_decimal(digits, number) - digits));
 }
 
 // As many bytes as have room are written in place, the next one as far as it fits.
 void text_append_hex(TextBuffer &buffer, const uint8_t *bytes, int32_t count)
 {
-    const int32_t room = (buffer.size - 1 - buffer.length) / HexBytes::WIDTH;
+    const int32_t room = (buffer.size - 1 - buffer.length) / HEX_WIDTH;
     const int32_t whole = count < room ? count : room;
     char *to = buffer.text + buffer.length;
-    for (int32_t i = 0; i < whole; ++i, to += HexBytes::WIDTH) {
-        memcpy(to, HEX_BYTES.text[bytes[i]], HexBytes::WIDTH);
+    for (int32_t i = 0; i < whole; ++i, to += HEX_WIDTH) {
+        write_hex(to, bytes[i]);
     }
     text_end(buffer, to);
     if (whole < count) {
-        append_bytes(buffer, HEX_BYTES.text[bytes[whole]], HexBytes::WIDTH);
+        char piece[HEX_WIDTH];
+        write_hex(piece, bytes[whole]);
+        append_bytes(buffer, piece, sizeof(piece));
     }
 }
 
