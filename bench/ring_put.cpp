@@ -4,15 +4,13 @@
 #include "bench/harness.hpp"
 #include "bench/yardstick/plain_ring.hpp"
 #include "link/link.hpp"
+#include "ringbuffer/ring.hpp"
 #include "ringbuffer/ring_record.hpp"
 
 #include <algorithm>
 #include <cstring>
 #include <span>
 
-namespace stm
-{
-}
 using namespace stm;
 
 namespace bench
@@ -53,8 +51,7 @@ void our_puts()
 {
     const DataSet &set = data_sets()[0];
     for (int32_t i = 0; i < RECORD_COUNT; ++i) {
-        const RingRecord record = ring_record_from_wire(set.record(i));
-        benchmark::DoNotOptimize(RingBuffer_PutValue(RINGBUFFER_WRITER, &record));
+        benchmark::DoNotOptimize(ring_put_from_wire(RINGBUFFER_WRITER, set.record(i)));
     }
 }
 
@@ -98,7 +95,7 @@ bool puts_agree()
     attach_ring();
     for (int32_t i = 0; i < COUNT; ++i) {
         const RingRecord record = ring_record_from_wire(data_sets()[0].record(i));
-        RingBuffer_PutValue(RINGBUFFER_WRITER, &record);
+        ring_put_from_wire(RINGBUFFER_WRITER, data_sets()[0].record(i));
         plain_put(plain, &record);
     }
     return ring.write_index == 40 && same_bytes(ring, plain);

@@ -2,7 +2,7 @@
 #include "link/report.hpp"
 #include "readout/block.hpp"
 #include "readout/sample_stream.hpp"
-#include "ringbuffer/ring_record.hpp"
+#include "ringbuffer/ring.hpp"
 
 using namespace stm;
 
@@ -14,8 +14,7 @@ constexpr SampleStream STREAM = {STM_REQUEST_TEMP, STREAM_FAILURES, false};
 // Kept: a record that cannot be put closes the ring, and the next one is tried all the same.
 void put_record(int handle, const uint8_t *record, StmOutputFn output)
 {
-    const RingRecord repacked = ring_record_from_wire(record);
-    if (RingBuffer_PutValue(handle, &repacked) < 1) {
+    if (ring_put_from_wire(handle, record) < 1) {
         report_message(output, "Error: Writing to ringbuffer\n");
         RingBuffer_Close(handle);
     }

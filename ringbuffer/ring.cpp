@@ -1,9 +1,12 @@
 // The ring in shared memory: 160 slots, a writer's fields and a reader's. Two processes use it
 // without a lock, and a third may have damaged it: each field is loaded once, and an index is
 // checked before a slot is taken by it.
+#include "ringbuffer/ring.hpp"
+
 #include "link/link.hpp"
 #include "link/report.hpp"
 #include "link/stm_com_funcs.h"
+#include "ringbuffer/ring_record.hpp"
 
 #include <sys/ipc.h>
 #include <sys/shm.h>
@@ -116,6 +119,28 @@ int open_for_reading(RingBuffer &ring)
     return RINGBUFFER_READER;
 }
 
+// The slot that is filled next is filled, then announced, then counted.
+// Kept: a reader that lags is not looked at; the oldest records are overwritten.
+template <typename Fill>
+int put(int handle, Fill fill)
+{
+    if (!holds(handle, RINGBUFFER_WRITER)) {
+        return -1;
+    }
+    RingBuffer &ring = *stm_link.ring;
+    const int32_t index = load(ring.write_index);
+    if (!is_slot(index)) {
+        return -1;
+    }
+    fill(ring.slots[index]);
+    store(ring.write_index, next_index(index));
+    const int32_t count = load(ring.count);
+    if (count < MOST_COUNTED) {
+        store(ring.count, count + 1);
+    }
+    return 1;
+}
+
 } // namespace
 
 int RingBuffer_Attach()
@@ -172,24 +197,14 @@ int RingBuffer_Close(int handle)
     return -1;
 }
 
-// Kept: a reader that lags is not looked at; the oldest records are overwritten.
 int RingBuffer_PutValue(int handle, const RingRecord *record)
 {
-    if (!holds(handle, RINGBUFFER_WRITER)) {
-        return -1;
-    }
-    RingBuffer &ring = *stm_link.ring;
-    const int32_t index = load(ring.write_index);
-    if (!is_slot(index)) {
-        return -1;
-    }
-    memcpy(&ring.slots[index], record, sizeof(RingRecord));
-    store(ring.write_index, next_index(index));
-    const int32_t count = load(ring.count);
-    if (count < MOST_COUNTED) {
-        store(ring.count, count + 1);
-    }
-    return 1;
+    return put(handle, [record](RingRecord &slot) { memcpy(&slot, record, sizeof(slot)); });
+}
+
+int stm::ring_put_from_wire(int handle, const uint8_t *record)
+{
+    return put(handle, [record](RingRecord &slot) { ring_record_fill(slot, record); });
 }
 
 int RingBuffer_NewValueAvailable(int handle)

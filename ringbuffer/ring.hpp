@@ -1,16 +1,12 @@
-// What RingBuffer_PutValue consists of, for a writer that makes its record in the slot itself.
+// What the writer adds to the operations of the ring.
 #pragma once
 
-#include "link/stm_com_funcs.h"
+#include <cstdint>
 
 namespace stm
 {
 
-// The slot that the writer fills next, and its index; null if the handle is not the writer's, or
-// the index is none.
-RingRecord *ring_slot_to_fill(int handle, int32_t &index);
-
-// The slot of this index is filled: readers may have it.
-void ring_announce(int32_t index);
+// RingBuffer_PutValue for a record as it has come over the wire, which is repacked in its slot.
+int ring_put_from_wire(int handle, const uint8_t *record);
 
 } // namespace stm

@@ -4,8 +4,11 @@
 #include "link/stm_com_funcs.h"
 #include "readout/record_format.hpp"
 
+#include <array>
 #include <bit>
 #include <cstddef>
+#include <cstring>
+#include <utility>
 
 namespace stm
 {
@@ -38,7 +41,60 @@ inline constexpr RecordFormat STM_RING_RECORD =
     record_format<STM_RING_RECORD_FIELDS>(RINGBUFFER_SLOT_SIZE);
 static_assert(record_is_covered(STM_RING_RECORD) && record_has_room(STM_RING_RECORD));
 
+// Bytes that lie side by side on the wire and in the slot.
+struct RingRecordMove {
+    int32_t from;
+    int32_t to;
+    int32_t size;
+};
+
+struct RingRecordMoves {
+    std::array<RingRecordMove, std::size(STM_RING_RECORD_FIELDS) + 1> list = {};
+    size_t count = 0;
+};
+
+// Where each byte of the slot comes from, by the names of the fields; the marker is first in both.
+consteval RingRecordMoves moves_to_slot()
+{
+    std::array<int32_t, RINGBUFFER_SLOT_SIZE> sources = {};
+    for (const RecordField &field : STM_RING_RECORD.fields) {
+        const RecordField &wire = field_named(STM_RECORD_TEMP, field.name);
+        for (int32_t i = 0; i < wire_size(wire.wire); ++i) {
+            sources[static_cast<size_t>(field.offset + i)] = wire.offset + i;
+        }
+    }
+    RingRecordMoves moves;
+    for (int32_t to = 0; to < RINGBUFFER_SLOT_SIZE; ++to) {
+        const int32_t from = sources[static_cast<size_t>(to)];
+        RingRecordMove &last = moves.list[moves.count == 0 ? 0 : moves.count - 1];
+        if (moves.count > 0 && from == last.from + last.size) {
+            ++last.size;
+        } else {
+            moves.list[moves.count++] = {from, to, 1};
+        }
+    }
+    return moves;
+}
+inline constexpr RingRecordMoves RING_RECORD_MOVES = moves_to_slot();
+static_assert(RING_RECORD_MOVES.count == 6,
+              "Uen and negIe lie elsewhere, which cuts the record into six");
+
+template <size_t... I>
+void ring_record_move(uint8_t *slot, const uint8_t *record, std::index_sequence<I...>)
+{
+    (memcpy(slot + RING_RECORD_MOVES.list[I].to, record + RING_RECORD_MOVES.list[I].from,
+            RING_RECORD_MOVES.list[I].size),
+     ...);
+}
+
+// A slot's record from one that has come over the wire.
 // Kept: the checksum is the wire's, although the fields have moved.
+inline void ring_record_fill(RingRecord &slot, const uint8_t *record)
+{
+    ring_record_move(reinterpret_cast<uint8_t *>(&slot), record,
+                     std::make_index_sequence<RING_RECORD_MOVES.count>());
+}
+
 RingRecord ring_record_from_wire(const uint8_t *record);
 
 } // namespace stm
