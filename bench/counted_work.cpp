@@ -4,7 +4,8 @@
 //     counted_work CASE LENGTH
 #include "bench/counted_data.hpp"
 #include "bench/counted_device.hpp"
-#include "bench/counted_yardsticks.hpp"
+#include "bench/yardstick/byte_table.hpp"
+#include "bench/yardstick/digit_loop.hpp"
 #include "link/stm_com_funcs.h"
 
 #include <cstdio>
@@ -103,11 +104,11 @@ constexpr long LONGEST = 1'000'000;
 
 constexpr Case CASES[] = {
     {"crc16_46", sum_up<46, stm_crc16>},
-    {"crc16_46_table", sum_up<46, yardstick_crc16>},
+    {"crc16_46_table", sum_up<46, bench::byte_table_crc>},
     {"crc16_1032", sum_up<1032, stm_crc16>},
-    {"crc16_1032_table", sum_up<1032, yardstick_crc16>},
+    {"crc16_1032_table", sum_up<1032, bench::byte_table_crc>},
     {"itoa", write_numbers<stm_itoa>},
-    {"itoa_general", write_numbers<yardstick_itoa>},
+    {"itoa_general", write_numbers<bench::digit_loop>},
     {"block_csv", read_blocks<READOUT_CSV>},
     {"block_text", read_blocks<READOUT_TEXT>},
     {"block_exchanges", exchange_read_blocks},
