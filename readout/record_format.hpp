@@ -58,8 +58,9 @@ char *render_fields_text(const uint8_t *record, char *to);
 template <const auto &FIELDS>
 char *render_fields_csv(const uint8_t *record, char *to);
 
-constexpr int32_t RECORD_TEXT_SIZE =
-    640; // room for a record of any format, as text or as a hex dump
+// Room for a record of any format, in any mode.
+constexpr int32_t RECORD_TEXT_SIZE = 640;
+static_assert(RECORD_TEXT_SIZE >= STM_MESSAGE_SIZE);
 
 template <const auto &FIELDS>
 consteval RecordFormat record_format(int32_t size, int32_t reserved_at = 0)

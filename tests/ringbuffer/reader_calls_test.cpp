@@ -53,6 +53,20 @@ class RingCalls : public Dialogue
         return next_of(results) != 0 ? &slot : nullptr;
     }
 
+    // The record gets a wrong checksum, and is another one as soon as somebody looks a second time.
+    void let_another_process_write()
+    {
+        slot.checksum ^= 0xFFFF;
+        looks = 0;
+    }
+
+    void look_at_record()
+    {
+        if (looks >= 0 && ++looks == 2) {
+            slot.U1e ^= 1;
+        }
+    }
+
     std::vector<int> opened = {2};
     std::vector<int> available = {1, -1};
     std::vector<int> marked = {1};
@@ -60,8 +74,10 @@ class RingCalls : public Dialogue
     std::vector<int> next = {1};
     std::vector<int> left = {1};
 
-  private:
     RingRecord slot = {};
+
+  private:
+    int looks = -1; // not counted
 };
 
 std::string called(const char *operation, int handle)
@@ -78,6 +94,16 @@ std::string no_look(int handle)
 
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" {
+
+uint16_t __real_stm_crc16(const uint8_t *data, uint16_t length);
+
+uint16_t __wrap_stm_crc16(const uint8_t *data, uint16_t length)
+{
+    if (running_calls != nullptr) {
+        running_calls->look_at_record();
+    }
+    return __real_stm_crc16(data, length);
+}
 
 int __wrap_RingBuffer_Open(const char *mode)
 {
@@ -270,4 +296,16 @@ TEST_F(RingCalls, leave_the_ring_open_after_5001_idle_looks)
     available = {0};
     read();
     EXPECT_TRUE(happened(joined({{OPEN}, times(5000, {LOOK, "sleep 1000"}), {LOOK, TIMEOUT}})));
+}
+
+// Of a slot in shared memory, which another process may write to in between.
+TEST_F(RingCalls, report_the_checksums_that_were_compared)
+{
+    const uint16_t computed = slot.checksum;
+    let_another_process_write();
+    read();
+    char report[80];
+    snprintf(report, sizeof(report), "Wrong checksum detected (crc = %X, checksum= %X)\n", computed,
+             computed ^ 0xFFFF);
+    EXPECT_TRUE(happened({OPEN, LOOK, MARKED, FIRST, NEXT, say(report), LOOK, no_look(2), CLOSE}));
 }
