@@ -228,6 +228,28 @@ TEST(NumberText, writes_a_sign_and_the_magnitude_whatever_the_base)
     EXPECT_EQ(signed_text(INT_MIN, 10), "-2147483648");
 }
 
+TEST(NumberText, in_decimal_changes_its_length_at_each_power_of_ten)
+{
+    uint32_t power = 10;
+    for (size_t zeros = 1; zeros <= 9; ++zeros, power *= 10) {
+        const std::string nines(zeros, '9');
+        const std::string one_and_zeros = "1" + std::string(zeros, '0');
+        EXPECT_EQ(unsigned_text(power - 1, 10), nines);
+        EXPECT_EQ(unsigned_text(power, 10), one_and_zeros);
+        expect_signed(static_cast<int32_t>(power) - 1, 10, nines);
+        expect_signed(static_cast<int32_t>(power), 10, one_and_zeros);
+        expect_signed(1 - static_cast<int32_t>(power), 10, "-" + nines);
+        expect_signed(-static_cast<int32_t>(power), 10, "-" + one_and_zeros);
+    }
+}
+
+TEST(NumberText, in_decimal_agrees_with_the_c_library_for_every_small_number)
+{
+    for (int32_t number = 0; number < 20'000 && !testing::Test::HasFailure(); ++number) {
+        expect_signed(number, 10, std::to_string(number));
+    }
+}
+
 TEST(NumberText, has_no_sign_for_unsigned_numbers)
 {
     EXPECT_EQ(unsigned_text(4294967295U, 16), "ffffffff");
