@@ -2,6 +2,7 @@
 // multiplications: the board's processor cannot divide.
 #include "link/decimal.hpp"
 
+#include <cstddef>
 #include <cstring>
 
 namespace stm
@@ -17,7 +18,7 @@ struct DigitPairs {
 consteval DigitPairs digit_pairs()
 {
     DigitPairs pairs = {};
-    for (int i = 0; i < 100; ++i) {
+    for (size_t i = 0; i < 100; ++i) {
         pairs.text[2 * i] = static_cast<char>('0' + i / 10);
         pairs.text[2 * i + 1] = static_cast<char>('0' + i % 10);
     }
@@ -30,7 +31,7 @@ constexpr DigitPairs DIGIT_PAIRS = digit_pairs();
 
 char *write_two_digits(char *to, uint32_t number)
 {
-    memcpy(to, DIGIT_PAIRS.text + 2 * number, 2);
+    memcpy(to, DIGIT_PAIRS.text + size_t{2} * number, 2);
     return to + 2;
 }
 
@@ -53,7 +54,7 @@ char *write_four_digits(char *to, uint32_t number)
 char *write_below_hundred(char *to, uint32_t number)
 {
     const uint32_t zeros = (number - 10) >> 31; // 1 below 10, else 0
-    memcpy(to, DIGIT_PAIRS.text + 2 * number + zeros, 2);
+    memcpy(to, DIGIT_PAIRS.text + size_t{2} * number + zeros, 2);
     return to + 2 - zeros;
 }
 

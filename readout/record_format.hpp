@@ -223,10 +223,12 @@ inline constexpr RecordFormat STM_RECORD_TEMP_LIVE = [] {
     return format;
 }();
 
+// NOLINTBEGIN(bugprone-dynamic-static-initializers): only declared here
 extern const RecordRequest STM_REQUEST;
 extern const RecordRequest STM_REQUEST_OMEGA;
 extern const RecordRequest STM_REQUEST_TEMP;
 extern const RecordRequest STM_REQUEST_TEMP_LIVE;
+// NOLINTEND(bugprone-dynamic-static-initializers)
 
 static_assert(record_is_covered(STM_RECORD) && record_is_covered(STM_RECORD_OMEGA) &&
               record_is_covered(STM_RECORD_TEMP) && record_is_covered(STM_RECORD_TEMP_LIVE));

@@ -34,7 +34,8 @@ constexpr int32_t HEX_WIDTH = sizeof("0xFF ") - 1;
 
 void write_hex(char *to, uint8_t byte)
 {
-    memcpy(to, "0x", 2);
+    to[0] = '0';
+    to[1] = 'x';
     memcpy(to + 2, HEX_PAIRS.text[byte], 2);
     to[4] = ' ';
 }

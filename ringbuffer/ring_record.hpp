@@ -56,16 +56,16 @@ struct RingRecordMoves {
 // Where each byte of the slot comes from, by the names of the fields; the marker is first in both.
 consteval RingRecordMoves moves_to_slot()
 {
-    std::array<int32_t, RINGBUFFER_SLOT_SIZE> sources = {};
+    int32_t sources[RINGBUFFER_SLOT_SIZE] = {};
     for (const RecordField &field : STM_RING_RECORD.fields) {
         const RecordField &wire = field_named(STM_RECORD_TEMP, field.name);
         for (int32_t i = 0; i < wire_size(wire.wire); ++i) {
-            sources[static_cast<size_t>(field.offset + i)] = wire.offset + i;
+            sources[field.offset + i] = wire.offset + i;
         }
     }
     RingRecordMoves moves;
     for (int32_t to = 0; to < RINGBUFFER_SLOT_SIZE; ++to) {
-        const int32_t from = sources[static_cast<size_t>(to)];
+        const int32_t from = sources[to];
         RingRecordMove &last = moves.list[moves.count == 0 ? 0 : moves.count - 1];
         if (moves.count > 0 && from == last.from + last.size) {
             ++last.size;
