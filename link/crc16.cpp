@@ -6,7 +6,7 @@
 // bits ahead may be taken away and added again 4K, 11K and 16K bits further on:
 //
 //     K = a quarter of a word's bits:     1, 2.75 and 4 words further on    (fold)
-//     K = a sixteenth of a word's bits:   all within the word behind it     (reduce)
+//     K = a sixteenth of a word's bits:   all within the next word         (reduce)
 //
 // The relation is that of arXiv 2412.16398.
 #include "link/bytes.hpp"
@@ -72,9 +72,9 @@ consteval bool table_is_ccitt()
 }
 static_assert(table_is_ccitt());
 
-// What comes behind a word, so that it adds up to the same remainder without it. With the exponents
-// above and a word T of 16K bits, T * x^16K is S + S * x^5K + S * x^12K, where S is T with all that
-// runs over on the way added once more.
+// What is added to the next word when this one, T of 16K bits, is left out: T * x^16K modulo P.
+// With the exponents above it is S + S * x^5K + S * x^12K, where S is T and what runs over on the
+// way.
 template <typename Word>
 constexpr Word reduce(Word t)
 {
@@ -106,7 +106,7 @@ constexpr int32_t SHORTEST_FOLDED = 2 * WORD_BYTES;
 
 // The register's first value, moved past so many bytes: their remainder begins with it.
 struct Beginnings {
-    uint16_t behind[WORD_BYTES + 1];
+    uint16_t after[WORD_BYTES + 1];
 };
 
 consteval Beginnings beginnings()
@@ -116,7 +116,7 @@ consteval Beginnings beginnings()
     while (add_byte(add_byte(crc, 0), 0) != 0xFFFF) {
         ++crc;
     }
-    for (uint16_t &value : all.behind) {
+    for (uint16_t &value : all.after) {
         value = crc;
         crc = add_byte(crc, 0);
     }
@@ -142,7 +142,7 @@ uint16_t folded_crc(const uint8_t *data, int32_t length)
 {
     const int32_t head = (length - 1) % WORD_BYTES + 1;
     int32_t words = (length - head) / WORD_BYTES;
-    Word word = get_be<Word>(data) >> (WORD_BITS - 8 * head) ^ BEGINNINGS.behind[head];
+    Word word = get_be<Word>(data) >> (WORD_BITS - 8 * head) ^ BEGINNINGS.after[head];
     Word a = 0;
     Word b = 0;
     Word c = 0;
