@@ -252,17 +252,19 @@ TEST_F(Ring, writer_is_ended_by_its_user)
 // time: it notices the next one as long as that has not come as far.
 TEST_F(Ring, killed_and_restarted_writers_are_noticed_and_not_fatal)
 {
-    const Result result =
-        script("writer() { exec $BOARD --rate 130 $STMCTL ring write 2>>writer.err </dev/null; }\n"
-               "begun() { [ \"$(grep -c 'begun anew' reader.err)\" -eq $1 ]; }\n"
-               "writer & writer=$!; await_one\n"
-               "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!\n"
-               "await ';' read.csv; await_status 'fills slot 1[0-4]. next'; kill -9 $writer\n"
-               "await 'no writer is there' reader.err\n"
-               "writer & writer=$!; await_command begun 1\n"
-               "await_status 'fills slot 1[0-4]. next'; kill -9 $writer\n"
-               "writer & writer=$!; await_command begun 2\n"
-               "kill $reader; wait $reader; echo $?; kill $writer; wait");
+    const Result result = script(
+        "writer() { exec $BOARD --rate 130 $STMCTL ring write 2>>writer.err </dev/null; }\n"
+        "has_shown() { [ \"$(wc -l <read.csv)\" -ge $1 ]; }\n" // 60 are more than are held back
+        "await_shown() { await_command has_shown $(($(wc -l <read.csv) + $1)); }\n"
+        "begun() { [ \"$(grep -c 'begun anew' reader.err)\" -eq $1 ]; }\n"
+        "writer & writer=$!; await_one\n"
+        "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!\n"
+        "await ';' read.csv; await_status 'fills slot 1[0-4]. next'; kill -9 $writer\n"
+        "await 'no writer is there' reader.err\n"
+        "writer & writer=$!; await_command begun 1; await_shown 60\n"
+        "await_status 'fills slot 1[0-4]. next'; kill -9 $writer\n"
+        "writer & writer=$!; await_command begun 2; await_shown 60\n"
+        "kill $reader; wait $reader; echo $?; kill $writer; wait");
     EXPECT_EQ(result.output, "0\n");
     const std::string said = read_text("reader.err");
     EXPECT_EQ(count(said, "ring read: the writer has begun anew\n"), 2U) << said;
