@@ -5,6 +5,9 @@
 
 #include <map>
 
+namespace stmctl
+{
+
 namespace
 {
 
@@ -81,3 +84,5 @@ const Offer &offer_for(const CLI::Option &option)
 {
     return offers()[&option];
 }
+
+} // namespace stmctl

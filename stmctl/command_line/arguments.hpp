@@ -12,6 +12,9 @@ class App;
 class Option;
 } // namespace CLI
 
+namespace stmctl
+{
+
 // What a shell may offer for a value, and whether it must be one of that.
 struct Offer {
     std::vector<std::string> words;
@@ -39,3 +42,5 @@ void add_operands(CLI::App &command, const char *name, Presence presence,
 
 // What was offered for an option or operand.
 const Offer &offer_for(const CLI::Option &option);
+
+} // namespace stmctl

@@ -1,4 +1,4 @@
-// The table of commands: one row each.
+// A command, as a row of a table.
 #pragma once
 
 #include "stmctl/process/exit_status.hpp"
@@ -11,6 +11,9 @@ namespace CLI
 class App;
 }
 
+namespace stmctl
+{
+
 // What a command does, once its words are parsed. It may throw a Failure.
 using Action = std::function<ExitStatus()>;
 
@@ -22,26 +25,4 @@ struct Command {
     std::span<const Command> (*nested)() = nullptr; // in place of that: commands behind this one
 };
 
-std::span<const Command> commands();
-std::span<const Command> ring_commands();
-
-// Each stands in a file of its own or of its family.
-Action declare_flash(CLI::App &command);
-Action declare_state(CLI::App &command);
-Action declare_version(CLI::App &command);
-Action declare_start(CLI::App &command);
-Action declare_reset(CLI::App &command);
-Action declare_get(CLI::App &command);
-Action declare_set(CLI::App &command);
-Action declare_list(CLI::App &command);
-Action declare_peek(CLI::App &command);
-Action declare_poke(CLI::App &command);
-Action declare_dump(CLI::App &command);
-Action declare_text(CLI::App &command);
-Action declare_records(CLI::App &command);
-Action declare_follow(CLI::App &command);
-Action declare_adc(CLI::App &command);
-Action declare_raw(CLI::App &command);
-Action declare_watch(CLI::App &command);
-Action declare_plot(CLI::App &command);
-Action declare_completion(CLI::App &command);
+} // namespace stmctl

@@ -1,10 +1,8 @@
-// The table of commands, made into a command line.
+// A table of commands, made into a command line.
 #include "stmctl/command_line/command_line.hpp"
 
-#include "stmctl/command_line/command.hpp"
-#include "stmctl/command_line/help_topics.hpp"
+#include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
-#include "stmctl/process/output.hpp"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -15,13 +13,18 @@
 #include <string>
 #include <vector>
 
+namespace stmctl
+{
+
 namespace
 {
 
 using Words = std::vector<std::string>;
 
 struct CommandLine {
-    CLI::App app{"The everyday tool for the measuring board's co-processor.", "stmctl"};
+    explicit CommandLine(const Program &program) : app(program.summary, program.name) {}
+
+    CLI::App app;
     std::map<const CLI::App *, Action> actions;
 };
 
@@ -40,12 +43,13 @@ void declare_commands(CommandLine &line, CLI::App &parent, std::span<const Comma
     }
 }
 
-void declare(CommandLine &line)
+void declare(CommandLine &line, const Program &program)
 {
     line.app.set_help_flag("-h,--help", "show this text; behind it a topic or a command may stand");
-    line.app.set_version_flag("--version", "stmctl " STMCTL_VERSION, "show stmctl's version");
-    line.app.footer(general_footer());
-    declare_commands(line, line.app, commands());
+    line.app.set_version_flag("--version", fmt::format("{} {}", program.name, program.version),
+                              fmt::format("show {}'s version", program.name));
+    line.app.footer(program.footer);
+    declare_commands(line, line.app, program.commands);
 }
 
 // Null if there is none.
@@ -88,7 +92,7 @@ bool asks_for_help(const std::string &word)
 
 // "--help access" shows a topic, "--help flash" what "flash --help" does.
 // Returns whether a topic was shown.
-bool take_help_topic(Words &words)
+bool take_help_topic(const Program &program, Words &words)
 {
     if (words.empty() || !asks_for_help(words[0])) {
         return false;
@@ -97,13 +101,15 @@ bool take_help_topic(Words &words)
     if (words.size() != 2) {
         return false;
     }
-    if (const char *text = help_topic(words[1])) {
-        print(text);
+    const auto topic = std::ranges::find_if(
+        program.topics, [&](const HelpTopic &one) { return words[1] == one.name; });
+    if (topic != program.topics.end()) {
+        print(topic->text);
         return true;
     }
-    if (find_command(commands(), words[1]) == nullptr) {
-        throw Failure(ExitStatus::usage,
-                      fmt::format("there is no help for '{}'; see stmctl --help", words[1]));
+    if (find_command(program.commands, words[1]) == nullptr) {
+        throw Failure(ExitStatus::usage, fmt::format("there is no help for '{}'; see {} --help",
+                                                     words[1], program.name));
     }
     std::swap(words[0], words[1]);
     return false;
@@ -145,14 +151,14 @@ bool parse(CommandLine &line, Words words)
     return false;
 }
 
-ExitStatus run(Words words)
+ExitStatus run(const Program &program, Words words)
 {
-    if (take_help_topic(words)) {
+    if (take_help_topic(program, words)) {
         return ExitStatus::done;
     }
-    expect_command(commands(), words, "stmctl");
-    CommandLine line;
-    declare(line);
+    expect_command(program.commands, words, program.name);
+    CommandLine line(program);
+    declare(line, program);
     if (!parse(line, std::move(words))) {
         return ExitStatus::done;
     }
@@ -162,10 +168,10 @@ ExitStatus run(Words words)
 
 } // namespace
 
-ExitStatus run_command_line(int argc, char **argv)
+ExitStatus run_command_line(const Program &program, int argc, char **argv)
 {
     try {
-        return run(Words(argv + std::min(argc, 1), argv + argc));
+        return run(program, Words(argv + std::min(argc, 1), argv + argc));
     } catch (const Failure &failure) {
         say(failure.what());
         return failure.status();
@@ -174,3 +180,5 @@ ExitStatus run_command_line(int argc, char **argv)
         return ExitStatus::failed;
     }
 }
+
+} // namespace stmctl

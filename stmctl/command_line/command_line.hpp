@@ -1,7 +1,29 @@
-// The table of commands, made into a command line.
+// A table of commands, made into a command line.
 #pragma once
 
-#include "stmctl/process/exit_status.hpp"
+#include "stmctl/command_line/command.hpp"
+
+#include <span>
+
+namespace stmctl
+{
+
+// Help that belongs to no single command: "--help NAME".
+struct HelpTopic {
+    const char *name;
+    const char *text;
+};
+
+struct Program {
+    const char *name;
+    const char *summary;
+    const char *version;
+    std::span<const Command> commands;
+    std::span<const HelpTopic> topics;
+    const char *footer; // of the general help
+};
 
 // Parses the words, runs their command, and says why if it fails.
-ExitStatus run_command_line(int argc, char **argv);
+ExitStatus run_command_line(const Program &program, int argc, char **argv);
+
+} // namespace stmctl

@@ -1,12 +1,16 @@
 // completion: a script for bash, made from the command line itself.
+#include "stmctl/command_line/completion.hpp"
+
 #include "stmctl/command_line/arguments.hpp"
-#include "stmctl/command_line/command.hpp"
-#include "stmctl/process/output.hpp"
+#include "stmctl/output/output.hpp"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <memory>
+
+namespace stmctl
+{
 
 namespace
 {
@@ -146,3 +150,5 @@ Action declare_completion(CLI::App &command)
         return ExitStatus::done;
     };
 }
+
+} // namespace stmctl

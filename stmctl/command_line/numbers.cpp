@@ -10,6 +10,9 @@
 #include <charconv>
 #include <cmath>
 
+namespace stmctl
+{
+
 uint32_t parse_number(const std::string &text, std::string_view what, uint32_t least, uint32_t most)
 {
     const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
@@ -43,3 +46,5 @@ float parse_hundredths(const std::string &text, std::string_view what)
     }
     return sent;
 }
+
+} // namespace stmctl

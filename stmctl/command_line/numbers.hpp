@@ -5,6 +5,9 @@
 #include <string>
 #include <string_view>
 
+namespace stmctl
+{
+
 // Throws a Failure that says what the number must be: "channel: a number from 0 to 7, not '8'".
 uint32_t parse_number(const std::string &text, std::string_view what, uint32_t least,
                       uint32_t most);
@@ -12,3 +15,5 @@ uint32_t parse_number(const std::string &text, std::string_view what, uint32_t l
 // A number that settings send in hundredths, 0 to 655.35: such a one that the module sends exactly
 // the two decimals that were typed. Further ones are cut off.
 float parse_hundredths(const std::string &text, std::string_view what);
+
+} // namespace stmctl

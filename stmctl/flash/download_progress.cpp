@@ -1,14 +1,17 @@
 // Shows how far a download is.
 #include "stmctl/flash/download_progress.hpp"
 
-#include "stmctl/process/output.hpp"
-#include "stmctl/process/terminal.hpp"
+#include "stmctl/output/output.hpp"
+#include "stmctl/output/terminal.hpp"
 
 #include <fmt/format.h>
 
 #include <unistd.h>
 
 #include <algorithm>
+
+namespace stmctl
+{
 
 DownloadProgress::DownloadProgress()
     : begin_(std::chrono::steady_clock::now()), on_terminal_(is_terminal(STDOUT_FILENO))
@@ -65,3 +68,5 @@ std::string rate_words(uint32_t bytes, double seconds)
 {
     return fmt::format("{:.1f} KiB/s", seconds > 0 ? bytes / 1024.0 / seconds : 0);
 }
+
+} // namespace stmctl

@@ -5,6 +5,9 @@
 
 #include <chrono>
 
+namespace stmctl
+{
+
 class DownloadProgress
 {
   public:
@@ -28,3 +31,5 @@ class DownloadProgress
 
 // "65.1 KiB/s"
 std::string rate_words(uint32_t bytes, double seconds);
+
+} // namespace stmctl

@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <cstdlib>
 
+namespace stmctl
+{
+
 namespace
 {
 
@@ -95,3 +98,5 @@ std::string DownloadSteps::what_failed(const std::vector<Report> &failures) cons
     }
     return fmt::format("{}: {}", at.place(), reason(failures));
 }
+
+} // namespace stmctl

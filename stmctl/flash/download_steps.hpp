@@ -9,6 +9,9 @@
 #include <string_view>
 #include <vector>
 
+namespace stmctl
+{
+
 class DownloadSteps
 {
   public:
@@ -42,3 +45,5 @@ class DownloadSteps
     std::optional<long> total_;
     std::string refusal_;
 };
+
+} // namespace stmctl

@@ -1,14 +1,15 @@
 // flash: an image into the co-processor's flash, and whether it is really there.
+#include "stmctl/flash/flash.hpp"
+
 #include "stmctl/command_line/arguments.hpp"
-#include "stmctl/command_line/command.hpp"
 #include "stmctl/command_line/numbers.hpp"
 #include "stmctl/flash/download_progress.hpp"
 #include "stmctl/flash/image_file.hpp"
 #include "stmctl/module/device.hpp"
 #include "stmctl/module/operation.hpp"
+#include "stmctl/output/output.hpp"
+#include "stmctl/output/terminal.hpp"
 #include "stmctl/process/failure.hpp"
-#include "stmctl/process/output.hpp"
-#include "stmctl/process/terminal.hpp"
 
 #include <fmt/format.h>
 
@@ -16,6 +17,9 @@
 
 #include <cstdio>
 #include <memory>
+
+namespace stmctl
+{
 
 namespace
 {
@@ -179,3 +183,5 @@ Action declare_flash(CLI::App &command)
     add_device_options(command, options->device);
     return [options] { return flash(*options); };
 }
+
+} // namespace stmctl

@@ -13,6 +13,9 @@
 #include <cerrno>
 #include <cstring>
 
+namespace stmctl
+{
+
 namespace
 {
 
@@ -72,3 +75,5 @@ FILE *ImageFile::rewound()
     std::rewind(file_.get());
     return file_.get();
 }
+
+} // namespace stmctl

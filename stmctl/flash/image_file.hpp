@@ -7,6 +7,9 @@
 #include <memory>
 #include <string>
 
+namespace stmctl
+{
+
 class ImageFile
 {
   public:
@@ -30,3 +33,5 @@ class ImageFile
     File file_;
     uint32_t size_ = 0;
 };
+
+} // namespace stmctl

@@ -5,8 +5,8 @@
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/module/device_lock.hpp"
 #include "stmctl/module/operation.hpp"
+#include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
-#include "stmctl/process/output.hpp"
 
 #include <fmt/format.h>
 
@@ -15,6 +15,9 @@
 
 #include <cerrno>
 #include <cstring>
+
+namespace stmctl
+{
 
 namespace
 {
@@ -86,3 +89,5 @@ Device::~Device()
     stm_close();
     close(descriptor_);
 }
+
+} // namespace stmctl

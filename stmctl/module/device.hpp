@@ -6,6 +6,9 @@ namespace CLI
 class App;
 }
 
+namespace stmctl
+{
+
 struct DeviceOptions {
     bool wait = false; // for another stmctl to be done
 };
@@ -26,3 +29,5 @@ class Device
   private:
     int descriptor_; // locked; the module opens the device again for itself
 };
+
+} // namespace stmctl

@@ -1,8 +1,8 @@
 // An advisory lock on the device, and who holds it.
 #include "stmctl/module/device_lock.hpp"
 
+#include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
-#include "stmctl/process/output.hpp"
 #include "stmctl/process/stop.hpp"
 
 #include <fmt/format.h>
@@ -17,6 +17,9 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+
+namespace stmctl
+{
 
 namespace
 {
@@ -94,3 +97,5 @@ void lock_device(int descriptor, const char *name, bool wait)
         }
     }
 }
+
+} // namespace stmctl

@@ -11,6 +11,9 @@
 #include <cstring>
 #include <exception>
 
+namespace stmctl
+{
+
 namespace
 {
 
@@ -96,3 +99,5 @@ void check(const Outcome &outcome, const std::string &name)
         throw Failure(ExitStatus::stopped, fmt::format("{}: stopped before it was done", name));
     }
 }
+
+} // namespace stmctl

@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+namespace stmctl
+{
+
 struct Outcome {
     int32_t result = 0;             // what the operation returned
     std::vector<std::string> texts; // what went to the output callback, if no sink took it
@@ -30,3 +33,5 @@ Outcome perform(const Operation &operation, const Sink &sink = {}, StmPollFn pol
 
 // Throws a Failure, "NAME: why", for a failing exchange, a time-out or a stop.
 void check(const Outcome &outcome, const std::string &name);
+
+} // namespace stmctl

@@ -6,6 +6,9 @@
 #include <cerrno>
 #include <cstring>
 
+namespace stmctl
+{
+
 namespace
 {
 
@@ -111,3 +114,5 @@ bool is_timeout(std::string_view text)
 {
     return text == "SPI timeout\n" || text == "Error stm_com_funcs: SPI timeout\n";
 }
+
+} // namespace stmctl

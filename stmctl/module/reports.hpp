@@ -5,6 +5,9 @@
 #include <string_view>
 #include <vector>
 
+namespace stmctl
+{
+
 // What perror has printed: the module's text, and the system's reason.
 struct Report {
     std::string text;
@@ -22,3 +25,5 @@ Reports read_reports(std::string_view captured);
 
 // Whether the output callback got one of the module's two texts for a time-out.
 bool is_timeout(std::string_view text);
+
+} // namespace stmctl

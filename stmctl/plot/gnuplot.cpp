@@ -14,6 +14,9 @@
 #include <csignal>
 #include <cstring>
 
+namespace stmctl
+{
+
 namespace
 {
 
@@ -157,3 +160,5 @@ std::string gnuplot_string(const std::string &text)
     }
     return quoted + "'";
 }
+
+} // namespace stmctl

@@ -1,13 +1,14 @@
 // plot: draws columns of a CSV.
+#include "stmctl/plot/plot.hpp"
+
 #include "stmctl/command_line/arguments.hpp"
-#include "stmctl/command_line/command.hpp"
+#include "stmctl/output/destination.hpp"
+#include "stmctl/output/output.hpp"
+#include "stmctl/output/terminal.hpp"
 #include "stmctl/plot/gnuplot.hpp"
 #include "stmctl/plot/plot_table.hpp"
 #include "stmctl/process/failure.hpp"
-#include "stmctl/process/output.hpp"
 #include "stmctl/process/stop.hpp"
-#include "stmctl/process/terminal.hpp"
-#include "stmctl/records/destination.hpp"
 
 #include <fmt/format.h>
 
@@ -19,6 +20,9 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+
+namespace stmctl
+{
 
 namespace
 {
@@ -177,3 +181,5 @@ Action declare_plot(CLI::App &command)
     add_option(command, "--columns", "NAMES", options->columns, "what is drawn");
     return [options] { return plot(*options); };
 }
+
+} // namespace stmctl

@@ -1,9 +1,9 @@
 // The columns of a CSV that are to be drawn.
 #include "stmctl/plot/plot_table.hpp"
 
+#include "stmctl/output/printable.hpp"
 #include "stmctl/process/failure.hpp"
-#include "stmctl/process/printable.hpp"
-#include "stmctl/records/csv_line.hpp"
+#include "stmctl/record/csv_line.hpp"
 
 #include <fmt/format.h>
 
@@ -11,6 +11,9 @@
 #include <charconv>
 #include <cmath>
 #include <optional>
+
+namespace stmctl
+{
 
 namespace
 {
@@ -89,3 +92,5 @@ PlotTable read_plot_table(std::string_view text, const std::vector<std::string> 
     }
     return table;
 }
+
+} // namespace stmctl

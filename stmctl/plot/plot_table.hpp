@@ -5,6 +5,9 @@
 #include <string_view>
 #include <vector>
 
+namespace stmctl
+{
+
 struct PlotTable {
     std::string across;             // what the first column is
     std::vector<std::string> names; // of the others
@@ -15,3 +18,5 @@ struct PlotTable {
 // to be drawn. source is for its sentence.
 PlotTable read_plot_table(std::string_view text, const std::vector<std::string> &columns,
                           const std::string &source);
+
+} // namespace stmctl

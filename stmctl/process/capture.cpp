@@ -13,6 +13,9 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace stmctl
+{
+
 namespace
 {
 
@@ -81,3 +84,5 @@ int error_descriptor()
 {
     return real_errors == NONE ? STDERR_FILENO : real_errors;
 }
+
+} // namespace stmctl

@@ -6,6 +6,9 @@
 
 #include <string>
 
+namespace stmctl
+{
+
 class Capture
 {
   public:
@@ -20,3 +23,5 @@ class Capture
 
 // Where standard error really goes, captured or not.
 int error_descriptor();
+
+} // namespace stmctl

@@ -1,6 +1,9 @@
 // What stmctl's exit statuses mean; "stmctl --help status" tells users.
 #pragma once
 
+namespace stmctl
+{
+
 enum class ExitStatus {
     done = 0,      // also an endless run that its user has ended
     failed = 1,    // standard error says why
@@ -8,3 +11,5 @@ enum class ExitStatus {
     stopped = 3,   // ended by the user before the work was done
     not_there = 4, // the device or the segment
 };
+
+} // namespace stmctl

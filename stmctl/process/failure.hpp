@@ -8,6 +8,9 @@
 #include <stdexcept>
 #include <string>
 
+namespace stmctl
+{
+
 class Failure : public std::runtime_error
 {
   public:
@@ -21,3 +24,5 @@ class Failure : public std::runtime_error
   private:
     ExitStatus status_;
 };
+
+} // namespace stmctl

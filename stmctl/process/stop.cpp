@@ -3,8 +3,6 @@
 
 #include "link/stm_com_funcs.h"
 #include "stmctl/process/exit_status.hpp"
-#include "stmctl/process/output.hpp"
-#include "stmctl/process/terminal.hpp"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -16,6 +14,9 @@
 #include <cstring>
 #include <string>
 
+namespace stmctl
+{
+
 namespace
 {
 
@@ -26,8 +27,9 @@ volatile sig_atomic_t interrupts_seen = 0; // those from the keyboard
 bool stop_typed = false;
 bool stop_delivered = false;
 bool input_ended = false;
-bool all_input = false; // is ours
-std::string typed;      // the line that is not complete yet
+bool all_input = false;         // is ours
+std::string typed;              // the line that is not complete yet
+void (*before_end)() = nullptr; // of the process, at the second interrupt
 
 // Others than those from the keyboard come twice without anybody wishing so, when a terminal is
 // closed for instance. They end what blocks; but one that comes just before a write would not, and
@@ -41,7 +43,7 @@ void on_signal(int signal_number)
     }
     interrupts_seen = interrupts_seen + 1;
     if (interrupts_seen > 1) {
-        leave_live_line();
+        before_end();
         _exit(static_cast<int>(ExitStatus::stopped));
     }
 }
@@ -127,8 +129,9 @@ void look_at_input()
 
 } // namespace
 
-void watch_for_stop()
+void watch_for_stop(void (*before_abrupt_end)())
 {
+    before_end = before_abrupt_end;
     for (const int signal_number : SIGNALS) {
         handle(signal_number);
     }
@@ -198,3 +201,5 @@ bool take_stop_delivered()
     stop_delivered = false;
     return delivered;
 }
+
+} // namespace stmctl

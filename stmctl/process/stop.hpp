@@ -8,7 +8,11 @@
 
 #include <chrono>
 
-void watch_for_stop();
+namespace stmctl
+{
+
+// before_abrupt_end is called by a signal handler.
+void watch_for_stop(void (*before_abrupt_end)());
 void take_all_input(); // not only from a terminal
 
 // Looks whether the wish has been uttered; it holds from then on.
@@ -28,3 +32,5 @@ int poll_for_stop(char *line);
 
 // Whether poll_for_stop has handed the stop line out since it was asked last.
 bool take_stop_delivered();
+
+} // namespace stmctl

@@ -1,12 +1,15 @@
 // Shows how a stream of records goes.
 #include "stmctl/records/stream_watch.hpp"
 
-#include "stmctl/process/output.hpp"
-#include "stmctl/process/terminal.hpp"
+#include "stmctl/output/output.hpp"
+#include "stmctl/output/terminal.hpp"
 
 #include <fmt/format.h>
 
 #include <unistd.h>
+
+namespace stmctl
+{
 
 using std::chrono::steady_clock;
 
@@ -97,3 +100,5 @@ void StreamWatch::finish()
         say(fmt::format("watch: {}", tally_.summary({})));
     }
 }
+
+} // namespace stmctl

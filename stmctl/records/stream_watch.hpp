@@ -2,10 +2,13 @@
 // line each second and one for each event.
 #pragma once
 
-#include "stmctl/records/record_tally.hpp"
+#include "stmctl/record/record_tally.hpp"
 
 #include <chrono>
 #include <string>
+
+namespace stmctl
+{
 
 class StreamWatch
 {
@@ -30,3 +33,5 @@ class StreamWatch
     Time start_;
     Time last_line_;
 };
+
+} // namespace stmctl

@@ -1,14 +1,19 @@
 // watch: how well the stream of records goes, as it goes.
+#include "stmctl/records/records.hpp"
+
 #include "stmctl/command_line/arguments.hpp"
-#include "stmctl/command_line/command.hpp"
 #include "stmctl/module/device.hpp"
-#include "stmctl/process/output.hpp"
-#include "stmctl/records/record_reader.hpp"
-#include "stmctl/records/record_stream.hpp"
-#include "stmctl/records/repetition.hpp"
+#include "stmctl/output/output.hpp"
+#include "stmctl/record/record_reader.hpp"
 #include "stmctl/records/stream_watch.hpp"
+#include "stmctl/records/variants.hpp"
+#include "stmctl/stream/record_stream.hpp"
+#include "stmctl/stream/repetition.hpp"
 
 #include <memory>
+
+namespace stmctl
+{
 
 namespace
 {
@@ -54,3 +59,5 @@ Action declare_watch(CLI::App &command)
     add_device_options(command, options->device);
     return [options] { return watch(*options); };
 }
+
+} // namespace stmctl

@@ -1,6 +1,9 @@
 // The commands behind "ring": the shared memory in which one process hands records to another.
 #include "stmctl/ring/ring.hpp"
 
+namespace stmctl
+{
+
 namespace
 {
 
@@ -26,3 +29,5 @@ std::span<const Command> ring_commands()
 {
     return COMMANDS;
 }
+
+} // namespace stmctl

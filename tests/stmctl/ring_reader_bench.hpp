@@ -1,7 +1,7 @@
 // A bench for the ring's reader: a ring of its own, and what a writer does to it, step by step.
 #pragma once
 
-#include "stmctl/ring/ring_reader.hpp"
+#include "stmctl/ring/slot_follower.hpp"
 #include "tests/stmctl/numbered_record.hpp"
 
 #include <gtest/gtest.h>
@@ -9,6 +9,8 @@
 
 #include <cstring>
 #include <vector>
+
+using namespace stmctl;
 
 inline std::vector<int32_t> range(int32_t first, int32_t last)
 {
@@ -76,7 +78,7 @@ inline void PrintTo(const Seen &seen, std::ostream *out)
          << (seen.restarted ? " restarted" : "");
 }
 
-inline Seen seen(const RingReader::Look &look)
+inline Seen seen(const SlotFollower::Look &look)
 {
     Seen all{{}, look.overrun, look.restarted};
     for (const RingRecord &record : look.records) {
@@ -86,7 +88,7 @@ inline Seen seen(const RingReader::Look &look)
 }
 
 // Some things are only certain when they stay so for a few looks.
-inline Seen settled(RingReader &reader)
+inline Seen settled(SlotFollower &reader)
 {
     Seen now;
     for (int look = 0; look < 4 && now == Seen{}; ++look) {

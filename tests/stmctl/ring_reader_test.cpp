@@ -14,7 +14,7 @@ TEST_F(Reader, begins_with_the_next_record)
 {
     put(1, 200);
     const RingView view(segment());
-    RingReader reader(view);
+    SlotFollower reader(view);
     EXPECT_EQ(seen(reader.look()), Seen{});
     put(201, 203);
     EXPECT_EQ(seen(reader.look()), (Seen{range(201, 203)}));
@@ -24,11 +24,11 @@ TEST_F(Reader, begins_with_the_next_record)
 TEST_F(Reader, everything_is_all_but_the_slot_that_is_filled_next)
 {
     const RingView view(segment());
-    EXPECT_EQ(seen(RingReader(view).everything()), Seen{});
+    EXPECT_EQ(seen(SlotFollower(view).everything()), Seen{});
     put(1, 5);
-    EXPECT_EQ(seen(RingReader(view).everything()), (Seen{range(1, 5)}));
+    EXPECT_EQ(seen(SlotFollower(view).everything()), (Seen{range(1, 5)}));
     put(6, 400);
-    RingReader reader(view);
+    SlotFollower reader(view);
     EXPECT_EQ(seen(reader.everything()), (Seen{range(242, 400)}));
     put(401, 402);
     EXPECT_EQ(seen(reader.look()), (Seen{range(401, 402)}));
@@ -37,7 +37,7 @@ TEST_F(Reader, everything_is_all_but_the_slot_that_is_filled_next)
 TEST_F(Reader, bursts_up_to_the_whole_ring_but_one_are_delivered_from_every_position)
 {
     const RingView view(segment());
-    RingReader reader(view);
+    SlotFollower reader(view);
     int32_t next = 1;
     for (int32_t burst : {1, 2, 85, 158, 159, 159, 159, 3, 100}) {
         for (int turn = 0; turn < SLOTS; ++turn) {
@@ -51,7 +51,7 @@ TEST_F(Reader, bursts_up_to_the_whole_ring_but_one_are_delivered_from_every_posi
 TEST_F(Reader, a_writer_that_came_round_is_an_overrun)
 {
     const RingView view(segment());
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(1, 10);
     reader.look();
     put(11, 170);
@@ -68,7 +68,7 @@ TEST_F(Reader, a_restart_is_noticed_whatever_the_new_writer_has_put)
         for (const int32_t put_anew : {0, 1, before - 1, before, std::min(before + 1, 158), 158}) {
             ring() = {};
             const RingView view(segment());
-            RingReader reader(view);
+            SlotFollower reader(view);
             put(1, before);
             ASSERT_EQ(settled(reader), (Seen{range(1, before)}));
             begin_anew();
@@ -85,7 +85,7 @@ TEST_F(Reader, what_the_writer_before_has_left_is_delivered_first)
 {
     const RingView view(segment());
     put(1, 400); // 80 is filled next
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(401, 405);
     begin_anew();
     put(1001, 1010);
@@ -101,7 +101,7 @@ TEST_F(Reader, a_slot_that_a_writer_died_in_is_none_of_its_records)
 {
     const RingView view(segment());
     put(1, 400);
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(401, 402);
     begin_to_put(403);
     begin_anew();
@@ -118,7 +118,7 @@ TEST_F(Reader, records_of_an_old_board_are_not_those_of_a_new_one)
     put(5001, 5160);
     begin_anew();
     put(1, 50);
-    RingReader reader(view);
+    SlotFollower reader(view);
     begin_anew();
     put(60, 62);
     EXPECT_EQ(settled(reader), (Seen{range(60, 62), false, true}));
@@ -128,7 +128,7 @@ TEST_F(Reader, a_slot_that_is_visible_behind_its_index_is_waited_for)
 {
     const RingView view(segment());
     put(1, 300);
-    RingReader reader(view);
+    SlotFollower reader(view);
     for (int32_t number = 301; number < 800; ++number) {
         const int32_t slot = ring().write_index;
         const RingRecord old = ring().slots[slot];
@@ -145,7 +145,7 @@ TEST_F(Reader, a_slot_that_was_complete_before_its_index_is_not_waited_for_witho
     const RingView view(segment());
     put(1, 300);
     ring().slots[ring().write_index] = numbered(301);
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(301, 301);
     const Seen late = settled(reader);
     EXPECT_EQ(late, (Seen{range(301, 301)}));
@@ -156,7 +156,7 @@ TEST_F(Reader, a_slot_that_was_complete_before_its_index_is_not_waited_for_witho
 TEST_F(Reader, damaged_record_is_delivered_as_it_is)
 {
     const RingView view(segment());
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(1, 2);
     ring().slots[0].U2e = 1;
     EXPECT_EQ(seen(reader.look()), (Seen{range(1, 2)}));
@@ -165,11 +165,11 @@ TEST_F(Reader, damaged_record_is_delivered_as_it_is)
 TEST_F(Reader, index_outside_the_ring_is_a_failure)
 {
     const RingView view(segment());
-    RingReader reader(view);
+    SlotFollower reader(view);
     for (const int32_t index : {-1, 160, INT32_MIN, INT32_MAX}) {
         ring().write_index = index;
         EXPECT_THROW(reader.look(), Failure);
-        EXPECT_THROW(RingReader(view).everything(), Failure);
+        EXPECT_THROW(SlotFollower(view).everything(), Failure);
     }
     ring().write_index = 159;
     EXPECT_NO_THROW(reader.look());
@@ -179,7 +179,7 @@ TEST_F(Reader, a_board_that_repeats_itself_is_delivered_again)
 {
     const RingView view(segment());
     put(1, 58);
-    RingReader reader(view);
+    SlotFollower reader(view);
     for (int run = 0; run < 5; ++run) {
         begin_anew();
         ASSERT_EQ(settled(reader), (Seen{{}, false, true}));
@@ -194,7 +194,7 @@ TEST_F(Reader, index_of_somebody_else_does_not_end_it)
 {
     const RingView view(segment());
     put(1, 300);
-    RingReader reader(view);
+    SlotFollower reader(view);
     ring().write_index = 30;
     settled(reader);
     put(301, 305);
@@ -211,7 +211,7 @@ TEST_F(Reader, bursts_restarts_and_deaths_in_any_order)
         return static_cast<int>(random() % static_cast<unsigned>(limit));
     };
     const RingView view(segment());
-    RingReader reader(view);
+    SlotFollower reader(view);
     int32_t next = 1;
     int32_t delivered = 0;
     const auto put_some = [&](int32_t size) {

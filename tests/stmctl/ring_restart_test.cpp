@@ -2,7 +2,7 @@
 // and begin, boards whose times go round, a writer that goes on while it is looked at.
 #include "tests/stmctl/ring_reader_bench.hpp"
 
-#include "stmctl/ring/ring_record_text.hpp"
+#include "stmctl/ring/slot_text.hpp"
 
 #include <atomic>
 #include <thread>
@@ -29,7 +29,7 @@ class ReaderMoment : public Reader
         ring().write_index = (ring().write_index + 1) % SLOTS;
     }
 
-    static void look_in_vain(RingReader &reader, int looks)
+    static void look_in_vain(SlotFollower &reader, int looks)
     {
         for (int look = 0; look < looks; ++look) {
             ASSERT_EQ(seen(reader.look()), Seen{}) << look;
@@ -49,7 +49,7 @@ class ReaderMoment : public Reader
     }
 
     // What comes in as many looks as everything needs that is certain.
-    static std::vector<int32_t> all_of(RingReader &reader)
+    static std::vector<int32_t> all_of(SlotFollower &reader)
     {
         std::vector<int32_t> numbers;
         for (int look = 0; look < 8; ++look) {
@@ -69,7 +69,7 @@ TEST_F(ReaderMoment, a_slot_that_shows_late_is_waited_for_through_three_looks)
 {
     const RingView view(segment());
     put(1, 300);
-    RingReader reader(view);
+    SlotFollower reader(view);
     announce(301);
     look_in_vain(reader, 3);
     show();
@@ -80,7 +80,7 @@ TEST_F(ReaderMoment, looks_while_nothing_is_announced_are_not_in_vain)
 {
     const RingView view(segment());
     put(1, 300);
-    RingReader reader(view);
+    SlotFollower reader(view);
     look_in_vain(reader, 10);
     announce(301);
     look_in_vain(reader, 3);
@@ -92,7 +92,7 @@ TEST_F(ReaderMoment, looks_in_vain_before_an_overrun_do_not_count_behind_it)
 {
     const RingView view(segment());
     put(1, 300);
-    RingReader reader(view);
+    SlotFollower reader(view);
     announce(301);
     look_in_vain(reader, 3);
     show();
@@ -108,7 +108,7 @@ TEST_F(ReaderMoment, what_a_writer_has_left_reaches_up_to_the_slot_before_the_la
 {
     const RingView view(segment());
     put(1, 300); // 140 is filled next
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(301, 319);
     begin_anew();
     put(1001, 1002);
@@ -121,7 +121,7 @@ TEST_F(ReaderMoment, what_a_writer_has_left_ends_where_times_do_not_rise)
     for (const int32_t number : {405, 410}) {
         ring() = {};
         put(1, 300);
-        RingReader reader(view);
+        SlotFollower reader(view);
         put_record(numbered(401));
         put_record(numbered(410));
         put_record(numbered(number, 7));
@@ -138,7 +138,7 @@ TEST_F(ReaderMoment, times_go_round_in_what_a_writer_has_left)
     const RingView view(segment());
     put(1, 299);
     put_record(numbered(INT32_MAX));
-    RingReader reader(view);
+    SlotFollower reader(view);
     put_record(numbered(INT32_MIN));
     put_record(numbered(INT32_MIN + 1));
     begin_anew();
@@ -151,7 +151,7 @@ TEST_F(ReaderMoment, the_first_slot_of_a_restart_may_show_late)
 {
     const RingView view(segment());
     put(1, 300);
-    RingReader reader(view);
+    SlotFollower reader(view);
     begin_anew();
     announce(1001);
     put(1002, 1005);
@@ -164,7 +164,7 @@ TEST_F(ReaderMoment, damaged_record_is_delivered_behind_an_overrun_too)
 {
     const RingView view(segment());
     put(1, 160);
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(161, 500); // 20 is filled next
     ring().slots[100].U2e = 1;
     EXPECT_EQ(seen(reader.look()), (Seen{range(342, 500), true, false}));
@@ -173,7 +173,7 @@ TEST_F(ReaderMoment, damaged_record_is_delivered_behind_an_overrun_too)
 TEST_F(ReaderMoment, a_new_board_that_has_passed_the_position_is_delivered_from_its_start)
 {
     const RingView view(segment());
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(5001, 5050);
     EXPECT_EQ(seen(reader.look()), (Seen{range(5001, 5050)}));
     begin_anew();
@@ -184,7 +184,7 @@ TEST_F(ReaderMoment, a_new_board_that_has_passed_the_position_is_delivered_from_
 TEST_F(ReaderMoment, a_slot_that_a_writer_died_in_is_left_out_where_the_new_one_has_passed)
 {
     const RingView view(segment());
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(1, 50);
     EXPECT_EQ(seen(reader.look()), (Seen{range(1, 50)}));
     put(51, 53);
@@ -207,7 +207,7 @@ TEST_F(ReaderMoment, a_writer_that_goes_on_while_the_reader_begins_loses_nothing
         while (!begun) {
             std::this_thread::yield();
         }
-        RingReader reader(view);
+        SlotFollower reader(view);
         writer.join();
         const std::vector<int32_t> now = all_of(reader);
         if (!now.empty()) {
@@ -222,7 +222,7 @@ TEST_F(ReaderMoment, a_writer_that_goes_on_while_the_reader_begins_loses_nothing
 TEST_F(ReaderMoment, a_writer_that_goes_on_while_its_restart_is_noticed_loses_nothing)
 {
     const RingView view(segment());
-    RingReader reader(view);
+    SlotFollower reader(view);
     int32_t next = 1;
     for (int turn = 0; turn < 100; ++turn) {
         put(next, next + 149);
@@ -249,7 +249,7 @@ TEST_F(ReaderMoment, last_slot_that_was_complete_before_its_index_is_no_restart)
     const RingView view(segment());
     put(1, 159);
     ring().slots[159] = numbered(160);
-    RingReader reader(view);
+    SlotFollower reader(view);
     put(160, 165);
     EXPECT_EQ(all_of(reader), range(160, 165));
     begin_anew();
@@ -261,7 +261,7 @@ TEST_F(ReaderMoment, last_slot_of_a_round_before_is_no_record_of_a_new_writer)
 {
     const RingView view(segment());
     put(1, 319);
-    RingReader reader(view);
+    SlotFollower reader(view);
     begin_anew();
     put(320, 325);
     EXPECT_EQ(settled(reader), (Seen{range(320, 325), false, true}));

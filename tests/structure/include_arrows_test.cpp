@@ -21,13 +21,16 @@ using Arrows = std::map<std::string, std::vector<std::string>>;
 const std::vector<std::string> EVERYTHING = {"app",         "link",    "download",
                                              "acquisition", "readout", "simulator",
                                              "ringbuffer",  "stmctl",  "tests"};
-// What the commands of stmctl stand on.
+// The rooms of stmctl, from the ground up: each may include those below it that it needs.
+const std::vector<std::string> STMCTL_GROUND = {"stmctl/process", "link/stm_com_funcs.h"};
 const std::vector<std::string> STMCTL_BASE = {"stmctl/module", "stmctl/command_line",
-                                              "stmctl/process", "link/stm_com_funcs.h"};
+                                              "stmctl/output", "stmctl/process",
+                                              "link/stm_com_funcs.h"};
 
-std::vector<std::string> with_records(std::vector<std::string> folders)
+std::vector<std::string> on(std::vector<std::string> folders,
+                            const std::vector<std::string> &others)
 {
-    folders.emplace_back("stmctl/records");
+    folders.insert(folders.end(), others.begin(), others.end());
     return folders;
 }
 
@@ -38,15 +41,21 @@ const Arrows ARROWS = {
     {"readout", {"link"}},
     {"ringbuffer", {"readout", "link"}},
     {"app", {"link/stm_com_funcs.h"}},
-    {"stmctl", {"stmctl/command_line", "stmctl/process", "link/stm_com_funcs.h"}},
+    {"stmctl", on(STMCTL_BASE, {"stmctl/settings", "stmctl/mode", "stmctl/memory", "stmctl/flash",
+                                "stmctl/records", "stmctl/ring", "stmctl/plot"})},
     {"stmctl/process", {"link/stm_com_funcs.h"}},
-    {"stmctl/command_line", {"stmctl/process", "link/stm_com_funcs.h"}},
-    {"stmctl/module", {"stmctl/command_line", "stmctl/process", "link/stm_com_funcs.h"}},
-    {"stmctl/values", STMCTL_BASE},
+    {"stmctl/output", STMCTL_GROUND},
+    {"stmctl/command_line", on(STMCTL_GROUND, {"stmctl/output"})},
+    {"stmctl/module", on(STMCTL_GROUND, {"stmctl/output", "stmctl/command_line"})},
+    {"stmctl/record", STMCTL_BASE},
+    {"stmctl/stream", on(STMCTL_BASE, {"stmctl/record"})},
+    {"stmctl/settings", STMCTL_BASE},
+    {"stmctl/mode", STMCTL_BASE},
+    {"stmctl/memory", STMCTL_BASE},
     {"stmctl/flash", STMCTL_BASE},
-    {"stmctl/records", STMCTL_BASE},
-    {"stmctl/ring", with_records(STMCTL_BASE)},
-    {"stmctl/plot", with_records(STMCTL_BASE)},
+    {"stmctl/records", on(STMCTL_BASE, {"stmctl/record", "stmctl/stream"})},
+    {"stmctl/ring", on(STMCTL_BASE, {"stmctl/record", "stmctl/stream"})},
+    {"stmctl/plot", on(STMCTL_BASE, {"stmctl/record"})},
     {"examples", {"link/stm_com_funcs.h"}},
     {"simulator", {}},
     {"tests", EVERYTHING},
@@ -163,9 +172,18 @@ class IncludeExample : public testing::TestWithParam<Example>
 bool exists_in_example(const std::string &path)
 {
     static const std::set<std::string> files = {
-        "link/link.hpp",          "link/stm_com_funcs.h", "download/image_frame.hpp",
-        "app/update_options.hpp", "readout/render.hpp",   "ringbuffer/ring.hpp",
-        "simulator/crc.hpp",      "simulator/flash.hpp",  "tests/platform/dialogue.hpp",
+        "link/link.hpp",
+        "link/stm_com_funcs.h",
+        "download/image_frame.hpp",
+        "app/update_options.hpp",
+        "readout/render.hpp",
+        "ringbuffer/ring.hpp",
+        "simulator/crc.hpp",
+        "simulator/flash.hpp",
+        "tests/platform/dialogue.hpp",
+        "stmctl/module/operation.hpp",
+        "stmctl/ring/segment.hpp",
+        "stmctl/commands.hpp",
     };
     return files.count(fs::path(path).lexically_normal().string()) != 0;
 }
@@ -194,7 +212,7 @@ TEST(IncludeArrows, the_walk_reaches_every_folder_of_the_product)
     for (const char *file :
          {"link/link.cpp", "link/stm_com_funcs.h", "download/download.cpp",
           "acquisition/settings.cpp", "readout/block_readout.cpp", "app/update.cpp",
-          "examples/front_end.c", "tests/platform/dialogue.hpp", "stmctl/process/output.cpp"}) {
+          "examples/front_end.c", "tests/platform/dialogue.hpp", "stmctl/output/output.cpp"}) {
         EXPECT_NE(std::find(files.begin(), files.end(), file), files.end()) << file;
     }
 }
@@ -203,6 +221,23 @@ TEST(IncludeArrows, every_folder_with_sources_has_its_arrows)
 {
     for (const std::string &file : source_files()) {
         EXPECT_EQ(ARROWS.count(top_folder(file)), 1U) << file;
+    }
+}
+
+// Following the arrows from a folder, nobody comes back to it.
+TEST(IncludeArrows, no_arrows_of_stmctl_form_a_circle)
+{
+    for (const auto &row : ARROWS) {
+        std::set<std::string> reached;
+        std::vector<std::string> to_walk = row.second;
+        while (!to_walk.empty()) {
+            const std::string at = to_walk.back();
+            to_walk.pop_back();
+            if (ARROWS.count(at) != 0 && row.first != "tests" && reached.insert(at).second) {
+                to_walk.insert(to_walk.end(), ARROWS.at(at).begin(), ARROWS.at(at).end());
+            }
+        }
+        EXPECT_EQ(reached.count(row.first), 0U) << row.first;
     }
 }
 
@@ -231,6 +266,9 @@ INSTANTIATE_TEST_SUITE_P(
         Example{"app/update.cpp", "#include \"link/stm_com_funcs.h\"", nullptr},
         Example{"app/update.cpp", "#include \"app/update_options.hpp\"", nullptr},
         Example{"stmctl/main.cpp", "#include \"link/stm_com_funcs.h\"", nullptr},
+        Example{"stmctl/main.cpp", "#include \"stmctl/commands.hpp\"", nullptr},
+        Example{"stmctl/commands.cpp", "#include \"stmctl/ring/segment.hpp\"", nullptr},
+        Example{"stmctl/ring/read.cpp", "#include \"stmctl/module/operation.hpp\"", nullptr},
         Example{"examples/version.c", "#include \"link/stm_com_funcs.h\"", nullptr},
         Example{"simulator/preload/workbench.cpp", "#include \"simulator/flash.hpp\"", nullptr},
         Example{"tests/link/link_test.cpp", "#include \"link/link.hpp\"", nullptr},
@@ -253,6 +291,9 @@ INSTANTIATE_TEST_SUITE_P(
         Example{"app/update.cpp", "#include \"download/image_frame.hpp\"", ARROW},
         Example{"stmctl/main.cpp", "#include \"link/link.hpp\"", ARROW},
         Example{"stmctl/main.cpp", "#include \"app/update_options.hpp\"", ARROW},
+        Example{"stmctl/module/device.cpp", "#include \"stmctl/ring/segment.hpp\"", ARROW},
+        Example{"stmctl/flash/flash.cpp", "#include \"stmctl/ring/segment.hpp\"", ARROW},
+        Example{"stmctl/ring/read.cpp", "#include \"stmctl/commands.hpp\"", ARROW},
         Example{"examples/version.c", "#include \"link/link.hpp\"", ARROW},
         Example{"simulator/coprocessor.cpp", "#include \"link/stm_com_funcs.h\"", ARROW},
         Example{"simulator/coprocessor.cpp", "#include \"tests/platform/dialogue.hpp\"", ARROW},

@@ -1,0 +1,13 @@
+// Help that belongs to no single command.
+#pragma once
+
+#include "stmctl/command_line/command_line.hpp"
+
+namespace stmctl
+{
+
+std::span<const HelpTopic> help_topics();
+
+const char *general_footer();
+
+} // namespace stmctl

@@ -1,0 +1,73 @@
+// text: the text that an address gives byte by byte, or one to be written.
+#include "stmctl/command_line/arguments.hpp"
+#include "stmctl/memory/address.hpp"
+#include "stmctl/memory/memory.hpp"
+#include "stmctl/module/operation.hpp"
+#include "stmctl/output/output.hpp"
+#include "stmctl/output/printable.hpp"
+#include "stmctl/process/failure.hpp"
+
+#include <fmt/format.h>
+
+#include <memory>
+
+namespace stmctl
+{
+
+namespace
+{
+
+struct Options : AddressOptions {
+    std::string written;
+};
+
+void read_text(uint16_t address)
+{
+    std::string text;
+    const Outcome outcome =
+        perform([&](StmPollFn poll,
+                    StmOutputFn output) { return stm_print_text_at(address, poll, output); },
+                [&](const char *piece, int more) { text += more != 0 ? piece : ""; });
+    check(outcome, "text");
+    print(printable_line(text));
+}
+
+void write_text(uint16_t address, const std::string &text)
+{
+    check(perform([&](StmPollFn poll, StmOutputFn output) {
+              stm_write_string(address, text.c_str(), poll, output);
+              return 0;
+          }),
+          "text");
+    print(fmt::format("{} characters written to 0x{:04X}\n", text.size(), address));
+}
+
+ExitStatus text(const Options &options)
+{
+    constexpr size_t LONGEST = 255; // the module sends a longer one without end
+    const uint16_t address = options.parsed();
+    if (options.written.size() > LONGEST) {
+        throw Failure(ExitStatus::usage, fmt::format("the text has {} characters, {} are possible",
+                                                     options.written.size(), LONGEST));
+    }
+    const Device device(options.device);
+    if (options.written.empty()) {
+        read_text(address);
+    } else {
+        write_text(address, options.written);
+    }
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Action declare_text(CLI::App &command)
+{
+    auto options = std::make_shared<Options>();
+    add_address(command, *options);
+    add_option(command, "--write", "TEXT", options->written,
+               "write these characters, one after another to the same address");
+    return [options] { return text(*options); };
+}
+
+} // namespace stmctl

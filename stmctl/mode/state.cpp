@@ -1,0 +1,30 @@
+// state: what the co-processor runs.
+#include "stmctl/mode/mode.hpp"
+#include "stmctl/output/output.hpp"
+
+#include <fmt/format.h>
+
+namespace stmctl
+{
+
+namespace
+{
+
+ExitStatus show_state()
+{
+    const uint8_t mode = ask_for_byte(MODE_QUERY, "state");
+    if (mode != BOOT_LOADER && mode != APPLICATION) {
+        fail_without_answer("state", mode);
+    }
+    print(fmt::format("{} ({})\n", mode_name(mode), mode));
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Action declare_state(CLI::App &command)
+{
+    return declare_on_device(command, show_state);
+}
+
+} // namespace stmctl

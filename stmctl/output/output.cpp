@@ -1,0 +1,134 @@
+// Everything that stmctl itself writes.
+#include "stmctl/output/output.hpp"
+
+#include "stmctl/output/terminal.hpp"
+#include "stmctl/process/capture.hpp"
+
+#include <fmt/format.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+namespace stmctl
+{
+
+namespace
+{
+
+int write_error = 0; // the first errno of standard output
+
+volatile sig_atomic_t shown_columns = 0; // of the live line
+
+void note_result(bool good)
+{
+    if (!good && write_error == 0) {
+        write_error = errno != 0 ? errno : EIO;
+    }
+}
+
+// Whoever began us without a standard descriptor gets an error for using it, not the device.
+void occupy(int descriptor, int flags)
+{
+    if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) {
+        const int null_device = open("/dev/null", flags);
+        if (null_device >= 0 && null_device != descriptor) {
+            dup2(null_device, descriptor);
+            close(null_device);
+        }
+    }
+}
+
+void clear_live_line()
+{
+    if (shown_columns > 0) {
+        print(fmt::format("\r{:{}}\r", "", static_cast<int>(shown_columns)));
+        flush_output();
+        shown_columns = 0;
+    }
+}
+
+} // namespace
+
+void print(std::string_view text)
+{
+    if (write_error == 0) {
+        errno = 0;
+        note_result(fwrite(text.data(), 1, text.size(), stdout) == text.size());
+    }
+}
+
+void flush_output()
+{
+    if (write_error == 0) {
+        errno = 0;
+        note_result(fflush(stdout) == 0);
+    }
+}
+
+bool output_failed()
+{
+    return write_error != 0;
+}
+
+ExitStatus status_of_failed_output()
+{
+    return write_error == EPIPE ? ExitStatus::done : ExitStatus::failed;
+}
+
+void show_live_line(std::string_view line)
+{
+    // The last column stays free: some terminals begin a new line behind it.
+    const auto most = static_cast<size_t>(std::max(terminal_width() - 1, 1));
+    line = line.substr(0, most);
+    const int columns = static_cast<int>(line.size());
+    print(fmt::format("\r{}{:{}}", line, "", std::max(shown_columns - columns, 0)));
+    flush_output();
+    shown_columns = columns;
+}
+
+void leave_live_line()
+{
+    if (shown_columns > 0) {
+        shown_columns = 0;
+        if (write(STDOUT_FILENO, "\n", 1) < 0) {
+            // There is nobody left to show it to.
+        }
+    }
+}
+
+void say(std::string_view sentence)
+{
+    clear_live_line();
+    flush_output(); // on a terminal both are read in the order of their writing
+    const std::string line = fmt::format("stmctl: {}\n", sentence);
+    if (write(error_descriptor(), line.data(), line.size()) < 0) {
+        // There is nobody left to tell.
+    }
+}
+
+ExitStatus finish_output(ExitStatus status)
+{
+    flush_output();
+    if (write_error == 0 || write_error == EPIPE) {
+        return status;
+    }
+    say(fmt::format("cannot write the output: {}", strerror(write_error)));
+    const bool good_otherwise = status == ExitStatus::done || status == ExitStatus::stopped;
+    return good_otherwise ? ExitStatus::failed : status;
+}
+
+void prepare_output()
+{
+    occupy(STDIN_FILENO, O_WRONLY);
+    occupy(STDOUT_FILENO, O_RDONLY);
+    occupy(STDERR_FILENO, O_RDONLY);
+    signal(SIGPIPE, SIG_IGN);
+}
+
+} // namespace stmctl

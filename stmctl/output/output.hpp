@@ -1,0 +1,36 @@
+// Everything that stmctl itself writes.
+//
+// A failing write is remembered, not thrown, because most writing is done inside of the module's
+// callbacks. A run that writes much looks at output_failed; the others learn it at the end.
+#pragma once
+
+#include "stmctl/process/exit_status.hpp"
+
+#include <string_view>
+
+namespace stmctl
+{
+
+// Results, to standard output.
+void print(std::string_view text);
+void flush_output();
+bool output_failed();
+ExitStatus status_of_failed_output(); // done if its reader went away
+
+// On a terminal: a line that refreshes itself, cut to the terminal's width. It is taken away in
+// front of a remark, and may be left standing, which a signal handler may do, too.
+void show_live_line(std::string_view line);
+void leave_live_line();
+
+// Remarks and failures, as "stmctl: SENTENCE" to standard error, also while that is captured.
+void say(std::string_view sentence);
+
+// The last thing of every run: what is still held is written. Returns the exit status: a reader
+// that went away is no failure, a full disk is one.
+ExitStatus finish_output(ExitStatus status);
+
+// Makes descriptors 0 to 2 exist, so that the device never becomes one of them, and closed pipes
+// errors instead of signals.
+void prepare_output();
+
+} // namespace stmctl

@@ -1,0 +1,85 @@
+// What came of a stream of records, in numbers.
+#include "stmctl/record/record_tally.hpp"
+
+#include "stmctl/module/reports.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace stmctl
+{
+
+namespace
+{
+
+// The co-processor's buffer is about to run over; the module takes the same number.
+constexpr uint32_t MOST_BUFFERED = 190;
+
+std::string part(uint64_t number, const char *one, const char *several)
+{
+    return number == 0 ? "" : ", " + counted(number, one, several);
+}
+
+} // namespace
+
+std::string counted(uint64_t number, const char *one, const char *several)
+{
+    return fmt::format("{} {}", number, number == 1 ? one : several);
+}
+
+bool is_overflow(const RecordFacts &facts)
+{
+    return facts.known && facts.buffered > MOST_BUFFERED;
+}
+
+uint32_t RecordTally::take(const RecordFacts &facts)
+{
+    ++records;
+    visible = visible && facts.known;
+    uint32_t missing = 0;
+    if (facts.known && last.known) {
+        const uint32_t step = facts.rel_t - last.rel_t; // rel_t goes round
+        const bool rises = static_cast<int32_t>(step) > 0;
+        backward += rises ? 0 : 1;
+        missing = rises ? step - 1 : 0;
+    }
+    lost += missing;
+    fullest = std::max(fullest, facts.buffered);
+    overflowing += is_overflow(facts) ? 1 : 0;
+    last = facts;
+    return missing;
+}
+
+bool RecordTally::take_report(std::string_view text)
+{
+    if (is_timeout(text)) {
+        ++timeouts;
+        return true;
+    }
+    if (text.starts_with("Wrong checksum detected")) {
+        ++rejected;
+        return true;
+    }
+    return false;
+}
+
+bool RecordTally::is_flawless() const
+{
+    return lost + rejected + overflowing + backward + timeouts + failures == 0;
+}
+
+std::string RecordTally::summary(std::optional<uint32_t> wanted) const
+{
+    const std::string of = wanted ? fmt::format("{} of ", records) : "";
+    const std::string seen =
+        visible ? fmt::format("{} lost, {} rejected, {} overflowing", lost, rejected, overflowing)
+                : fmt::format("{} rejected; hex does not show losses", rejected);
+    return fmt::format("{}{}, {}{}{}{}", of,
+                       counted(wanted ? *wanted : records, "record", "records"), seen,
+                       part(backward, "step back in rel_t", "steps back in rel_t"),
+                       part(timeouts, "time-out", "time-outs"),
+                       part(failures, "failing exchange", "failing exchanges"));
+}
+
+} // namespace stmctl

@@ -1,0 +1,48 @@
+// What came of a stream of records, in numbers.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace stmctl
+{
+
+// What a record tells about the stream it came in.
+struct RecordFacts {
+    bool known = false; // hex does not show them
+    uint32_t rel_t = 0;
+    uint32_t buffered = 0; // records that the co-processor still held
+};
+
+struct RecordTally {
+    uint64_t records = 0;
+    uint64_t lost = 0; // gaps in rel_t
+    uint64_t rejected = 0;
+    uint64_t overflowing = 0; // records with more than 190 behind them
+    uint64_t backward = 0;    // rel_t did not rise
+    uint64_t timeouts = 0;
+    uint64_t failures = 0; // of exchanges
+    bool visible = true;   // losses can be seen at all
+    uint32_t fullest = 0;  // the most records behind one, since somebody set it to 0
+    RecordFacts last;
+
+    // Takes the next record. Returns how many are missing in front of it.
+    uint32_t take(const RecordFacts &facts);
+
+    // Takes a report of the module's. Returns false if it is none that is counted.
+    bool take_report(std::string_view text);
+
+    bool is_flawless() const;
+
+    // "5 of 7 records, 2 lost, 1 rejected, 0 overflowing"
+    std::string summary(std::optional<uint32_t> wanted) const;
+};
+
+// "1 time-out", "2 time-outs"
+std::string counted(uint64_t number, const char *one, const char *several);
+
+bool is_overflow(const RecordFacts &facts);
+
+} // namespace stmctl

@@ -1,0 +1,15 @@
+// follow: measurement records as they come.
+#include "stmctl/records/records.hpp"
+
+#include "stmctl/records/readout.hpp"
+
+namespace stmctl
+{
+
+Action declare_follow(CLI::App &command)
+{
+    const auto options = declare_readout(command, "end after so many");
+    return [options] { return read_records("follow", *options, true); };
+}
+
+} // namespace stmctl

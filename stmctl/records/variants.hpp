@@ -1,0 +1,24 @@
+// The kinds of records.
+#pragma once
+
+#include "link/stm_com_funcs.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace stmctl
+{
+
+// A kind of record, and the module's operations for it.
+struct Variant {
+    const char *name;
+    void (*read)(int count, int mode, StmPollFn poll, StmOutputFn output);
+    void (*follow)(int format, StmPollFn poll, StmOutputFn output);
+    bool has_temperature;
+};
+
+const Variant &variant_named(std::string_view name); // one of the names
+std::vector<std::string> variant_names();
+
+} // namespace stmctl

@@ -1,0 +1,58 @@
+// The ring's shared memory, looked at from outside: without making it, and without the module,
+// which ends the process over it.
+#pragma once
+
+#include "link/stm_com_funcs.h"
+
+#include <sys/shm.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stmctl
+{
+
+struct Segment {
+    int id = -1;
+    shmid_ds info = {};
+};
+
+// Throws a Failure if it is there, but cannot be looked at.
+std::optional<Segment> find_segment();
+
+// The same; that it is not there is a Failure, too.
+Segment existing_segment();
+
+// Attaches it for the module (RingBuffer_Attach), which makes it if there is none. Throws a Failure
+// if that would end the process.
+void attach_ring();
+
+// "user pi", "process 12 (stmctl)"
+std::string user_words(uid_t user);
+std::string process_words(pid_t process);
+
+// The processes that have the segment attached, as far as they may be seen.
+std::vector<pid_t> attached_processes(const Segment &segment);
+
+// "2 times, process 12 (stmctl), process 13 (front-end)"
+std::string attached_words(const Segment &segment);
+
+// The segment, to be read only.
+class RingView
+{
+  public:
+    explicit RingView(int id);
+    ~RingView();
+    RingView(const RingView &) = delete;
+    RingView &operator=(const RingView &) = delete;
+
+    int32_t write_index() const;
+    RingRecord slot(int32_t index) const; // a copy, which the writer may have changed meanwhile
+    RingBuffer copy() const;
+
+  private:
+    const volatile RingBuffer *ring_;
+};
+
+} // namespace stmctl

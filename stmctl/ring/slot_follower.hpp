@@ -1,0 +1,53 @@
+// Reads the ring at a position of its own.
+//
+// The writer only tells the slot that it fills next, modulo 160, and a restarted one begins at slot
+// 0. What happened in between is told by the slots, as no two records are alike: while the one in
+// front of our position holds what it held, the writer has not come round to it, and all behind it
+// is whole and in order; an index that went back while the last slot holds what it held is a
+// restart.
+#pragma once
+
+#include "stmctl/ring/segment.hpp"
+
+#include <array>
+#include <vector>
+
+namespace stmctl
+{
+
+class SlotFollower
+{
+  public:
+    struct Look {
+        std::vector<RingRecord> records; // those that are new, the oldest first
+        bool overrun = false;            // older ones were overwritten before they were read
+        bool restarted = false;          // the writer began at slot 0 again
+    };
+
+    explicit SlotFollower(const RingView &view);
+
+    Look everything(); // what the ring holds; then the position is behind it
+    Look look();
+
+  private:
+    using Slots = std::array<RingRecord, RINGBUFFER_SLOTS>;
+
+    int32_t write_index() const;
+    bool overtaken() const;
+    bool has_restarted(int32_t end) const;
+    void copy_slots(Slots &slots) const;
+    void learn(const Slots &slots, int32_t end, int32_t writing);
+    std::vector<RingRecord> take(int32_t begin, int32_t end) const;
+    Look accept(int32_t begin, int32_t end);
+    std::vector<RingRecord> rest_of_writer() const;
+    Look follow_restart(int32_t end);
+    Look start_over();
+
+    const RingView &view_;
+    Slots known_ = {}; // what the slots held when they were looked at last
+    int32_t position_ = 0;
+    int32_t unsure_ = 0;    // the slot that was being written when we learned it
+    int looks_in_vain_ = 0; // in a row, although the index announced something
+};
+
+} // namespace stmctl

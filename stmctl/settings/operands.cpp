@@ -1,0 +1,127 @@
+// What get and set take.
+#include "stmctl/settings/operands.hpp"
+
+#include "stmctl/command_line/arguments.hpp"
+#include "stmctl/command_line/numbers.hpp"
+#include "stmctl/process/failure.hpp"
+
+#include <fmt/format.h>
+
+#include <memory>
+
+namespace stmctl
+{
+
+namespace
+{
+
+using Words = std::vector<std::string>;
+
+Words operand_names(const Quantity &row)
+{
+    Words names;
+    if (row.has_channel()) {
+        names.emplace_back("CHANNEL");
+    }
+    for (const Argument &argument : {row.first, row.second}) {
+        if (argument.name != nullptr) {
+            names.emplace_back(argument.name);
+        }
+    }
+    return names;
+}
+
+// One overload for each kind of operation.
+struct Caller {
+    const Values &values;
+    StmPollFn poll;
+    StmOutputFn output;
+
+    int32_t operator()(PlainQuery call) const { return call(poll, output), 0; }
+    int32_t operator()(ChannelQuery call) const { return call(values.channel, poll, output), 0; }
+    int32_t operator()(PlainSetting call) const
+    {
+        return call(static_cast<int>(values.number), poll, output);
+    }
+    int32_t operator()(WordSetting call) const
+    {
+        return call(values.channel, static_cast<uint16_t>(values.number), poll, output);
+    }
+    int32_t operator()(LongSetting call) const
+    {
+        return call(values.channel, values.number, poll, output);
+    }
+    int32_t operator()(ScaledSetting call) const
+    {
+        return call(values.channel, values.first, poll, output);
+    }
+    int32_t operator()(PairSetting call) const
+    {
+        return call(values.channel, values.first, values.second, poll, output);
+    }
+};
+
+} // namespace
+
+const Quantity &row_for(const std::string &name, Direction direction)
+{
+    if (const Quantity *row = find_quantity(name, direction)) {
+        return *row;
+    }
+    const bool asks = direction == Direction::get;
+    const bool other_way = find_quantity(name, asks ? Direction::set : Direction::get) != nullptr;
+    throw Failure(ExitStatus::usage,
+                  fmt::format("{} '{}'{}; see stmctl list", asks ? "no query" : "no setting", name,
+                              other_way
+                                  ? (asks ? ", it can only be set" : ", it can only be asked for")
+                                  : ""));
+}
+
+Values parse_values(const Quantity &row, const Words &operands)
+{
+    const Words names = operand_names(row);
+    if (operands.size() != names.size()) {
+        throw Failure(
+            ExitStatus::usage,
+            fmt::format("{} takes {}", row.name,
+                        names.empty() ? "no operand" : fmt::format("{}", fmt::join(names, " "))));
+    }
+    Values values;
+    size_t at = 0;
+    if (row.has_channel()) {
+        values.channel = static_cast<int>(
+            parse_number(operands[at++], "channel", 0, static_cast<uint32_t>(row.last_channel)));
+    }
+    if (row.first.name != nullptr && !row.first.hundredths) {
+        values.number = parse_number(operands[at], row.first.name, row.first.least, row.first.most);
+    } else if (row.first.name != nullptr) {
+        values.first = parse_hundredths(operands[at], row.first.name);
+    }
+    if (row.second.name != nullptr) {
+        values.second = parse_hundredths(operands[at + 1], row.second.name);
+    }
+    return values;
+}
+
+Outcome call_on_device(const ValueOptions &options, const Quantity &row, const Values &values)
+{
+    const Device device(options.device);
+    Outcome outcome = perform([&](StmPollFn poll, StmOutputFn output) {
+        return std::visit(Caller{values, poll, output}, row.call);
+    });
+    check(outcome, row.name);
+    return outcome;
+}
+
+Action declare_values(CLI::App &command, Direction direction, const char *operands,
+                      ExitStatus (*work)(const ValueOptions &))
+{
+    auto options = std::make_shared<ValueOptions>();
+    add_operand(command, "NAME", Presence::required, options->name,
+                "what, by its name or code in stmctl list", some_of(names_of(direction)));
+    add_operands(command, "OPERANDS", Presence::optional, options->operands, operands);
+    add_device_options(command, options->device);
+    return [options, work] { return work(*options); };
+}
+
+} // namespace stmctl

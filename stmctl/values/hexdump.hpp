@@ -1,8 +1,0 @@
-// "1F00  AB CD ...  |..|", sixteen bytes a line.
-#pragma once
-
-#include <cstdint>
-#include <span>
-#include <string>
-
-std::string hexdump(uint32_t address, std::span<const uint8_t> bytes);
