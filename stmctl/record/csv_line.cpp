@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <chrono>
 
 namespace stmctl
 {
@@ -20,21 +19,15 @@ std::string_view without_quotes(std::string_view field)
 
 } // namespace
 
-void csv_fields(std::string_view line, std::vector<std::string_view> &fields)
+std::vector<std::string_view> csv_fields(std::string_view line)
 {
-    fields.clear();
-    line = line.substr(0, line.find_first_of("\r\n"));
+    std::vector<std::string_view> fields;
+    line = line.substr(0, std::min(line.find('\r'), line.find('\n')));
     while (!line.empty()) {
         const size_t end = std::min(line.find(';'), line.size());
         fields.push_back(without_quotes(line.substr(0, end)));
         line.remove_prefix(std::min(end + 1, line.size()));
     }
-}
-
-std::vector<std::string_view> csv_fields(std::string_view line)
-{
-    std::vector<std::string_view> fields;
-    csv_fields(line, fields);
     return fields;
 }
 
@@ -45,14 +38,6 @@ std::string csv_header(const std::vector<std::string> &names)
         line += fmt::format("\"{}\";", name);
     }
     return line + '\n';
-}
-
-std::string host_time()
-{
-    constexpr int64_t SECOND = 1'000'000;
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    const int64_t us = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
-    return fmt::format("{}.{:06}", us / SECOND, us % SECOND);
 }
 
 } // namespace stmctl

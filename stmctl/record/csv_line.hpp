@@ -9,13 +9,9 @@ namespace stmctl
 {
 
 // Cuts a line into its fields, without quotes. A last field may lack its semicolon.
-void csv_fields(std::string_view line, std::vector<std::string_view> &fields);
 std::vector<std::string_view> csv_fields(std::string_view line);
 
 // "time";"nr";...
 std::string csv_header(const std::vector<std::string> &names);
-
-// The host's time: seconds since 1970 with six digits behind the point.
-std::string host_time();
 
 } // namespace stmctl

@@ -1,6 +1,8 @@
 // What came of a stream of records, in numbers.
 #pragma once
 
+#include "stmctl/record/record.hpp"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -8,13 +10,6 @@
 
 namespace stmctl
 {
-
-// What a record tells about the stream it came in.
-struct RecordFacts {
-    bool known = false; // hex does not show them
-    uint32_t rel_t = 0;
-    uint32_t buffered = 0; // records that the co-processor still held
-};
 
 struct RecordTally {
     uint64_t records = 0;

@@ -1,105 +1,113 @@
-// Puts the records that the module shows into the format that the user wants.
+// Writes records in the format that the user wants.
 #include "stmctl/record/record_writer.hpp"
 
-#include "link/stm_com_funcs.h"
-#include "stmctl/command_line/arguments.hpp"
+#include "stmctl/output/printable.hpp"
 #include "stmctl/process/failure.hpp"
-#include "stmctl/record/csv_line.hpp"
+#include "stmctl/record/host_time.hpp"
+#include "stmctl/record/record_csv.hpp"
+#include "stmctl/record/record_json.hpp"
+#include "stmctl/record/record_text.hpp"
 
 #include <fmt/format.h>
-
-#include <algorithm>
 
 namespace stmctl
 {
 
-Format FormatOptions::checked() const
+namespace
 {
-    const Format chosen = format == "csv"     ? Format::csv
-                          : format == "hex"   ? Format::hex
-                          : format == "jsonl" ? Format::jsonl
-                                              : Format::text;
-    if (timestamps && chosen != Format::csv && chosen != Format::jsonl) {
-        throw Failure(ExitStatus::usage, "--timestamps goes with --format csv or jsonl");
+
+[[noreturn]] void refuse(std::string_view text)
+{
+    throw Failure(ExitStatus::failed,
+                  fmt::format("the module shows '{}', which is no record of this kind",
+                              printable(std::string(text.substr(0, text.find('\n'))))));
+}
+
+} // namespace
+
+RecordFacts checked_facts_of_text(const Columns &columns, std::string_view text)
+{
+    const std::optional<RecordFacts> facts = facts_of_text(columns, text);
+    if (!facts) {
+        refuse(text);
     }
-    return chosen;
+    return *facts;
 }
 
-void add_format_options(CLI::App &command, FormatOptions &options,
-                        const std::vector<std::string> &formats)
-{
-    add_option(command, "--format", "FORMAT", options.format, "how it is shown", one_of(formats));
-    add_option(command, "-o,--output", "FILE", options.file, "write it to a file",
-               names_of_files());
-    add_flag(command, "--timestamps", options.timestamps,
-             "put the host's time first, in seconds since 1970");
-}
-
-int mode_for(Format format)
-{
-    switch (format) {
-    case Format::hex:
-        return READOUT_HEX;
-    case Format::text:
-        return READOUT_TEXT;
-    default:
-        return READOUT_CSV;
-    }
-}
-
-RecordWriter::RecordWriter(Format format, bool timestamps, bool has_temperature,
+RecordWriter::RecordWriter(Format format, bool timestamps, const Columns &columns,
                            Destination &destination)
-    : format_(format), timestamps_(timestamps), reader_(has_temperature), destination_(destination)
+    : format_(format), timestamps_(timestamps), columns_(columns), destination_(destination)
 {
+}
+
+void RecordWriter::begin()
+{
+    if (format_ == Format::csv && !begun_) {
+        destination_.write((timestamps_ ? "\"time\";" : "") + csv_header(columns_));
+    }
+    begun_ = true;
+}
+
+void RecordWriter::take(const Record &record)
+{
+    switch (format_) {
+    case Format::csv:
+        buffer_.clear();
+        put_csv(record, buffer_);
+        write_csv(buffer_.text());
+        return;
+    case Format::jsonl:
+        put_json(record, timestamps_ ? host_time() : "", buffer_);
+        break;
+    default:
+        buffer_.clear();
+        put_text(record, buffer_);
+    }
+    destination_.write(buffer_.text());
 }
 
 std::optional<RecordFacts> RecordWriter::take(std::string_view text)
 {
-    if (format_ == Format::text || format_ == Format::hex) {
+    switch (format_) {
+    case Format::hex:
         destination_.write(text);
-        return format_ == Format::text ? facts_of_text(text) : RecordFacts();
+        return RecordFacts();
+    case Format::text:
+        destination_.write(text);
+        return checked_facts_of_text(columns_, text);
+    default:
+        break;
     }
-    const std::optional<RecordFacts> facts = reader_.take(text);
-    if (facts) {
-        write_line(text);
-    } else if (!has_header_) {
-        write_header(); // asked again, the module shows it again
+    if (is_csv_header(columns_, text)) {
+        begin(); // asked again, the module shows it again
+        return {};
     }
-    return facts;
+    return take_line(text);
 }
 
-void RecordWriter::write_header()
+RecordFacts RecordWriter::take_line(std::string_view line)
 {
-    has_header_ = true;
+    const std::optional<RecordFacts> facts = facts_of_csv(columns_, line);
+    if (!facts) {
+        refuse(line);
+    }
     if (format_ == Format::csv) {
-        destination_.write((timestamps_ ? "\"time\";" : "") + csv_header(reader_.names()));
+        write_csv(line);
+        return *facts;
     }
+    if (!put_json(columns_, line, timestamps_ ? host_time() : "", buffer_)) {
+        refuse(line);
+    }
+    destination_.write(buffer_.text());
+    return *facts;
 }
 
-void RecordWriter::write_line(std::string_view text)
+void RecordWriter::write_csv(std::string_view line)
 {
-    if (format_ == Format::jsonl) {
-        destination_.write(json());
-        return;
-    }
     if (timestamps_) {
         destination_.write(host_time() + ';');
     }
-    destination_.write(text);
-}
-
-std::string RecordWriter::json() const
-{
-    std::string line = "{";
-    if (timestamps_) {
-        line += "\"time\":" + host_time();
-    }
-    const size_t count = std::min(reader_.names().size(), reader_.values().size());
-    for (size_t i = 0; i < count; ++i) {
-        line += line.size() > 1 ? "," : "";
-        line.append("\"").append(reader_.names()[i]).append("\":").append(reader_.values()[i]);
-    }
-    return line + "}\n";
+    destination_.write(line);
 }
 
 } // namespace stmctl

@@ -1,5 +1,6 @@
 // adc: frames of the converter's values.
 #include "stmctl/record/csv_line.hpp"
+#include "stmctl/record/host_time.hpp"
 #include "stmctl/records/frames.hpp"
 #include "stmctl/records/records.hpp"
 

@@ -2,6 +2,7 @@
 #include "stmctl/records/frames.hpp"
 
 #include "stmctl/module/device.hpp"
+#include "stmctl/output/destination.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/stream/repetition.hpp"
 

@@ -3,7 +3,7 @@
 
 #include "link/stm_com_funcs.h"
 #include "stmctl/command_line/command.hpp"
-#include "stmctl/record/record_writer.hpp"
+#include "stmctl/record/format.hpp"
 
 #include <string>
 

@@ -1,5 +1,6 @@
 // raw: bytes that only the firmware understands.
 #include "stmctl/record/csv_line.hpp"
+#include "stmctl/record/host_time.hpp"
 #include "stmctl/records/frames.hpp"
 #include "stmctl/records/records.hpp"
 

@@ -73,7 +73,7 @@ ExitStatus read_records(const char *name, const ReadoutOptions &options, bool li
     Destination destination(options.format.file);
     const Device device(options.device);
     destination.begin();
-    RecordWriter writer(format, options.format.timestamps, variant.has_temperature, destination);
+    RecordWriter writer(format, options.format.timestamps, columns_of(variant.kind), destination);
     RegularFlush flush(destination);
     Run run(time, std::ref(flush));
     RecordTally tally;

@@ -3,7 +3,7 @@
 
 #include "stmctl/command_line/command.hpp"
 #include "stmctl/module/device.hpp"
-#include "stmctl/record/record_writer.hpp"
+#include "stmctl/record/format.hpp"
 #include "stmctl/stream/run.hpp"
 
 #include <memory>

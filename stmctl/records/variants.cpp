@@ -10,9 +10,9 @@ namespace
 {
 
 constexpr Variant VARIANTS[] = {
-    {"base", stm_read_records, stm_continuous_readout, false},
-    {"omega", stm_read_records_omega, stm_continuous_readout_omega, false},
-    {"temp", stm_read_records_temp, stm_continuous_readout_temp, true},
+    {"base", stm_read_records, stm_continuous_readout, RecordKind::base},
+    {"omega", stm_read_records_omega, stm_continuous_readout_omega, RecordKind::omega},
+    {"temp", stm_read_records_temp, stm_continuous_readout_temp, RecordKind::temp},
 };
 
 } // namespace

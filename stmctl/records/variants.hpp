@@ -2,6 +2,7 @@
 #pragma once
 
 #include "link/stm_com_funcs.h"
+#include "stmctl/record/columns.hpp"
 
 #include <string>
 #include <string_view>
@@ -15,7 +16,7 @@ struct Variant {
     const char *name;
     void (*read)(int count, int mode, StmPollFn poll, StmOutputFn output);
     void (*follow)(int format, StmPollFn poll, StmOutputFn output);
-    bool has_temperature;
+    RecordKind kind;
 };
 
 const Variant &variant_named(std::string_view name); // one of the names

@@ -4,7 +4,7 @@
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/module/device.hpp"
 #include "stmctl/output/output.hpp"
-#include "stmctl/record/record_reader.hpp"
+#include "stmctl/record/record_writer.hpp"
 #include "stmctl/records/stream_watch.hpp"
 #include "stmctl/records/variants.hpp"
 #include "stmctl/stream/record_stream.hpp"
@@ -27,13 +27,14 @@ struct Options {
 ExitStatus watch(const Options &options)
 {
     const Variant &variant = variant_named(options.variant);
+    const Columns &columns = columns_of(variant.kind);
     const auto time = options.run.time();
     const Device device(options.device);
     RecordTally tally;
     StreamWatch display(tally);
     Run run(time, [&](auto now) { display.tick(now); });
     RecordStream stream("watch", run, {}, options.run.keep_going, tally,
-                        [](const char *text) { return facts_of_text(text); });
+                        [&](const char *text) { return checked_facts_of_text(columns, text); });
     const auto once = [&] {
         return perform(
             [&](StmPollFn poll, StmOutputFn output) {

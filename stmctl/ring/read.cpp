@@ -4,9 +4,9 @@
 #include "stmctl/process/failure.hpp"
 #include "stmctl/process/stop.hpp"
 #include "stmctl/record/record_writer.hpp"
+#include "stmctl/record/ring_slot.hpp"
 #include "stmctl/ring/ring.hpp"
 #include "stmctl/ring/slot_follower.hpp"
-#include "stmctl/ring/slot_text.hpp"
 #include "stmctl/stream/record_stream.hpp"
 #include "stmctl/stream/repetition.hpp"
 
@@ -93,12 +93,11 @@ class RingReadout
 {
   public:
     RingReadout(const Options &options, Destination &destination)
-        : format_(options.format.checked()), wanted_(options.run.wanted()),
-          writer_(format_, options.format.timestamps, true, destination)
+        : wanted_(options.run.wanted()),
+          writer_(options.format.checked(), options.format.timestamps, columns_of(RecordKind::temp),
+                  destination)
     {
-        if (format_ != Format::text) {
-            writer_.take(ring_csv_header());
-        }
+        writer_.begin();
     }
 
     void take(const SlotFollower::Look &look, Run &run)
@@ -109,8 +108,8 @@ class RingReadout
             first_of_writer_ = true;
         }
         const uint64_t lost = tally_.lost;
-        for (const RingRecord &record : look.records) {
-            take(record, run);
+        for (const RingRecord &slot : look.records) {
+            take(slot, run);
         }
         if (look.overrun) {
             ++overruns_;
@@ -136,35 +135,35 @@ class RingReadout
 
   private:
     // The board may have begun anew with the writer: that is no step back.
-    void forget_future(const RingRecord &record)
+    void forget_future(const Record &record)
     {
-        const uint32_t step = static_cast<uint32_t>(record.rel_t) - tally_.last.rel_t;
+        const uint32_t step = record.rel_t() - tally_.last.rel_t;
         if (static_cast<int32_t>(step) <= 0) {
             tally_.last = {};
         }
     }
 
-    void take(const RingRecord &record, Run &run)
+    void take(const RingRecord &slot, Run &run)
     {
         if (wanted_ && tally_.records >= *wanted_) {
             return;
         }
-        if (!is_whole(record)) {
+        if (!is_whole(slot)) {
             ++tally_.rejected;
             return;
         }
+        const Record record = record_of_slot(slot);
         if (first_of_writer_) {
             first_of_writer_ = false;
             forget_future(record);
         }
-        const bool text = format_ == Format::text;
-        tally_.take(*writer_.take(text ? ring_record_text(record) : ring_csv_line(record)));
+        writer_.take(record);
+        tally_.take(record.facts());
         if (wanted_ && tally_.records >= *wanted_) {
             run.finish();
         }
     }
 
-    Format format_;
     std::optional<uint32_t> wanted_;
     RecordWriter writer_;
     RecordTally tally_;

@@ -2,7 +2,7 @@
 #include "stmctl/ring/slot_follower.hpp"
 
 #include "stmctl/process/failure.hpp"
-#include "stmctl/ring/slot_text.hpp"
+#include "stmctl/record/ring_slot.hpp"
 
 #include <fmt/format.h>
 

@@ -2,9 +2,9 @@
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
+#include "stmctl/record/ring_slot.hpp"
 #include "stmctl/ring/ring.hpp"
 #include "stmctl/ring/segment.hpp"
-#include "stmctl/ring/slot_text.hpp"
 
 #include <fmt/format.h>
 

@@ -2,7 +2,7 @@
 // and begin, boards whose times go round, a writer that goes on while it is looked at.
 #include "tests/stmctl/ring_reader_bench.hpp"
 
-#include "stmctl/ring/slot_text.hpp"
+#include "stmctl/record/ring_slot.hpp"
 
 #include <atomic>
 #include <thread>
