@@ -115,4 +115,9 @@ bool is_timeout(std::string_view text)
     return text == "SPI timeout\n" || text == "Error stm_com_funcs: SPI timeout\n";
 }
 
+bool is_rejection(std::string_view text)
+{
+    return text.starts_with("Wrong checksum detected");
+}
+
 } // namespace stmctl

@@ -25,5 +25,6 @@ Reports read_reports(std::string_view captured);
 
 // Whether the output callback got one of the module's two texts for a time-out.
 bool is_timeout(std::string_view text);
+bool is_rejection(std::string_view text); // or that a checksum is wrong
 
 } // namespace stmctl

@@ -21,6 +21,23 @@ std::string part(uint64_t number, const char *one, const char *several)
     return number == 0 ? "" : ", " + counted(number, one, several);
 }
 
+double seconds(std::chrono::milliseconds time)
+{
+    return std::chrono::duration<double>(time).count();
+}
+
+std::string silence_words(uint64_t silences, std::chrono::milliseconds silent)
+{
+    switch (silences) {
+    case 0:
+        return "";
+    case 1:
+        return fmt::format(", silent for {:.1f} s", seconds(silent));
+    default:
+        return fmt::format(", silent {} times, for {:.1f} s in all", silences, seconds(silent));
+    }
+}
+
 } // namespace
 
 std::string counted(uint64_t number, const char *one, const char *several)
@@ -51,35 +68,61 @@ uint32_t RecordTally::take(const RecordFacts &facts)
     return missing;
 }
 
+void RecordTally::take_silence(std::chrono::milliseconds duration)
+{
+    ++silences;
+    silent += duration;
+}
+
 bool RecordTally::take_report(std::string_view text)
 {
     if (is_timeout(text)) {
-        ++timeouts;
+        take_timeout();
         return true;
     }
-    if (text.starts_with("Wrong checksum detected")) {
-        ++rejected;
+    if (is_rejection(text)) {
+        take_rejected();
         return true;
     }
     return false;
 }
 
+bool RecordTally::has_holes() const
+{
+    return lost + rejected + overflowing + backward + silences > 0;
+}
+
 bool RecordTally::is_flawless() const
 {
-    return lost + rejected + overflowing + backward + timeouts + failures == 0;
+    return !has_holes() && timeouts + failures == 0;
 }
 
 std::string RecordTally::summary(std::optional<uint32_t> wanted) const
 {
     const std::string of = wanted ? fmt::format("{} of ", records) : "";
+    const std::string silence = silence_words(silences, silent);
     const std::string seen =
-        visible ? fmt::format("{} lost, {} rejected, {} overflowing", lost, rejected, overflowing)
-                : fmt::format("{} rejected; hex does not show losses", rejected);
+        visible ? fmt::format("{} lost, {} rejected, {} overflowing{}", lost, rejected, overflowing,
+                              silence)
+                : fmt::format("{} rejected{}; hex does not show losses", rejected, silence);
     return fmt::format("{}{}, {}{}{}{}", of,
                        counted(wanted ? *wanted : records, "record", "records"), seen,
                        part(backward, "step back in rel_t", "steps back in rel_t"),
                        part(timeouts, "time-out", "time-outs"),
                        part(failures, "failing exchange", "failing exchanges"));
+}
+
+std::string RecordTally::json(std::optional<uint32_t> wanted) const
+{
+    const auto or_null = [](bool there, uint64_t number) {
+        return there ? fmt::format("{}", number) : std::string("null");
+    };
+    return fmt::format("{{\"records\":{},\"wanted\":{},\"lost\":{},\"rejected\":{},"
+                       "\"overflowing\":{},\"steps_back\":{},\"timeouts\":{},"
+                       "\"failing_exchanges\":{},\"silences\":{},\"silent_seconds\":{:.3f}}}",
+                       records, or_null(wanted.has_value(), wanted.value_or(0)),
+                       or_null(visible, lost), rejected, or_null(visible, overflowing), backward,
+                       timeouts, failures, silences, seconds(silent));
 }
 
 } // namespace stmctl

@@ -3,6 +3,7 @@
 
 #include "stmctl/record/record.hpp"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -18,21 +19,31 @@ struct RecordTally {
     uint64_t overflowing = 0; // records with more than 190 behind them
     uint64_t backward = 0;    // rel_t did not rise
     uint64_t timeouts = 0;
-    uint64_t failures = 0; // of exchanges
-    bool visible = true;   // losses can be seen at all
-    uint32_t fullest = 0;  // the most records behind one, since somebody set it to 0
+    uint64_t failures = 0;               // of exchanges
+    uint64_t silences = 0;               // the stream paused for long
+    std::chrono::milliseconds silent{0}; // in all of them
+    bool visible = true;                 // losses can be seen at all
+    uint32_t fullest = 0;                // the most records behind one, since somebody set it to 0
     RecordFacts last;
 
     // Takes the next record. Returns how many are missing in front of it.
     uint32_t take(const RecordFacts &facts);
 
+    void take_timeout() { ++timeouts; }
+    void take_rejected() { ++rejected; }
+    void take_silence(std::chrono::milliseconds duration);
+
     // Takes a report of the module's. Returns false if it is none that is counted.
     bool take_report(std::string_view text);
 
+    bool has_holes() const; // something of the stream is missing, or may be
     bool is_flawless() const;
 
     // "5 of 7 records, 2 lost, 1 rejected, 0 overflowing"
     std::string summary(std::optional<uint32_t> wanted) const;
+
+    // The same as an object in one line. What cannot be seen is null.
+    std::string json(std::optional<uint32_t> wanted) const;
 };
 
 // "1 time-out", "2 time-outs"

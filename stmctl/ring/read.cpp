@@ -149,7 +149,7 @@ class RingReadout
             return;
         }
         if (!is_whole(slot)) {
-            ++tally_.rejected;
+            tally_.take_rejected();
             return;
         }
         const Record record = record_of_slot(slot);
