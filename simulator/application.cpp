@@ -85,6 +85,12 @@ void Application::load(CommandValues settings, CommandValues answers)
     reads_.clear();
 }
 
+void Application::restart()
+{
+    adc_start_ = 1;
+    reads_.clear();
+}
+
 Response Application::perform(const Command &command, Parameters parameters)
 {
     switch (command.kind) {

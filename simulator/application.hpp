@@ -38,6 +38,8 @@ class Application
     }
 
     void load(CommandValues settings, CommandValues answers);
+    // What outlasts no power begins anew.
+    void restart();
     const CommandValues &settings() const { return settings_; }
 
     Response perform(const Command &command, Parameters parameters);

@@ -168,6 +168,11 @@ std::string BoardDirectory::map(const char *name, size_t size, uint8_t *&bytes)
     return {};
 }
 
+std::string BoardDirectory::renew_stand_in() const
+{
+    return write_file(stand_in(path_), "", rename);
+}
+
 BoardBytes BoardDirectory::bytes() const
 {
     return {std::span<uint8_t, FLASH_SIZE>(flash_, FLASH_SIZE),

@@ -33,6 +33,9 @@ class BoardDirectory
     // The file that stands for the device node of a board.
     static std::string stand_in(const std::string &path) { return path + "/spidev1.0"; }
 
+    // Another file in the place of the one that stands for the device. Empty, or why not.
+    std::string renew_stand_in() const;
+
     // Empty, or what is wrong with the files.
     std::string load(BoardIdentity &identity) const;
     std::string load(ValuesOf kind, CommandValues &values) const;

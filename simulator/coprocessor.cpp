@@ -38,17 +38,44 @@ bool is_filler(std::span<const uint8_t> bytes)
     return std::ranges::all_of(bytes, [](uint8_t byte) { return byte == FILLER; });
 }
 
+Readout make_readout(const Behaviour &behaviour)
+{
+    return {{static_cast<uint32_t>(behaviour.seed), behaviour.rate, behaviour.header_index},
+            behaviour.faults};
+}
+
 } // namespace
 
 Coprocessor::Coprocessor(BoardBytes bytes, BoardIdentity identity, Behaviour behaviour)
     : identity_(identity), behaviour_(std::move(behaviour)), boot_loader_(Flash(bytes.flash)),
       application_(bytes.memory, static_cast<uint32_t>(behaviour_.seed),
                    static_cast<uint8_t>(behaviour_.adc_values)),
-      readout_({static_cast<uint32_t>(behaviour_.seed), behaviour_.rate, behaviour_.header_index},
-               behaviour_.faults),
-      deafness_(behaviour_.faults)
+      readout_(make_readout(behaviour_)), deafness_(behaviour_.faults),
+      restarts_(faults_by_time(behaviour_.faults, FaultKind::restart)),
+      silences_(behaviour_.faults, FaultKind::silent_spell)
 {
     died_at(ALWAYS);
+}
+
+void Coprocessor::advance_to(std::chrono::nanoseconds now)
+{
+    while (restarted_ < restarts_.size() && restarts_[restarted_].span.from <= now) {
+        const Fault &fault = restarts_[restarted_++];
+        readout_.advance_to(fault.span.from);
+        restart(static_cast<Mode>(fault.value));
+    }
+    readout_.advance_to(now);
+    now_ = now;
+}
+
+// Only what outlasts the power stays: flash, memory and settings.
+void Coprocessor::restart(Mode mode)
+{
+    drop_debts();
+    boot_loader_.close();
+    application_.restart();
+    readout_ = make_readout(behaviour_);
+    identity_.mode = mode;
 }
 
 void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> miso)
@@ -56,6 +83,10 @@ void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> mis
     note_.clear();
     std::ranges::fill(miso, dead_line_.value_or(IDLE));
     if (dead_line_ || mosi.empty()) {
+        return;
+    }
+    if (silences_.cover(now_)) {
+        note_ = "fault: silent";
         return;
     }
     if (mosi.size() == 1 && mosi[0] == STATUS_POLL) {
@@ -78,12 +109,18 @@ void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> mis
     }
 }
 
-void Coprocessor::receive(std::span<const uint8_t> mosi)
+// What an answer, a status or a block was owed for is over.
+void Coprocessor::drop_debts()
 {
     status_.reset();
     answer_.reset();
     transaction_.cancel();
     readout_.cancel();
+}
+
+void Coprocessor::receive(std::span<const uint8_t> mosi)
+{
+    drop_debts();
     if (mosi.size() > COMMAND_FRAME_SIZE && is_filler(mosi)) {
         synchronise();
     } else if (mosi.size() == IMAGE_FRAME_SIZE && boot_loader_.expects_frame()) {

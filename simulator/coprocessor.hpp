@@ -7,7 +7,9 @@
 #include "simulator/deafness.hpp"
 #include "simulator/faults.hpp"
 #include "simulator/flash.hpp"
+#include "simulator/mode.hpp"
 #include "simulator/readout.hpp"
+#include "simulator/spells.hpp"
 #include "simulator/transaction.hpp"
 
 #include <chrono>
@@ -20,8 +22,6 @@ namespace simulator
 {
 
 inline constexpr size_t COMMAND_FRAME_SIZE = 8;
-
-enum class Mode : uint8_t { unknown = 0, boot_loader = 1, application = 2 };
 
 // What a board is, apart from its flash.
 struct BoardIdentity {
@@ -39,10 +39,11 @@ struct BoardBytes {
 struct Behaviour {
     int busy_polls = 0; // polls that find it busy after each frame, before the status or the answer
     Faults faults;
-    int seed = 1;         // of all that it measures
-    int adc_values = 200; // of a frame that are said to be good
-    int rate = 1000;      // samples of a stream per second
-    int header_index = 0; // of a block's header in a poll of a stream, or ANY_HEADER_INDEX
+    int seed = 1;           // of all that it measures
+    int adc_values = 200;   // of a frame that are said to be good
+    int rate = 1000;        // samples of a stream per second
+    int header_index = 0;   // of a block's header in a poll of a stream, or ANY_HEADER_INDEX
+    int buffer_size = 4096; // of the driver: the most bytes of a message, as the kernel's default
 };
 
 class Coprocessor
@@ -50,8 +51,8 @@ class Coprocessor
   public:
     Coprocessor(BoardBytes bytes, BoardIdentity identity, Behaviour behaviour);
 
-    // The time of the exchanges to come, from any start on.
-    void advance_to(std::chrono::nanoseconds now) { readout_.advance_to(now); }
+    // The time of the exchanges to come, from any start on. What was due until then happens.
+    void advance_to(std::chrono::nanoseconds now);
 
     // Clocks the bytes of one exchange in and as many out. mosi and miso have the same size.
     void exchange(std::span<const uint8_t> mosi, std::span<uint8_t> miso);
@@ -65,6 +66,8 @@ class Coprocessor
     Application &application() { return application_; }
 
   private:
+    void restart(Mode mode);
+    void drop_debts();
     void receive(std::span<const uint8_t> mosi);
     void receive_byte(uint8_t command);
     void receive_command_frame(std::span<const uint8_t, COMMAND_FRAME_SIZE> frame);
@@ -89,6 +92,10 @@ class Coprocessor
     Transaction transaction_;
     Readout readout_;
     Deafness deafness_;
+    std::chrono::nanoseconds now_{0};
+    Faults restarts_; // in the order of their times
+    size_t restarted_ = 0;
+    Spells silences_;
     std::optional<uint8_t> dead_line_; // what a dead board's line reads
     std::optional<uint8_t> status_;    // waits for an acknowledge poll
     int64_t busy_ = 0;                 // polls that still find the board busy with it

@@ -1,12 +1,14 @@
 // Faults in words.
 #include "simulator/faults.hpp"
 
+#include "simulator/mode.hpp"
 #include "simulator/number.hpp"
 #include "simulator/text.hpp"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 
 namespace simulator
 {
@@ -14,8 +16,8 @@ namespace simulator
 namespace
 {
 
-enum class Place { none, step, anywhere, any_command, one_command, counted };
-enum class Value { none, status, polls, length, waits, bit, bytes, error };
+enum class Place { none, step, anywhere, any_command, one_command, counted, time };
+enum class Value { none, status, polls, length, waits, bit, bytes, error, mode, span, file };
 
 struct FaultRow {
     FaultKind kind;
@@ -28,6 +30,7 @@ struct FaultRow {
 };
 
 constexpr int FLIPPED_BIT = 64; // unless another one is given
+constexpr std::string_view TIME_PLACE = "t";
 
 constexpr FaultRow FAULT_ROWS[] = {
     {FaultKind::bus_inactive, Place::anywhere, Value::none, 0, "bus-inactive",
@@ -64,6 +67,15 @@ constexpr FaultRow FAULT_ROWS[] = {
      "the device cannot be opened (ENOENT)"},
     {FaultKind::speed_refused, Place::none, Value::error, EINVAL, "speed-refused",
      "speed-refused[=ERRNO]", "the device does not take the clock (EINVAL)"},
+    {FaultKind::restart, Place::time, Value::mode, 0, "restart", "restart@t=TIME=MODE",
+     "the co-processor restarts as boot-loader or application; what it owed\n"
+     "                          is gone, and RECORD and BLOCK count from 1 again"},
+    {FaultKind::silent_spell, Place::time, Value::span, 0, "silence", "silence@t=FROM..TO",
+     "it neither hears nor says anything (0x00), but measures on"},
+    {FaultKind::absence, Place::time, Value::span, 0, "gone", "gone@t=FROM..TO",
+     "there is no device (ENOENT); what was open stays dead (ESHUTDOWN)"},
+    {FaultKind::intrusion, Place::time, Value::file, 0, "intrusion", "intrusion@t=TIME=FILE",
+     "another program's exchanges come between, those of a transcript"},
 };
 
 constexpr int MOST = 1'000'000'000;
@@ -121,6 +133,8 @@ std::optional<int> parse_place(const FaultRow &row, const Words &words)
     }
     case Place::counted:
         return parse_int(*words, 1, MOST);
+    case Place::time:
+        return *words == TIME_PLACE ? std::optional(ALWAYS) : std::nullopt;
     }
     return std::nullopt;
 }
@@ -135,6 +149,15 @@ std::optional<int> parse_error_name(std::string_view words)
         }
     }
     return parse_int(words, 1, LAST_ERRNO);
+}
+
+std::optional<int> parse_mode(std::string_view words)
+{
+    if (words == "boot-loader") {
+        return static_cast<int>(Mode::boot_loader);
+    }
+    return words == "application" ? std::optional(static_cast<int>(Mode::application))
+                                  : std::nullopt;
 }
 
 std::optional<int> parse_value(const FaultRow &row, const Words &words)
@@ -159,6 +182,11 @@ std::optional<int> parse_value(const FaultRow &row, const Words &words)
         return parse_int(*words, 1, MOST_BYTES);
     case Value::error:
         return parse_error_name(*words);
+    case Value::mode:
+        return parse_mode(*words);
+    case Value::span:
+    case Value::file:
+        return 0; // they stand for themselves
     }
     return std::nullopt;
 }
@@ -175,6 +203,35 @@ Words cut_behind(std::string_view &words, char separator)
     return behind;
 }
 
+// Cuts the time of a fault that has one off the words behind its first equals sign.
+std::optional<TimeSpan> take_span(const FaultRow &row, Words &words)
+{
+    if (row.place != Place::time) {
+        return TimeSpan();
+    }
+    if (!words || row.value == Value::span) {
+        return words ? parse_time_span(*words) : std::nullopt;
+    }
+    std::string_view time = *words;
+    words = cut_behind(time, '=');
+    const auto from = parse_time(time);
+    if (!from || !words || words->empty()) {
+        return std::nullopt;
+    }
+    return TimeSpan{*from, *from};
+}
+
+// Of two rows of one name, that which stands at a time or that which does not.
+const FaultRow *find_row(std::string_view name, bool at_time)
+{
+    const FaultRow *found = nullptr;
+    for (const FaultRow &row : FAULT_ROWS) {
+        const bool fits = found == nullptr || (row.place == Place::time) == at_time;
+        found = row.name == name && fits ? &row : found;
+    }
+    return found;
+}
+
 } // namespace
 
 const Fault *find_fault(const Faults &faults, FaultKind kind, int place)
@@ -184,23 +241,34 @@ const Fault *find_fault(const Faults &faults, FaultKind kind, int place)
     return found == faults.end() ? nullptr : &*found;
 }
 
+Faults faults_by_time(const Faults &faults, FaultKind kind)
+{
+    Faults found;
+    std::ranges::copy_if(faults, std::back_inserter(found),
+                         [kind](const Fault &fault) { return fault.kind == kind; });
+    std::ranges::stable_sort(found, {}, [](const Fault &fault) { return fault.span.from; });
+    return found;
+}
+
 std::optional<Fault> parse_fault(std::string_view words, std::string &reason)
 {
     const std::string whole(words);
-    const Words value_words = cut_behind(words, '=');
+    Words value_words = cut_behind(words, '=');
     const Words place_words = cut_behind(words, '@');
-    const auto *row = std::ranges::find(FAULT_ROWS, words, &FaultRow::name);
-    if (row == std::end(FAULT_ROWS)) {
+    const FaultRow *row = find_row(words, place_words == TIME_PLACE);
+    if (row == nullptr) {
         reason = text("unknown fault '%s'", whole.c_str());
         return std::nullopt;
     }
     const std::optional<int> place = parse_place(*row, place_words);
+    const std::optional<TimeSpan> span = take_span(*row, value_words);
     const std::optional<int> value = parse_value(*row, value_words);
-    if (!place || !value) {
+    if (!place || !span || !value) {
         reason = text("fault '%s' does not read like %s", whole.c_str(), row->form);
         return std::nullopt;
     }
-    return Fault{row->kind, *place, *value};
+    const bool has_file = row->value == Value::file;
+    return Fault{row->kind, *place, *value, *span, std::string(has_file ? *value_words : "")};
 }
 
 std::string describe_faults()

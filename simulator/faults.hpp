@@ -4,9 +4,15 @@
 //
 // Places are the steps of a download, "mode", "header" or the number of a block from 0; the
 // commands of the application by their codes, as in length@0xA0=0; or exchanges, records and blocks
-// of records by their numbers from 1, counted since the power came on.
+// of records by their numbers from 1, counted since the power came on. What happens at a time of
+// the board reads
+//
+//     KIND@t=TIME[=VALUE]       restart@t=2.5s=boot-loader      silence@t=2s..4s
 #pragma once
 
+#include "simulator/board_time.hpp"
+
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -34,6 +40,10 @@ enum class FaultKind {
     exchange,       // an exchange fails with an errno, and its bytes are lost
     no_device,      // the device cannot be opened
     speed_refused,  // the device does not take the clock
+    restart,        // the co-processor begins anew, in a mode
+    silent_spell,   // for a time the co-processor neither listens nor answers
+    absence,        // for a time there is no device, and what was open before stays dead
+    intrusion,      // the exchanges of another program come between
 };
 
 // Places of a fault.
@@ -51,13 +61,19 @@ constexpr int command_place(uint8_t code)
 struct Fault {
     FaultKind kind;
     int place; // ALWAYS, a step of a download, a command's place, or a number from 1
-    int value; // a status byte, a number of polls, waits or bytes, a bit, a length, or an errno
+    int value; // a status byte, a number of polls, waits or bytes, a bit, a length, an errno, a
+               // Mode
+    TimeSpan span = {};    // of a fault at a time
+    std::string file = {}; // of an intrusion
 };
 
 using Faults = std::vector<Fault>;
 
 // The fault of a kind that stands at this very place, or null.
 const Fault *find_fault(const Faults &faults, FaultKind kind, int place);
+
+// Those of a kind that stand at times, in the order in which they begin.
+Faults faults_by_time(const Faults &faults, FaultKind kind);
 
 // Reads one fault. None if the words are not understood; reason then says why.
 std::optional<Fault> parse_fault(std::string_view words, std::string &reason);

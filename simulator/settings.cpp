@@ -18,6 +18,8 @@ constexpr char TRANSCRIPT[] = "VIRTUAL_BOARD_TRANSCRIPT";
 constexpr char FAULTS[] = "VIRTUAL_BOARD_FAULTS";
 constexpr char THROUGH[] = "VIRTUAL_BOARD_THROUGH";
 
+constexpr char BLANKS[] = " \t\n\v\f\r"; // between faults
+
 struct NumberRow {
     int Behaviour::*number;
     const char *variable;
@@ -31,6 +33,7 @@ constexpr NumberRow NUMBER_ROWS[] = {
     {&Behaviour::adc_values, "VIRTUAL_BOARD_SAMPLES", 0, 0xFF},
     {&Behaviour::rate, "VIRTUAL_BOARD_RATE", 1, 1'000'000},
     {&Behaviour::header_index, "VIRTUAL_BOARD_HEADER_INDEX", 0, ANY_HEADER_INDEX},
+    {&Behaviour::buffer_size, "VIRTUAL_BOARD_BUFSIZ", 1, 1'048'576},
 };
 
 std::string get(const char *name)
@@ -58,6 +61,10 @@ bool add_fault(Settings &settings, const std::string &words, std::string &reason
 {
     const std::optional<Fault> fault = parse_fault(words, reason);
     if (!fault) {
+        return false;
+    }
+    if (words.find_first_of(BLANKS) != std::string::npos) {
+        reason = "fault '" + words + "': there is a blank in it, which cannot be passed on";
         return false;
     }
     settings.behaviour.faults.push_back(*fault);

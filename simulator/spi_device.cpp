@@ -66,10 +66,26 @@ int transfers_of(unsigned long request)
     return static_cast<int>(size / sizeof(spi_ioc_transfer));
 }
 
-SpiDevice::SpiDevice(Coprocessor &coprocessor, Faults faults, Passage pass, Observer observer)
-    : coprocessor_(coprocessor), faults_(std::move(faults)), pass_(std::move(pass)),
+SpiDevice::SpiDevice(Coprocessor &coprocessor, const Behaviour &behaviour, Passage pass,
+                     Observer observer)
+    : coprocessor_(coprocessor), faults_(behaviour.faults),
+      absences_(behaviour.faults, FaultKind::absence),
+      buffer_size_(static_cast<uint64_t>(behaviour.buffer_size)), pass_(std::move(pass)),
       observer_(std::move(observer))
 {
+    advance_to(std::chrono::nanoseconds(0));
+}
+
+void SpiDevice::advance_to(std::chrono::nanoseconds now)
+{
+    gone_ = absences_.cover(now);
+    const int begun = absences_.begun(now);
+    if (begun != generation_) {
+        generation_ = begun;
+        opened_ = 0;
+        speed_hz_ = DEFAULT_SPEED_HZ;
+        mode_ = 0;
+    }
 }
 
 int SpiDevice::open()
@@ -77,39 +93,45 @@ int SpiDevice::open()
     if (const Fault *missing = find_fault(faults_, FaultKind::no_device, ALWAYS)) {
         return -missing->value;
     }
+    if (gone_) {
+        return -ENOENT;
+    }
     ++opened_;
-    return 0;
+    return generation_;
 }
 
-void SpiDevice::close()
+void SpiDevice::close(int generation)
 {
-    if (opened_ > 0 && --opened_ == 0) {
+    if (generation == generation_ && opened_ > 0 && --opened_ == 0) {
         speed_hz_ = DEFAULT_SPEED_HZ;
     }
 }
 
-int SpiDevice::ioctl(unsigned long request, void *argument)
+int SpiDevice::ioctl(unsigned long request, void *argument, int generation)
 {
+    int refusal = gone_ || generation != generation_ ? -ESHUTDOWN : 0;
     if (!is_message(request)) {
-        return configure(request, argument);
+        return refusal != 0 ? refusal : configure(request, argument);
     }
     const int count = transfers_of(request);
     if (count < 0) {
-        return -EINVAL;
+        return refusal != 0 ? refusal : -EINVAL;
     }
     std::vector<spi_ioc_transfer> transfers(static_cast<size_t>(count));
     const size_t size = transfers.size() * sizeof(spi_ioc_transfer);
     if (!copy_from_user(transfers.data(), user_address(argument), size)) {
-        return count == 0 ? 0 : -EFAULT;
+        transfers.clear();
+        refusal = refusal != 0 || count == 0 ? refusal : -EFAULT;
     }
-    return count == 0 ? 0 : message(transfers);
+    return transfers.empty() ? refusal : message(transfers, refusal);
 }
 
-int SpiDevice::message(std::span<const spi_ioc_transfer> transfers)
+// A message that is refused already is an exchange that fails.
+int SpiDevice::message(std::span<const spi_ioc_transfer> transfers, int refusal)
 {
     ++exchanges_;
     const MessageLength length = measure(transfers);
-    const int refusal = fetch(transfers, length);
+    refusal = refusal != 0 ? refusal : fetch(transfers, length);
     const Fault *fault = find_fault(faults_, FaultKind::exchange, exchanges_);
     if (refusal == 0 && fault == nullptr && (length.sent != 0 || length.received != 0)) {
         return exchange_bytes(transfers);
@@ -125,8 +147,7 @@ int SpiDevice::message(std::span<const spi_ioc_transfer> transfers)
 
 int SpiDevice::fetch(std::span<const spi_ioc_transfer> transfers, const MessageLength &length)
 {
-    if (length.total > MOST_BYTES || length.sent > DRIVER_BUFFER_SIZE ||
-        length.received > DRIVER_BUFFER_SIZE) {
+    if (length.total > MOST_BYTES || length.sent > buffer_size_ || length.received > buffer_size_) {
         return -EMSGSIZE;
     }
     mosi_.assign(static_cast<size_t>(length.total),

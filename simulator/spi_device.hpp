@@ -4,6 +4,7 @@
 #pragma once
 
 #include "simulator/coprocessor.hpp"
+#include "simulator/spells.hpp"
 
 #include <linux/spi/spidev.h>
 
@@ -17,7 +18,6 @@
 namespace simulator
 {
 
-inline constexpr size_t DRIVER_BUFFER_SIZE = 4096; // the driver's default
 inline constexpr uint32_t DEFAULT_SPEED_HZ = 1'000'000;
 inline constexpr uint32_t HIGHEST_SPEED_HZ = 10'000'000; // a higher clock is taken, but not reached
 
@@ -50,14 +50,19 @@ class SpiDevice
 
     // The observer sees every exchange, in order. Before it does, and before the program gets its
     // bytes, the exchange's time on the wire passes.
-    SpiDevice(Coprocessor &coprocessor, Faults faults, Passage pass, Observer observer);
+    SpiDevice(Coprocessor &coprocessor, const Behaviour &behaviour, Passage pass,
+              Observer observer);
 
+    // The time of the calls to come. A device that is away by then comes back with its defaults.
+    void advance_to(std::chrono::nanoseconds now);
+
+    // What is opened is of the generation that is returned. Of an older one nothing works.
     int open();
-    void close(); // the last close brings the default clock back
-    int ioctl(unsigned long request, void *argument);
+    void close(int generation = 0); // the last close brings the default clock back
+    int ioctl(unsigned long request, void *argument, int generation = 0);
 
   private:
-    int message(std::span<const spi_ioc_transfer> transfers);
+    int message(std::span<const spi_ioc_transfer> transfers, int refusal);
     int fetch(std::span<const spi_ioc_transfer> transfers, const MessageLength &length);
     int exchange_bytes(std::span<const spi_ioc_transfer> transfers);
     std::chrono::nanoseconds time_of(std::span<const spi_ioc_transfer> transfers) const;
@@ -70,8 +75,12 @@ class SpiDevice
 
     Coprocessor &coprocessor_;
     Faults faults_;
+    Spells absences_;
+    uint64_t buffer_size_;
     Passage pass_;
     Observer observer_;
+    bool gone_ = false;
+    int generation_ = 0; // how many absences have begun
     int opened_ = 0;
     int exchanges_ = 0;
     uint32_t speed_hz_ = DEFAULT_SPEED_HZ;

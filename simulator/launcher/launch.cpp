@@ -1,6 +1,7 @@
 // Runs the command of virtual-board.
 #include "simulator/launcher/launch.hpp"
 
+#include "simulator/intrusion.hpp"
 #include "simulator/launcher/preparation.hpp"
 #include "simulator/text.hpp"
 
@@ -143,6 +144,9 @@ int launch(LaunchOptions &options)
     }
     const std::string preload = find_preload(options);
     std::string reason = check_preload(options, preload);
+    if (reason.empty()) {
+        reason = Intrusion().load(settings.behaviour.faults); // before it is written over
+    }
     if (reason.empty()) {
         reason = prepare_transcript(settings.transcript);
     }

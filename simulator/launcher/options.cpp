@@ -91,9 +91,25 @@ bool set_header_index(LaunchOptions &options, const std::string &words)
            index != ANY_HEADER_INDEX;
 }
 
+bool set_buffer_size(LaunchOptions &options, const std::string &number)
+{
+    return set_number(options.settings, &Behaviour::buffer_size, number);
+}
+
+// The command may leave this folder before the file is read.
+std::string with_absolute_file(const std::string &words)
+{
+    std::string ignored;
+    const std::optional<Fault> fault = parse_fault(words, ignored);
+    if (!fault || fault->file.empty()) {
+        return words;
+    }
+    return words.substr(0, words.size() - fault->file.size()) + absolute(fault->file);
+}
+
 bool set_fault(LaunchOptions &options, const std::string &words)
 {
-    return add_fault(options.settings, words, options.error);
+    return add_fault(options.settings, with_absolute_file(words), options.error);
 }
 
 bool set_transcript(LaunchOptions &options, const std::string &path)
@@ -169,6 +185,10 @@ constexpr OptionRow OPTION_ROWS[] = {
      "place of a block's header in the 20 bytes of a stream's poll, 0 to 19,\n"
      "                        or any, another one each time (0)",
      set_header_index},
+    {"--bufsiz", "N",
+     "the driver takes messages of up to N bytes, 1 to 1048576, and refuses\n"
+     "                        longer ones (4096)",
+     set_buffer_size},
     {"--fault", "FAULT", "something goes wrong; can be given again", set_fault},
     {"--transcript", "FILE", "write each exchange as a line to FILE, - for standard error",
      set_transcript, false},
@@ -280,6 +300,10 @@ std::string help_text()
             "records, are\n"
             "counted from 1 over the run):\n";
     help += describe_faults();
+    help += "TIME, FROM and TO read 2s, 2.5s or 1500ms. They count, as the times of a transcript "
+            "do, from\n"
+            "the moment when the program first opens the device; each program has its own. TO is "
+            "not in it.\n";
     help +=
         "\n"
         "Examples:\n"

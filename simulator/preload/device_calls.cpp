@@ -1,4 +1,5 @@
 // Stands in front of open, ioctl and close for one path, /dev/spidev1.0, and leaves all others be.
+#include "simulator/preload/device_files.hpp"
 #include "simulator/preload/program.hpp"
 #include "simulator/preload/real_calls.hpp"
 #include "simulator/user_memory.hpp"
@@ -69,30 +70,11 @@ class DriverCall
     int cancel_state_ = 0;
 };
 
-// The file by which descriptors of the device are known, under whatever numbers; set by the first
-// open. A descriptor that a program inherits is known, too: by the stand-in's name.
-struct stat device_file = {};
-std::atomic<bool> device_file_known = false;
-
-void know_device_file(int fd)
-{
-    if (fd >= 0 && !device_file_known && fstat(fd, &device_file) == 0) {
-        device_file_known = true;
-    }
-}
-
-bool is_device(int fd)
-{
-    struct stat file = {};
-    return device_file_known && fstat(fd, &file) == 0 && file.st_dev == device_file.st_dev &&
-           file.st_ino == device_file.st_ino;
-}
-
+// A descriptor that a program inherits is known, too: by the stand-in's name.
 void know_inherited_device()
 {
-    if (!device_file_known && !simulator::leaves_device_real() &&
-        stat(simulator::device_stand_in().c_str(), &device_file) == 0) {
-        device_file_known = true;
+    if (!simulator::knows_device_file() && !simulator::leaves_device_real()) {
+        simulator::know_device_file_if_none_is(simulator::device_stand_in().c_str());
     }
 }
 
@@ -132,7 +114,7 @@ int open_device(int flags)
     if (simulator::leaves_device_real()) {
         simulator::begin_transcript();
         const int fd = real_open(DEVICE, flags, 0);
-        know_device_file(fd);
+        simulator::know_device_file(fd, 0);
         return fd;
     }
     const int result = simulator::device_open();
@@ -141,7 +123,7 @@ int open_device(int flags)
     }
     constexpr int KEPT_FLAGS = O_ACCMODE | O_CLOEXEC | O_NONBLOCK;
     const int fd = real_open(simulator::device_stand_in().c_str(), flags & KEPT_FLAGS, 0);
-    know_device_file(fd);
+    simulator::know_device_file(fd, result);
     return fd;
 }
 
@@ -162,14 +144,14 @@ int ioctl_through(int fd, unsigned long request, void *argument)
     return result;
 }
 
-int device_ioctl(int fd, unsigned long request, void *argument)
+int device_ioctl(int fd, int generation, unsigned long request, void *argument)
 {
     const int errno_before = errno;
     const DriverCall call;
     if (simulator::leaves_device_real()) {
         return ioctl_through(fd, request, argument);
     }
-    return result_or_errno(simulator::device_ioctl(request, argument), errno_before);
+    return result_or_errno(simulator::device_ioctl(generation, request, argument), errno_before);
 }
 
 // What every descriptor takes, whatever it belongs to.
@@ -259,8 +241,10 @@ EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept
     if (_IOC_TYPE(request) == SPI_IOC_MAGIC) {
         know_inherited_device();
     }
-    return is_device(fd) && !concerns_descriptor(request) ? device_ioctl(fd, request, argument)
-                                                          : real_ioctl(fd, request, argument);
+    const int generation = simulator::device_generation(fd);
+    return generation != simulator::NOT_OF_DEVICE && !concerns_descriptor(request)
+               ? device_ioctl(fd, generation, request, argument)
+               : real_ioctl(fd, request, argument);
 }
 
 #if __SIZEOF_LONG__ == 4
@@ -277,9 +261,10 @@ EXPORTED int __ioctl_time64(int fd, unsigned long request, ...) noexcept
 
 EXPORTED int close(int fd)
 {
-    if (is_device(fd) && !simulator::leaves_device_real()) {
+    const int generation = simulator::device_generation(fd);
+    if (generation != simulator::NOT_OF_DEVICE && !simulator::leaves_device_real()) {
         const DriverCall call;
-        simulator::device_close();
+        simulator::device_close(generation);
     }
     return real_close(fd);
 }

@@ -3,6 +3,7 @@
 #include "simulator/preload/program.hpp"
 
 #include "simulator/board_directory.hpp"
+#include "simulator/intrusion.hpp"
 #include "simulator/preload/transcript_file.hpp"
 #include "simulator/settings.hpp"
 #include "simulator/transcript.hpp"
@@ -91,13 +92,23 @@ BoardDirectory open_directory()
     return directory;
 }
 
+Intrusion load_intrusion()
+{
+    Intrusion intrusion;
+    check(intrusion.load(settings().behaviour.faults));
+    return intrusion;
+}
+
 struct Board {
+    std::chrono::nanoseconds power_on = now(); // when the board's time begins
     BoardDirectory directory = open_directory();
     BoardIdentity identity = {};
     CommandValues saved_settings;
     std::chrono::nanoseconds call_begin{0}; // of the call that the driver is in
     Coprocessor coprocessor{directory.bytes(), identity, settings().behaviour};
-    SpiDevice device{coprocessor, settings().behaviour.faults,
+    Intrusion intrusion = load_intrusion();
+    int stand_in_generation = 0;
+    SpiDevice device{coprocessor, settings().behaviour,
                      [this](std::chrono::nanoseconds time) { pass_wire_time(time); },
                      note_exchange};
 
@@ -120,6 +131,16 @@ Board &board()
     return *instance;
 }
 
+// What was due before this call happens first, in the order of its times.
+void begin_call(Board &board)
+{
+    board.call_begin = now();
+    const std::chrono::nanoseconds time = board.call_begin - board.power_on;
+    board.intrusion.play_until(time, board.coprocessor);
+    board.coprocessor.advance_to(time);
+    board.device.advance_to(time);
+}
+
 void load_values(Board &board)
 {
     CommandValues answers;
@@ -137,10 +158,28 @@ void save_settings(Board &board)
     }
 }
 
+void save_mode(Board &board)
+{
+    const Mode mode = board.coprocessor.mode();
+    if (mode != board.identity.mode) {
+        board.identity.mode = mode;
+        check(board.directory.save_mode(mode));
+    }
+}
+
+// A device that has been away has another file than before, as a device node is another one.
+void renew_stand_in(Board &board, int generation)
+{
+    if (generation != board.stand_in_generation) {
+        check(board.directory.renew_stand_in());
+        board.stand_in_generation = generation;
+    }
+}
+
 // Adds the bytes of a buffer, as far as there are any that a driver would have taken.
 void append(std::vector<uint8_t> &bytes, uint64_t user_address, uint32_t length)
 {
-    if (user_address == 0 || length > DRIVER_BUFFER_SIZE) {
+    if (user_address == 0 || length > static_cast<uint32_t>(settings().behaviour.buffer_size)) {
         return;
     }
     const size_t size = bytes.size();
@@ -181,29 +220,35 @@ void begin_transcript()
 
 int device_open()
 {
+    static bool is_on = false; // before, there is no state that could be older than the files
     begin_transcript();
+    begin_call(board());
+    if (is_on) {
+        save_settings(board());
+        save_mode(board());
+    }
+    is_on = true;
     check(board().directory.load(board().identity));
     board().coprocessor.set_identity(board().identity);
     load_values(board());
-    return board().device.open();
-}
-
-void device_close()
-{
-    board().device.close();
-}
-
-int device_ioctl(unsigned long request, void *argument)
-{
-    board().call_begin = now();
-    board().coprocessor.advance_to(board().call_begin);
-    const int result = board().device.ioctl(request, argument);
-    save_settings(board());
-    const Mode mode = board().coprocessor.mode();
-    if (mode != board().identity.mode) {
-        board().identity.mode = mode;
-        check(board().directory.save_mode(mode));
+    const int generation = board().device.open();
+    if (generation >= 0) {
+        renew_stand_in(board(), generation);
     }
+    return generation;
+}
+
+void device_close(int generation)
+{
+    board().device.close(generation);
+}
+
+int device_ioctl(int generation, unsigned long request, void *argument)
+{
+    begin_call(board());
+    const int result = board().device.ioctl(request, argument, generation);
+    save_settings(board());
+    save_mode(board());
     return result;
 }
 

@@ -25,9 +25,10 @@ extern VirtualClock program_clock;
 std::string device_stand_in();
 
 // The device as the program sees it. Results are 0 or more, or a negated errno.
+// Opened, it is of the generation that is returned; each absence of the device begins another one.
 int device_open();
-void device_close();
-int device_ioctl(unsigned long request, void *argument);
+void device_close(int generation);
+int device_ioctl(int generation, unsigned long request, void *argument);
 
 // The time in the transcript begins here, at the latest with the first exchange.
 void begin_transcript();

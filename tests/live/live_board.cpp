@@ -21,7 +21,7 @@ LiveBoard::LiveBoard(const simulator::Behaviour &behaviour)
                     std::span<uint8_t, simulator::MEMORY_SIZE>(memory_)},
                    {}, behaviour),
       device_(
-          coprocessor_, behaviour.faults, [this](auto time) { clock_.advance(time); },
+          coprocessor_, behaviour, [this](auto time) { clock_.advance(time); },
           [](const simulator::Exchange &) {})
 {
     running_board = this;

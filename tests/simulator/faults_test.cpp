@@ -59,12 +59,94 @@ TEST(Faults, read_like_their_kind_place_and_value)
     expect_fault("speed-refused=1", FaultKind::speed_refused, ALWAYS, 1);
 }
 
+void expect_timed(const char *words, FaultKind kind, int64_t from_ns, int64_t until_ns, int value,
+                  const char *file)
+{
+    expect_fault(words, kind, ALWAYS, value);
+    std::string reason;
+    const Fault fault = parse_fault(words, reason).value_or(Fault{});
+    EXPECT_EQ(fault.span.from.count(), from_ns) << words;
+    EXPECT_EQ(fault.span.until.count(), until_ns) << words;
+    EXPECT_EQ(fault.file, file) << words;
+}
+
+TEST(Faults, that_stand_at_a_time_read_like_their_time_and_value)
+{
+    constexpr int BOOT_LOADER = 1;
+    constexpr int APPLICATION = 2;
+    expect_timed("restart@t=2.5s=boot-loader", FaultKind::restart, 2'500'000'000, 2'500'000'000,
+                 BOOT_LOADER, "");
+    expect_timed("restart@t=0s=application", FaultKind::restart, 0, 0, APPLICATION, "");
+    expect_timed("silence@t=2s..4s", FaultKind::silent_spell, 2'000'000'000, 4'000'000'000, 0, "");
+    expect_timed("gone@t=1500ms..2.000000001s", FaultKind::absence, 1'500'000'000, 2'000'000'001, 0,
+                 "");
+    expect_timed("gone@t=0.5ms..1000000000s", FaultKind::absence, 500'000,
+                 1'000'000'000'000'000'000, 0, "");
+    expect_timed("intrusion@t=3s=/a=b@c", FaultKind::intrusion, 3'000'000'000, 3'000'000'000, 0,
+                 "/a=b@c");
+}
+
+TEST(Faults, come_in_the_order_of_their_times)
+{
+    std::string reason;
+    Faults faults;
+    for (const char *words : {"restart@t=3s=application", "gone@t=1s..2s",
+                              "restart@t=2s=boot-loader", "silence", "restart@t=3s=boot-loader"}) {
+        faults.push_back(parse_fault(words, reason).value());
+    }
+    const Faults restarts = faults_by_time(faults, FaultKind::restart);
+    ASSERT_EQ(restarts.size(), 3U);
+    EXPECT_EQ(restarts[0].span.from, std::chrono::seconds(2));
+    EXPECT_EQ(restarts[1].value, 2) << "of two at once, the one that was given first";
+    EXPECT_EQ(restarts[2].value, 1);
+}
+
 TEST(Faults, that_make_no_sense_are_refused_with_a_reason)
 {
     for (const char *words : {"",
                               "fire",
                               "Silence",
                               "silence@",
+                              "silence@t",
+                              "silence@t=",
+                              "silence@t=2s",
+                              "silence@t=2s..",
+                              "silence@t=..4s",
+                              "silence@t=2s..2s",
+                              "silence@t=4s..2s",
+                              "silence@t=2..4",
+                              "silence@t=2s...4s",
+                              "silence@t=2s..4s=1",
+                              "silence@t=-2s..4s",
+                              "silence@t=0x2s..4s",
+                              "silence@t=2.s..4s",
+                              "silence@t=.2s..4s",
+                              "silence@t=2.0000000001s..4s",
+                              "silence@t=2s..1000000001s",
+                              "silence@t=2us..4s",
+                              "silence@2s..4s",
+                              "gone",
+                              "gone=1",
+                              "gone@t",
+                              "gone@t=2s",
+                              "gone@header=2s..4s",
+                              "restart",
+                              "restart@t",
+                              "restart@t=2s",
+                              "restart@t=2s=",
+                              "restart@t=2s=unknown",
+                              "restart@t=2s='boot loader'",
+                              "restart@t=boot-loader",
+                              "restart@0x06=2s=application",
+                              "restart=2s=application",
+                              "intrusion",
+                              "intrusion=file",
+                              "intrusion@t",
+                              "intrusion@t=file",
+                              "intrusion@t=2s",
+                              "intrusion@t=2s=",
+                              "late@t=2s",
+                              "flip@t=2s..4s",
                               "silence@tail",
                               "silence@-1",
                               "silence=3",
@@ -144,11 +226,13 @@ TEST(Faults, are_all_described)
 {
     const std::string description = describe_faults();
     for (const char *form :
-         {"bus-inactive[@WHERE]", "silence[@WHERE]", "checksum-error@STEP", "address-error@STEP",
-          "status@STEP=BYTE", "late[@WHERE]=POLLS", "length[@CODE]=N", "exchange@N[=ERRNO]",
-          "deaf@CODE=WAITS", "flip@RECORD[=BIT]", "unnumbered@RECORD", "stuck@RECORD",
-          "short@BLOCK=BYTES", "block-length@BLOCK=N", "padded@BLOCK", "no-device[=ERRNO]",
-          "speed-refused[=ERRNO]"}) {
+         {"bus-inactive[@WHERE]", "silence[@WHERE]",       "checksum-error@STEP",
+          "address-error@STEP",   "status@STEP=BYTE",      "late[@WHERE]=POLLS",
+          "length[@CODE]=N",      "exchange@N[=ERRNO]",    "deaf@CODE=WAITS",
+          "flip@RECORD[=BIT]",    "unnumbered@RECORD",     "stuck@RECORD",
+          "short@BLOCK=BYTES",    "block-length@BLOCK=N",  "padded@BLOCK",
+          "no-device[=ERRNO]",    "restart@t=TIME=MODE",   "silence@t=FROM..TO",
+          "gone@t=FROM..TO",      "intrusion@t=TIME=FILE", "speed-refused[=ERRNO]"}) {
         EXPECT_NE(description.find(form), std::string::npos) << form;
     }
 }

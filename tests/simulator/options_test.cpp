@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace simulator
 {
 
@@ -54,6 +56,24 @@ TEST(Options, set_rate_and_header_of_a_stream)
     EXPECT_EQ(parsed({"--header-index=any"}).settings.behaviour.header_index, ANY_HEADER_INDEX);
 }
 
+TEST(Options, set_the_buffer_of_the_driver)
+{
+    EXPECT_EQ(parsed({}).settings.behaviour.buffer_size, 4096);
+    EXPECT_EQ(parsed({"--bufsiz", "1"}).settings.behaviour.buffer_size, 1);
+    EXPECT_EQ(parsed({"--bufsiz=1048576"}).settings.behaviour.buffer_size, 1'048'576);
+}
+
+TEST(Options, make_the_file_of_an_intrusion_absolute)
+{
+    const std::string here = std::filesystem::current_path();
+    const Settings settings = parsed({"--fault", "intrusion@t=2s=a=b@c"}).settings;
+    EXPECT_EQ(settings.fault_words, "intrusion@t=2s=" + here + "/a=b@c");
+    ASSERT_EQ(settings.behaviour.faults.size(), 1U);
+    EXPECT_EQ(settings.behaviour.faults[0].file, here + "/a=b@c");
+    EXPECT_EQ(parsed({"--fault", "intrusion@t=2s=/a b"}).error,
+              "fault 'intrusion@t=2s=/a b': there is a blank in it, which cannot be passed on");
+}
+
 TEST(Options, refuse_what_is_no_such_number)
 {
     for (const char *words : {"", "x", "-1", "1 ", "1000000001"}) {
@@ -70,6 +90,10 @@ TEST(Options, refuse_what_is_no_such_number)
         EXPECT_EQ(parsed({"--header-index", words}).error,
                   std::string("--header-index cannot be '") + words + "'");
     }
+    for (const char *words : {"", "x", "0", "-1", "1048577"}) {
+        EXPECT_EQ(parsed({"--bufsiz", words}).error,
+                  std::string("--bufsiz cannot be '") + words + "'");
+    }
     EXPECT_EQ(parsed({"--fault", "flip"}).error,
               "fault 'flip' does not read like flip@RECORD[=BIT]");
 }
@@ -78,7 +102,8 @@ TEST(Options, that_shape_a_board_do_not_go_with_a_real_one)
 {
     for (const char *words :
          {"--board=x", "--mode=unknown", "--version=5", "--answer=0x21=x", "--busy=0", "--seed=1",
-          "--samples=200", "--rate=1000", "--header-index=0", "--fault=padded@1", "--count-time"}) {
+          "--samples=200", "--rate=1000", "--header-index=0", "--bufsiz=4096", "--fault=padded@1",
+          "--count-time"}) {
         EXPECT_EQ(parsed({"--through", words}).error,
                   "--through leaves the device real: it goes with --transcript only")
             << words;
@@ -88,8 +113,8 @@ TEST(Options, that_shape_a_board_do_not_go_with_a_real_one)
 
 TEST(Options, are_all_explained)
 {
-    for (const char *name :
-         {"--seed N ", "--samples N ", "--rate N ", "--header-index I ", "deaf@CODE=WAITS"}) {
+    for (const char *name : {"--seed N ", "--samples N ", "--rate N ", "--header-index I ",
+                             "--bufsiz N ", "deaf@CODE=WAITS", "2s, 2.5s or 1500ms"}) {
         EXPECT_NE(help_text().find(name), std::string::npos) << name;
     }
 }

@@ -19,7 +19,9 @@ class SpiDeviceTest : public VirtualWire
   protected:
     SpiDevice device_with(const Faults &faults)
     {
-        return {*coprocessor, faults, [this](nanoseconds time) { passed += time; },
+        Behaviour behaviour;
+        behaviour.faults = faults;
+        return {*coprocessor, behaviour, [this](nanoseconds time) { passed += time; },
                 [this](const Exchange &exchange) { seen.push_back(exchange.number); }};
     }
 
@@ -72,6 +74,88 @@ TEST_F(SpiDeviceTest, refuses_more_than_its_buffer_in_either_direction)
     EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(1), &one_way), -EMSGSIZE);
     one_way.len = 4096;
     EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(1), &one_way), 4096);
+}
+
+TEST_F(SpiDeviceTest, takes_as_much_as_its_buffer_is_told_to_hold)
+{
+    for (const int size : {8, 4096, 65536, 1'048'576}) {
+        Behaviour behaviour;
+        behaviour.buffer_size = size;
+        SpiDevice device(
+            *coprocessor, behaviour, [](nanoseconds) {}, [](const Exchange &) {});
+        const auto most = static_cast<size_t>(size);
+        Bytes received(most + 1);
+        EXPECT_EQ(exchange(device, Bytes(most), received), size);
+        EXPECT_EQ(exchange(device, Bytes(most + 1), received), -EMSGSIZE);
+    }
+}
+
+constexpr TimeSpan seconds_from_to(int from, int until)
+{
+    return {std::chrono::seconds(from), std::chrono::seconds(until)};
+}
+
+TEST_F(SpiDeviceTest, is_gone_from_the_first_moment_to_the_last_and_then_there_again)
+{
+    SpiDevice device = device_with({{FaultKind::absence, ALWAYS, 0, seconds_from_to(2, 4)}});
+    Bytes received(1);
+    device.advance_to(nanoseconds(1'999'999'999));
+    EXPECT_EQ(device.open(), 0);
+    EXPECT_EQ(exchange(device, {0x91}, received), 1);
+    for (const int64_t time : {int64_t{2'000'000'000}, int64_t{3'999'999'999}}) {
+        device.advance_to(nanoseconds(time));
+        EXPECT_EQ(device.open(), -ENOENT);
+        EXPECT_EQ(exchange(device, {0x44}, received), -ESHUTDOWN);
+    }
+    device.advance_to(nanoseconds(4'000'000'000));
+    EXPECT_EQ(exchange(device, {0x44}, received), -ESHUTDOWN);
+    EXPECT_EQ(device.open(), 1);
+    const Bytes sent = {0x44};
+    spi_ioc_transfer poll = transfer(sent, received);
+    EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(1), &poll, 1), 1);
+    EXPECT_EQ(received[0], 5) << "the co-processor has kept its power";
+    EXPECT_EQ(seen, (std::vector<int>{1, 2, 3, 4, 5})) << "those that fail are seen, too";
+}
+
+TEST_F(SpiDeviceTest, comes_back_with_its_defaults_which_an_old_descriptor_leaves_alone)
+{
+    SpiDevice device = device_with({{FaultKind::absence, ALWAYS, 0, seconds_from_to(2, 4)}});
+    EXPECT_EQ(device.open(), 0);
+    uint32_t speed_hz = 6'000'000;
+    uint8_t mode = 3;
+    EXPECT_EQ(device.ioctl(SPI_IOC_WR_MAX_SPEED_HZ, &speed_hz), 0);
+    EXPECT_EQ(device.ioctl(SPI_IOC_WR_MODE, &mode), 0);
+    device.advance_to(std::chrono::seconds(5));
+    EXPECT_EQ(device.open(), 1);
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz, 1), 0);
+    EXPECT_EQ(speed_hz, 1'000'000U);
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_MODE, &mode, 1), 0);
+    EXPECT_EQ(mode, 0);
+    speed_hz = 2'000'000;
+    EXPECT_EQ(device.ioctl(SPI_IOC_WR_MAX_SPEED_HZ, &speed_hz, 1), 0);
+    device.close(0);
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz, 1), 0);
+    EXPECT_EQ(speed_hz, 2'000'000U) << "the close of an old one is not the last close";
+    for (const unsigned long request : {static_cast<unsigned long>(SPI_IOC_WR_MAX_SPEED_HZ),
+                                        static_cast<unsigned long>(SPI_IOC_RD_MODE), 0x5401UL,
+                                        static_cast<unsigned long>(SPI_IOC_MESSAGE(0))}) {
+        EXPECT_EQ(device.ioctl(request, &speed_hz, 0), -ESHUTDOWN) << request;
+    }
+}
+
+TEST_F(SpiDeviceTest, can_be_gone_several_times)
+{
+    SpiDevice device = device_with({{FaultKind::absence, ALWAYS, 0, seconds_from_to(6, 7)},
+                                    {FaultKind::absence, ALWAYS, 0, seconds_from_to(2, 4)}});
+    device.advance_to(std::chrono::seconds(5));
+    EXPECT_EQ(device.open(), 1);
+    device.advance_to(std::chrono::seconds(6));
+    EXPECT_EQ(device.open(), -ENOENT);
+    device.advance_to(std::chrono::seconds(7));
+    EXPECT_EQ(device.open(), 2);
+    uint32_t speed_hz = 0;
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz, 1), -ESHUTDOWN);
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz, 2), 0);
 }
 
 TEST_F(SpiDeviceTest, fails_the_exchange_of_a_fault_and_no_other)

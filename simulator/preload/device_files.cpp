@@ -1,0 +1,92 @@
+// The files by which descriptors of the device are known.
+#include "simulator/preload/device_files.hpp"
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+
+namespace simulator
+{
+
+namespace
+{
+
+struct DeviceFile {
+    dev_t device;
+    ino_t inode;
+    std::atomic<int> generation;
+    DeviceFile *next;
+};
+
+// Grows at its head only, so that any thread may walk along it. It is as long as there have been
+// files, which is one as a rule.
+std::atomic<DeviceFile *> device_files = nullptr;
+
+DeviceFile *find(const struct stat &file)
+{
+    DeviceFile *at = device_files;
+    while (at != nullptr && (at->device != file.st_dev || at->inode != file.st_ino)) {
+        at = at->next;
+    }
+    return at;
+}
+
+void add(const struct stat &file, int generation)
+{
+    auto *fresh = new DeviceFile{file.st_dev, file.st_ino, generation, device_files};
+    while (!device_files.compare_exchange_weak(fresh->next, fresh)) {
+    }
+}
+
+// A file that is mapped keeps its inode when it is replaced and closed: no other file of the
+// program's can get that number and be taken for the device.
+void keep_inode(int fd, const struct stat &file)
+{
+    if (S_ISREG(file.st_mode)) {
+        (void)mmap(nullptr, static_cast<size_t>(sysconf(_SC_PAGESIZE)), PROT_NONE, MAP_SHARED, fd,
+                   0);
+    }
+}
+
+} // namespace
+
+void know_device_file(int fd, int generation)
+{
+    struct stat file = {};
+    if (fd < 0 || fstat(fd, &file) != 0) {
+        return;
+    }
+    if (DeviceFile *known = find(file)) {
+        known->generation = generation;
+        return;
+    }
+    keep_inode(fd, file);
+    add(file, generation);
+}
+
+void know_device_file_if_none_is(const char *path)
+{
+    struct stat file = {};
+    if (!knows_device_file() && stat(path, &file) == 0) {
+        add(file, 0);
+    }
+}
+
+bool knows_device_file()
+{
+    return device_files.load() != nullptr;
+}
+
+int device_generation(int fd)
+{
+    struct stat file = {};
+    if (!knows_device_file() || fstat(fd, &file) != 0) {
+        return NOT_OF_DEVICE;
+    }
+    const DeviceFile *known = find(file);
+    return known != nullptr ? known->generation.load() : NOT_OF_DEVICE;
+}
+
+} // namespace simulator

@@ -1,0 +1,21 @@
+// The files by which descriptors of the device are known, under whatever numbers. A device that
+// comes back has another file, and a generation of its own.
+#pragma once
+
+namespace simulator
+{
+
+inline constexpr int NOT_OF_DEVICE = -1;
+
+// Descriptors of the file that this one has open are the device's, of this generation.
+void know_device_file(int fd, int generation);
+
+// The same for the file of a name, as long as no file is known.
+void know_device_file_if_none_is(const char *path);
+
+bool knows_device_file();
+
+// The generation of a descriptor's file, or NOT_OF_DEVICE.
+int device_generation(int fd);
+
+} // namespace simulator
