@@ -7,6 +7,8 @@
 //     settings     what each setting last received, a line each:  0xC2/3 = 1234
 //     answers      the answers that the board has been told to give, likewise
 //     spidev1.0    stands for the device node
+//     counts       what has become of the records, for the program that opened the device last
+//     lives        the same for each life that a restart has ended
 //
 // The text files may be edited while no program has the device open.
 #pragma once

@@ -62,20 +62,23 @@ void Coprocessor::advance_to(std::chrono::nanoseconds now)
     while (restarted_ < restarts_.size() && restarts_[restarted_].span.from <= now) {
         const Fault &fault = restarts_[restarted_++];
         readout_.advance_to(fault.span.from);
-        restart(static_cast<Mode>(fault.value));
+        restart(fault);
     }
     readout_.advance_to(now);
     now_ = now;
 }
 
 // Only what outlasts the power stays: flash, memory and settings.
-void Coprocessor::restart(Mode mode)
+void Coprocessor::restart(const Fault &fault)
 {
     drop_debts();
+    readout_.stop();
+    lives_.push_back({fault.span.from, readout_.counts()});
+    past_ += lives_.back().counts;
     boot_loader_.close();
     application_.restart();
     readout_ = make_readout(behaviour_);
-    identity_.mode = mode;
+    identity_.mode = static_cast<Mode>(fault.value);
 }
 
 void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> miso)
@@ -101,6 +104,9 @@ void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> mis
     } else if (transaction_.expects(mosi)) {
         transaction_.give(miso);
         note_ = transaction_.note();
+        if (transaction_.is_over()) {
+            readout_.finish_block();
+        }
     } else {
         receive(mosi);
     }

@@ -65,8 +65,11 @@ class Coprocessor
 
     Application &application() { return application_; }
 
+    // What has become of the records that it has measured. Lives end in restarts.
+    Tally tally() const { return {lives_, past_, readout_.counts()}; }
+
   private:
-    void restart(Mode mode);
+    void restart(const Fault &fault);
     void drop_debts();
     void receive(std::span<const uint8_t> mosi);
     void receive_byte(uint8_t command);
@@ -95,6 +98,8 @@ class Coprocessor
     std::chrono::nanoseconds now_{0};
     Faults restarts_; // in the order of their times
     size_t restarted_ = 0;
+    std::vector<Life> lives_; // that are over
+    Counts past_;             // all of theirs
     Spells silences_;
     std::optional<uint8_t> dead_line_; // what a dead board's line reads
     std::optional<uint8_t> status_;    // waits for an acknowledge poll

@@ -23,6 +23,7 @@ class Delivery
     // Begins in the answer to a poll, at an index.
     void begin(Block block, size_t index, std::span<uint8_t> miso);
     void cancel() { sent_ = end_; }
+    bool is_over() const { return sent_ >= end_; }
 
     // Whether an exchange fetches what comes next, and what comes back in it.
     bool expects(std::span<const uint8_t> mosi) const;

@@ -15,9 +15,16 @@ constexpr size_t CAPACITY = 255;
 
 void LiveBuffer::start(std::chrono::nanoseconds now)
 {
+    stop();
     running_ = true;
     start_ = now;
     measured_ = 0;
+}
+
+void LiveBuffer::stop()
+{
+    running_ = false;
+    discarded_ += samples_.size();
     samples_.clear();
 }
 
@@ -40,6 +47,7 @@ uint32_t LiveBuffer::measure_until(std::chrono::nanoseconds now, uint32_t next)
         samples_.push_back(next + static_cast<uint32_t>(i));
     }
     measured_ += fresh;
+    overrun_ += static_cast<uint64_t>(fresh - kept);
     return static_cast<uint32_t>(fresh);
 }
 

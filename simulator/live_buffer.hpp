@@ -16,7 +16,7 @@ class LiveBuffer
 
     // Measuring begins now, with an empty buffer.
     void start(std::chrono::nanoseconds now);
-    void stop() { running_ = false; }
+    void stop();
     bool is_running() const { return running_; }
 
     // Measures until now. Returns the number of samples taken, the first of which is next.
@@ -24,6 +24,9 @@ class LiveBuffer
 
     size_t size() const { return samples_.size(); }
     uint32_t take(); // the oldest; there must be one
+
+    uint64_t overrun() const { return overrun_; }     // lost while it was full
+    uint64_t discarded() const { return discarded_; } // thrown away at a start or a stop
 
   private:
     int64_t due(std::chrono::nanoseconds now) const;
@@ -33,6 +36,8 @@ class LiveBuffer
     std::chrono::nanoseconds start_{0};
     int64_t measured_ = 0; // since the start
     std::deque<uint32_t> samples_;
+    uint64_t overrun_ = 0;
+    uint64_t discarded_ = 0;
 };
 
 } // namespace simulator

@@ -25,7 +25,9 @@ Readout::Readout(const Measuring &measuring, const Faults &faults)
 void Readout::advance_to(std::chrono::nanoseconds now)
 {
     now_ = now;
-    source_.skip(live_.measure_until(now, source_.samples() + 1));
+    const uint32_t fresh = live_.measure_until(now, source_.samples() + 1);
+    source_.skip(fresh);
+    counts_.measured += fresh;
 }
 
 void Readout::request(const RecordFormat &format, int count, int64_t busy_polls)
@@ -40,6 +42,34 @@ void Readout::cancel()
 {
     stage_ = Stage::idle;
     delivery_.cancel();
+    counts_.discarded += begun_records_;
+    begun_records_ = 0;
+    begun_whole_ = 0;
+}
+
+void Readout::begin_block(const Block &block)
+{
+    ++counts_.blocks;
+    counts_.begun += block.records;
+    begun_records_ = block.records;
+    begun_whole_ = block.whole;
+}
+
+void Readout::finish_block()
+{
+    counts_.delivered += begun_whole_;
+    counts_.discarded += begun_records_ - begun_whole_;
+    begun_records_ = 0;
+    begun_whole_ = 0;
+}
+
+Counts Readout::counts() const
+{
+    Counts counts = counts_;
+    counts.overrun = live_.overrun();
+    counts.discarded += live_.discarded();
+    counts.buffered = live_.size() + begun_records_;
+    return counts;
 }
 
 Response Readout::take_counted_block()
@@ -51,7 +81,9 @@ Response Readout::take_counted_block()
         source_.skip(1);
         append(records, source_.write(*format_, source_.samples(), 0));
     }
+    counts_.measured += static_cast<uint64_t>(count_);
     Block block = source_.make_block(*format_, std::move(records));
+    begin_block(block);
     Response response;
     response.answer = block.length;
     response.reply = std::move(block.bytes);
@@ -73,8 +105,18 @@ void Readout::poll(std::span<uint8_t> miso)
         note_ = "no record yet";
     } else {
         stage_ = Stage::idle;
-        delivery_.begin(take_live_block(), next_header_index(), miso);
+        Block block = take_live_block();
+        begin_block(block);
+        delivery_.begin(std::move(block), next_header_index(), miso);
         note_ = delivery_.note();
+        finish_block_if_over();
+    }
+}
+
+void Readout::finish_block_if_over()
+{
+    if (delivery_.is_over()) {
+        finish_block();
     }
 }
 
@@ -82,6 +124,7 @@ void Readout::give(std::span<uint8_t> miso)
 {
     delivery_.give(miso);
     note_ = delivery_.note();
+    finish_block_if_over();
 }
 
 void Readout::measure_by_itself()

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "simulator/application.hpp"
+#include "simulator/counts.hpp"
 #include "simulator/delivery.hpp"
 #include "simulator/live_buffer.hpp"
 #include "simulator/record_source.hpp"
@@ -45,6 +46,9 @@ class Readout
     Response take_counted_block();
     int64_t busy_polls() const { return busy_; }
 
+    // The host has got the whole of the block that was begun, if there is one.
+    void finish_block();
+
     // Polls of twenty bytes find what was measured before, and exchanges behind them the rest of
     // it.
     bool is_waited_for() const { return stage_ != Stage::idle; }
@@ -54,11 +58,16 @@ class Readout
 
     const std::string &note() const { return note_; }
 
+    // What has become of the records up to now.
+    Counts counts() const;
+
   private:
     enum class Stage { idle, requested, streaming };
 
     void measure_by_itself();
     Block take_live_block();
+    void begin_block(const Block &block);
+    void finish_block_if_over();
     size_t next_header_index();
 
     Measuring measuring_;
@@ -72,6 +81,9 @@ class Readout
     int count_ = 0;
     int64_t busy_ = 0; // polls that still find the board busy
     size_t deliveries_ = 0;
+    size_t begun_records_ = 0; // of a block that is being fetched
+    size_t begun_whole_ = 0;   // of them that a host gets whole
+    Counts counts_;            // without the buffer's
     std::string note_;
 };
 

@@ -50,11 +50,13 @@ Block RecordSource::make_block(const RecordFormat &format, std::vector<uint8_t> 
 {
     ++blocks_;
     Block block{std::move(records), 0, {}};
-    block.name = block_name(blocks_, block.bytes.size() / format.size);
+    block.records = block.bytes.size() / format.size;
+    block.name = block_name(blocks_, block.records);
     if (const Fault *cut = find(FaultKind::short_block, blocks_)) {
         const size_t lost = std::min(static_cast<size_t>(cut->value), block.bytes.size());
         block.bytes.resize(block.bytes.size() - lost);
     }
+    block.whole = block.bytes.size() / format.size;
     if (find(FaultKind::padded, blocks_) != nullptr) {
         block.bytes.resize(LARGEST_BLOCK, PADDING);
     }
@@ -64,6 +66,7 @@ Block RecordSource::make_block(const RecordFormat &format, std::vector<uint8_t> 
                              find(FaultKind::block_length, blocks_)}) {
         block.length = odd != nullptr ? static_cast<uint16_t>(odd->value) : block.length;
     }
+    block.whole = std::min<size_t>(block.whole, block.length / format.size);
     block.bytes.resize(std::max<size_t>(block.bytes.size(), block.length));
     return block;
 }

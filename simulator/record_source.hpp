@@ -18,6 +18,8 @@ struct Block {
     std::vector<uint8_t> bytes; // filled up with zeros to the length, if that is larger
     uint16_t length = 0;        // as it is announced
     std::string name;           // for the person who reads the dialogue
+    size_t records = 0;         // that were put into it
+    size_t whole = 0;           // of them that a host gets whole
 };
 
 class RecordSource

@@ -20,6 +20,7 @@ class Transaction
   public:
     void begin(Response response, int64_t busy_polls);
     void cancel() { stage_ = Stage::idle; }
+    bool is_over() const { return stage_ == Stage::idle; }
 
     // Whether a poll for data belongs to it, and what such a poll finds.
     bool is_polled() const { return stage_ == Stage::busy; }

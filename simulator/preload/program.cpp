@@ -4,6 +4,7 @@
 
 #include "simulator/board_directory.hpp"
 #include "simulator/intrusion.hpp"
+#include "simulator/preload/counts_file.hpp"
 #include "simulator/preload/transcript_file.hpp"
 #include "simulator/settings.hpp"
 #include "simulator/transcript.hpp"
@@ -99,7 +100,15 @@ Intrusion load_intrusion()
     return intrusion;
 }
 
+constinit CountsFile *counts_file = nullptr; // of the board, once there is one
+
 struct Board {
+    Board()
+    {
+        counts_file = new CountsFile;
+        check(counts_file->open(settings().directory));
+    }
+
     std::chrono::nanoseconds power_on = now(); // when the board's time begins
     BoardDirectory directory = open_directory();
     BoardIdentity identity = {};
@@ -176,6 +185,14 @@ void renew_stand_in(Board &board, int generation)
     }
 }
 
+// What the call has made of the board, for those who look into its folder.
+void save_state(Board &board)
+{
+    save_settings(board);
+    save_mode(board);
+    check(counts_file->write(board.coprocessor.tally()));
+}
+
 // Adds the bytes of a buffer, as far as there are any that a driver would have taken.
 void append(std::vector<uint8_t> &bytes, uint64_t user_address, uint32_t length)
 {
@@ -224,8 +241,7 @@ int device_open()
     begin_transcript();
     begin_call(board());
     if (is_on) {
-        save_settings(board());
-        save_mode(board());
+        save_state(board());
     }
     is_on = true;
     check(board().directory.load(board().identity));
@@ -238,6 +254,13 @@ int device_open()
     return generation;
 }
 
+void leave_counts_to_parent()
+{
+    if (counts_file != nullptr) {
+        counts_file->leave();
+    }
+}
+
 void device_close(int generation)
 {
     board().device.close(generation);
@@ -247,8 +270,7 @@ int device_ioctl(int generation, unsigned long request, void *argument)
 {
     begin_call(board());
     const int result = board().device.ioctl(request, argument, generation);
-    save_settings(board());
-    save_mode(board());
+    save_state(board());
     return result;
 }
 

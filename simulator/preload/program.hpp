@@ -30,6 +30,9 @@ int device_open();
 void device_close(int generation);
 int device_ioctl(int generation, unsigned long request, void *argument);
 
+// A child has a board of its own, which is not counted.
+void leave_counts_to_parent();
+
 // The time in the transcript begins here, at the latest with the first exchange.
 void begin_transcript();
 

@@ -134,11 +134,11 @@ TEST_F(IntrusionTest, lets_a_restart_happen_between_its_exchanges)
 {
     Behaviour behaviour;
     std::string reason;
-    behaviour.faults = {parse_fault("restart@t=3s=application", reason).value()};
+    behaviour.faults = {parse_fault("restart@t=3s=boot-loader", reason).value()};
     power_on({}, behaviour);
     Intrusion played;
-    ASSERT_EQ(played.load({intrusion("start", START_AT_1_5_SECONDS, "1s")}), "");
-    EXPECT_EQ(mode_at(played, seconds(9)), Mode::boot_loader);
+    ASSERT_EQ(played.load({intrusion("reset", RESET, "5s")}), "");
+    EXPECT_EQ(mode_at(played, seconds(9)), Mode::application) << "the reset is the last of them";
     coprocessor->advance_to(seconds(9));
     EXPECT_EQ(coprocessor->mode(), Mode::application);
 }

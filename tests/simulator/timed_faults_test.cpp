@@ -70,6 +70,22 @@ TEST_F(TimedFaults, restart_numbers_samples_from_1_again)
     EXPECT_EQ(note(), "block 1: 3 records");
 }
 
+TEST_F(TimedFaults, restart_begins_with_the_first_converter_values_again)
+{
+    power_on_with_words({"restart@t=1s=application"});
+    const auto read_values = [this] {
+        send(frame(0xC4));
+        EXPECT_EQ(wait(), 1);
+        send({0, 0});
+        return fetch(1203);
+    };
+    const Bytes first = read_values();
+    EXPECT_EQ(first[0], 200);
+    EXPECT_NE(read_values(), first);
+    pass(seconds(1));
+    EXPECT_EQ(read_values(), first);
+}
+
 TEST_F(TimedFaults, restart_forgets_what_it_owed)
 {
     const std::vector<std::pair<Bytes, Bytes>> debts = {

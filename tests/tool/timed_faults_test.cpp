@@ -132,6 +132,33 @@ TEST_F(TimedFault, intrusion_without_a_transcript_is_refused_before_the_command_
                        "': there is a blank in it, which cannot be passed on");
 }
 
+TEST_F(TimedFault, counts_of_the_board_are_in_its_folder_and_begin_anew_with_each_program)
+{
+    run(on_board({}, {probe_program("front_end"), "records", "200", "3"}));
+    std::string counts = read_text("board/counts");
+    EXPECT_TRUE(counts.starts_with("measured                   200\n"
+                                   "delivered                  200\n"))
+        << counts;
+    EXPECT_TRUE(counts.ends_with("rel_t                      200\n")) << counts;
+    steps({"--fault", "restart@t=1s=application"}, "open wait 1000 ver 0");
+    counts = read_text("board/counts");
+    EXPECT_TRUE(counts.starts_with("measured                     0\n")) << counts;
+    EXPECT_NE(counts.find("restarts                     1\n"), std::string::npos) << counts;
+    EXPECT_EQ(read_text("board/lives"),
+              "life seconds measured delivered begun overrun discarded blocks\n"
+              "1 1.000000 0 0 0 0 0 0\n");
+}
+
+TEST_F(TimedFault, counts_outlast_a_program_that_is_killed)
+{
+    const Result result =
+        run(on_board({"--fault", "restart@t=1s=application"},
+                     {probe_program("timeline"), "open", "wait", "1000", "ver", "0", "die", "9"}));
+    EXPECT_NE(result.status, 0);
+    EXPECT_NE(read_text("board/counts").find("restarts                     1\n"),
+              std::string::npos);
+}
+
 TEST_F(TimedFault, buffer_of_the_driver_holds_what_it_is_told_to)
 {
     EXPECT_EQ(steps({}, "open long 0"), "open: done\nlong: EMSGSIZE\n");

@@ -7,11 +7,13 @@
      speed N    shows the clock, then sets it to 2 MHz
      close N    closes it
      same N M   whether both are of the same file
-     wait MS    lets so many milliseconds pass */
+     wait MS    lets so many milliseconds pass
+     die N      is killed by signal N */
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
 #include <linux/spi/spidev.h>
+#include <signal.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -105,7 +107,9 @@ int main(int argc, char **argv)
             continue;
         }
         const int number = at + 1 < argc ? atoi(argv[++at]) : 0;
-        if (strcmp(step, "wait") == 0) {
+        if (strcmp(step, "die") == 0) {
+            raise(number);
+        } else if (strcmp(step, "wait") == 0) {
             usleep((useconds_t)number * 1000);
         } else if (strcmp(step, "same") == 0 && at + 1 < argc) {
             compare(opened[number % MOST], opened[atoi(argv[++at]) % MOST]);

@@ -1,0 +1,36 @@
+// The files in which a board's counts can be read while a program uses it, and afterwards.
+#pragma once
+
+#include "simulator/counts.hpp"
+
+#include <array>
+#include <string>
+
+namespace simulator
+{
+
+// They are mapped and not open, so that no descriptor gets in the program's way, an update costs no
+// call, and what was counted outlasts the program, however it ends.
+class CountsFile
+{
+  public:
+    // Makes both files anew. Empty, or why they cannot be made.
+    std::string open(const std::string &directory);
+
+    // Writes what has changed. Empty, or why a life that is over cannot be noted.
+    std::string write(const Tally &tally);
+
+    // The files are another process's from now on.
+    void leave() { numbers_ = nullptr; }
+
+  private:
+    std::string note_lives(const Tally &tally);
+    void write_number(size_t row, uint64_t number);
+
+    char *numbers_ = nullptr;
+    std::array<uint64_t, COUNT_ROWS> written_{};
+    size_t lives_ = 0; // noted
+    std::string lives_path_;
+};
+
+} // namespace simulator
