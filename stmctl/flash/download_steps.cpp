@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace stmctl
 {
@@ -15,46 +14,45 @@ namespace
 constexpr uint32_t BLOCK_SIZE = 1024;
 
 struct Refusal {
-    std::string_view text;
+    Event event;
     const char *sentence;
 };
 
 constexpr Refusal REFUSALS[] = {
-    {"SPI Bus inactive\n", "the bus is inactive, no co-processor drives it"},
-    {"Checksum error\n", "checksum error, the co-processor got other bytes than were sent"},
-    {"Address error\n", "address error, the co-processor does not take this address or size"},
-    {"SPI timeout\n", "time-out, no acknowledge within 16.5 seconds"},
+    {Event::bus_inactive, "the bus is inactive, no co-processor drives it"},
+    {Event::checksum_error, "checksum error, the co-processor got other bytes than were sent"},
+    {Event::address_error, "address error, the co-processor does not take this address or size"},
+    {Event::timed_out, "time-out, no acknowledge within 16.5 seconds"},
 };
-
-// The number behind the start of a text, if it starts so.
-std::optional<long> number_behind(std::string_view text, std::string_view start)
-{
-    if (!text.starts_with(start)) {
-        return std::nullopt;
-    }
-    return strtol(std::string(text.substr(start.size())).c_str(), nullptr, 10);
-}
 
 } // namespace
 
 bool DownloadSteps::take(std::string_view text)
 {
-    for (const Refusal &refusal : REFUSALS) {
-        if (text == refusal.text) {
-            refusal_ = refusal.sentence;
-        }
-    }
-    if (text.starts_with("Filesize: ")) {
+    const Heard heard = hear(text);
+    switch (heard.event) {
+    case Event::image_begun:
         step_ = Step::header;
-    } else if (const auto block = number_behind(text, "Transmitting datablock ")) {
-        begin_block(static_cast<uint32_t>(*block));
+        return false;
+    case Event::block_sent:
+        begin_block(static_cast<uint32_t>(heard.number));
         return true;
-    } else if (const auto total = number_behind(text, "Transmitted data: ")) {
-        total_ = *total;
-        acknowledged_ = static_cast<uint32_t>(*total);
+    case Event::image_ended:
+        total_ = heard.number;
+        acknowledged_ = static_cast<uint32_t>(heard.number);
         return true;
+    default:
+        take_refusal(heard.event);
+        return false;
     }
-    return false;
+}
+
+void DownloadSteps::take_refusal(Event event)
+{
+    const auto *found = std::ranges::find(REFUSALS, event, &Refusal::event);
+    if (found != std::end(REFUSALS)) {
+        refusal_ = found->sentence;
+    }
 }
 
 // Its text comes once it is on the wire: those before it have been acknowledged.
@@ -93,7 +91,7 @@ std::string DownloadSteps::what_failed(const std::vector<Report> &failures) cons
 {
     DownloadSteps at = *this;
     // A block that could not be sent is the one behind the last that was.
-    if (!failures.empty() && failures.front().text == "SPI send data") {
+    if (!failures.empty() && failures.front().is_block_not_sent()) {
         at.begin_block(step_ == Step::block ? block_ + 1 : 0);
     }
     return fmt::format("{}: {}", at.place(), reason(failures));

@@ -1,7 +1,7 @@
 // Where a download stands, read from the module's texts.
 #pragma once
 
-#include "stmctl/module/reports.hpp"
+#include "stmctl/module/voice.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -35,6 +35,7 @@ class DownloadSteps
   private:
     enum class Step { mode, header, block };
 
+    void take_refusal(Event event);
     void begin_block(uint32_t number);
     std::string reason(const std::vector<Report> &failures) const;
 

@@ -6,10 +6,13 @@
 #include "stmctl/flash/download_progress.hpp"
 #include "stmctl/flash/image_file.hpp"
 #include "stmctl/module/device.hpp"
+#include "stmctl/module/diagnosis.hpp"
 #include "stmctl/module/operation.hpp"
+#include "stmctl/module/recovery.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/output/terminal.hpp"
 #include "stmctl/process/failure.hpp"
+#include "stmctl/process/stop.hpp"
 
 #include <fmt/format.h>
 
@@ -84,7 +87,7 @@ DownloadSteps *running = nullptr;
 
 // Kept away from the module: it takes its stop line for an acknowledge here. There is no way out of
 // a download but the end of the process; the co-processor waits for a new one then.
-int leave_when_stopped(char *)
+Wish leave_when_stopped()
 {
     if (stop_requested()) {
         leave_live_line();
@@ -93,11 +96,17 @@ int leave_when_stopped(char *)
         finish_output(ExitStatus::stopped);
         _exit(static_cast<int>(ExitStatus::stopped));
     }
-    return 0;
+    return Wish::go_on;
 }
 
-// Returns what failed; empty if the image is in the flash.
-std::string download(ImageFile &image, const Region &region, double &seconds)
+struct Download {
+    std::string failed; // what; empty if the image is in the flash
+    std::vector<Report> failures;
+    bool timed_out = false;
+    double seconds = 0;
+};
+
+Download download(ImageFile &image, const Region &region)
 {
     DownloadSteps steps(image.size());
     DownloadProgress progress;
@@ -114,25 +123,46 @@ std::string download(ImageFile &image, const Region &region, double &seconds)
         },
         leave_when_stopped);
     progress.end();
-    seconds = progress.seconds();
-    return steps.is_complete() && outcome.failures.empty() ? ""
-                                                           : steps.what_failed(outcome.failures);
+    const bool good = steps.is_complete() && outcome.failures.empty();
+    return {good ? "" : steps.what_failed(outcome.failures), outcome.failures, outcome.timed_out,
+            progress.seconds()};
+}
+
+// Why no acknowledge came. A boot loader that runs is no reason.
+std::string cause_of_timeout(const Device &device)
+{
+    if (device.other_users().processes.empty()) {
+        synchronise(); // it may be waiting for the rest of a frame
+    }
+    const Diagnosis diagnosis = diagnose(device);
+    switch (diagnosis.condition) {
+    case Condition::boot_loader:
+        return "";
+    case Condition::application:
+        return "; the application runs: the co-processor has restarted";
+    default:
+        return "; " + diagnosis.words;
+    }
 }
 
 // Before another attempt the co-processor must forget the frame that it may be waiting for.
-void prepare_retry(uint32_t attempt, uint32_t attempts, const std::string &failed)
+void prepare_retry(Recovery &recovery, uint32_t attempt, uint32_t attempts, const Download &last)
 {
-    say(fmt::format("attempt {} of {} failed {}; trying again", attempt, attempts, failed));
-    if (!wait_unless_stopped(PAUSE_BEFORE_RETRY)) {
+    say(fmt::format("attempt {} of {} failed {}; trying again", attempt, attempts, last.failed));
+    if (!wait_unless_stopped(PAUSE_BEFORE_RETRY) || !recovery.await_link(last.failures)) {
         throw Failure(ExitStatus::stopped,
-                      fmt::format("flash incomplete {}; stopped by the user", failed));
+                      fmt::format("flash incomplete {}; stopped by the user", last.failed));
     }
-    const Outcome outcome = perform([](StmPollFn, StmOutputFn) {
-        stm_sync_transfer();
-        return 0;
-    });
-    for (const Report &report : outcome.failures) {
-        say(report.sentence());
+}
+
+void tell_success(const ImageFile &image, const Region &region, const Download &done)
+{
+    print(fmt::format("{} bytes of {} written to 0x{:08X} in {:.2f} s, {}{}\n", image.size(),
+                      region.words, region.address, done.seconds,
+                      rate_words(image.size(), done.seconds), region.next));
+    flush_output();
+    if (output_failed() && status_of_failed_output() != ExitStatus::done) {
+        say("flash: all bytes are written");
     }
 }
 
@@ -146,24 +176,20 @@ ExitStatus flash(const FlashOptions &options)
     if (region.address == STM_FLASH_BOOTER_ADDR) {
         ask_before_boot_loader(options, image);
     }
-    const Device device(options.device);
+    Device device(options.device);
+    Recovery recovery(device, wait_unless_stopped, say);
     for (uint32_t attempt = 1;; ++attempt) {
-        double seconds = 0;
-        const std::string failed = download(image, region, seconds);
-        if (failed.empty()) {
-            print(fmt::format("{} bytes of {} written to 0x{:08X} in {:.2f} s, {}{}\n",
-                              image.size(), region.words, region.address, seconds,
-                              rate_words(image.size(), seconds), region.next));
-            flush_output();
-            if (output_failed() && status_of_failed_output() != ExitStatus::done) {
-                say("flash: all bytes are written");
-            }
+        const Download last = download(image, region);
+        if (last.failed.empty()) {
+            tell_success(image, region, last);
             return ExitStatus::done;
         }
         if (attempt == attempts) {
-            throw Failure(ExitStatus::failed, fmt::format("flash incomplete {}", failed));
+            throw Failure(ExitStatus::failed,
+                          fmt::format("flash incomplete {}{}", last.failed,
+                                      last.timed_out ? cause_of_timeout(device) : ""));
         }
-        prepare_retry(attempt, attempts, failed);
+        prepare_retry(recovery, attempt, attempts, last);
     }
 }
 

@@ -38,14 +38,16 @@ ExitStatus dump(const Options &options)
                         bytes.push_back(static_cast<uint8_t>(strtoul(text, nullptr, 16)));
                     }
                 });
-    check(outcome, "dump");
+    device.check(outcome, "dump");
     // Behind the reply the module shows what earlier exchanges have left.
     const auto came = static_cast<size_t>(outcome.result);
     bytes.resize(std::min(bytes.size(), came));
     print(hexdump(address, bytes));
     if (came < count) {
         throw Failure(ExitStatus::failed,
-                      fmt::format("dump: {} bytes asked for, {} came", count, came));
+                      fmt::format("dump: {} bytes asked for, {} came; another program may "
+                                  "have used the device",
+                                  count, came));
     }
     return ExitStatus::done;
 }

@@ -24,16 +24,16 @@ ExitStatus peek(const Options &options)
     const uint16_t address = options.parsed();
     const Device device(options.device);
     uint32_t value = 0;
-    check(perform([&](StmPollFn poll, StmOutputFn output) {
-              if (options.four) {
-                  value = stm_read_u32_be(address, poll, output);
-                  return 0;
-              }
-              const int32_t byte = stm_read_byte(address, poll, output);
-              value = static_cast<uint32_t>(byte);
-              return byte;
-          }),
-          "peek");
+    device.check(perform([&](StmPollFn poll, StmOutputFn output) {
+                     if (options.four) {
+                         value = stm_read_u32_be(address, poll, output);
+                         return 0;
+                     }
+                     const int32_t byte = stm_read_byte(address, poll, output);
+                     value = static_cast<uint32_t>(byte);
+                     return byte;
+                 }),
+                 "peek");
     print(fmt::format("{} (0x{:0{}X})\n", value, value, options.four ? 8 : 2));
     return ExitStatus::done;
 }

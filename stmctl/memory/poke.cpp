@@ -36,7 +36,7 @@ ExitStatus poke(const Options &options)
         const Outcome outcome = perform([&](StmPollFn poll, StmOutputFn output) {
             return stm_write_byte(static_cast<uint16_t>(address), byte, poll, output);
         });
-        check(outcome, fmt::format("poke 0x{:04X}", address));
+        device.check(outcome, fmt::format("poke 0x{:04X}", address));
         print(fmt::format("0x{:04X} = {} (answer {})\n", address, byte, outcome.result));
         ++address;
     }

@@ -21,24 +21,24 @@ struct Options : AddressOptions {
     std::string written;
 };
 
-void read_text(uint16_t address)
+void read_text(const Device &device, uint16_t address)
 {
     std::string text;
     const Outcome outcome =
         perform([&](StmPollFn poll,
                     StmOutputFn output) { return stm_print_text_at(address, poll, output); },
                 [&](const char *piece, int more) { text += more != 0 ? piece : ""; });
-    check(outcome, "text");
+    device.check(outcome, "text");
     print(printable_line(text));
 }
 
-void write_text(uint16_t address, const std::string &text)
+void write_text(const Device &device, uint16_t address, const std::string &text)
 {
-    check(perform([&](StmPollFn poll, StmOutputFn output) {
-              stm_write_string(address, text.c_str(), poll, output);
-              return 0;
-          }),
-          "text");
+    device.check(perform([&](StmPollFn poll, StmOutputFn output) {
+                     stm_write_string(address, text.c_str(), poll, output);
+                     return 0;
+                 }),
+                 "text");
     print(fmt::format("{} characters written to 0x{:04X}\n", text.size(), address));
 }
 
@@ -52,9 +52,9 @@ ExitStatus text(const Options &options)
     }
     const Device device(options.device);
     if (options.written.empty()) {
-        read_text(address);
+        read_text(device, address);
     } else {
-        write_text(address, options.written);
+        write_text(device, address, options.written);
     }
     return ExitStatus::done;
 }

@@ -6,6 +6,7 @@
 #include "stmctl/module/operation.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
+#include "stmctl/process/stop.hpp"
 
 #include <fmt/format.h>
 
@@ -35,11 +36,8 @@ uint8_t ask_for_byte(uint8_t query, const std::string &name)
 
 void fail_without_answer(const char *name, uint8_t answer)
 {
-    const char *why = answer == SILENT_LINE     ? "nothing answers"
-                      : answer == UNDRIVEN_LINE ? "nobody drives the line"
-                                                : "that is no mode";
-    throw Failure(ExitStatus::failed,
-                  fmt::format("{} unknown: the answer is {}, {}", name, answer, why));
+    throw Failure(ExitStatus::failed, fmt::format("{} unknown: the answer is {}, {}", name, answer,
+                                                  odd_mode_words(answer)));
 }
 
 ExitStatus change_mode(int (*send)(), const char *name, uint8_t wanted)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "stmctl/command_line/command.hpp"
+#include "stmctl/module/diagnosis.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -10,12 +11,7 @@
 namespace stmctl
 {
 
-inline constexpr uint8_t MODE_QUERY = 0x23;
 inline constexpr uint8_t VERSION_QUERY = 0x91;
-inline constexpr uint8_t BOOT_LOADER = 1;
-inline constexpr uint8_t APPLICATION = 2;
-inline constexpr uint8_t SILENT_LINE = 0x00;
-inline constexpr uint8_t UNDRIVEN_LINE = 0xFF;
 
 // "boot loader"
 const char *mode_name(uint8_t mode);

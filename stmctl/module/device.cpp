@@ -3,8 +3,7 @@
 
 #include "link/stm_com_funcs.h"
 #include "stmctl/command_line/arguments.hpp"
-#include "stmctl/module/device_lock.hpp"
-#include "stmctl/module/operation.hpp"
+#include "stmctl/module/diagnosis.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
 
@@ -39,31 +38,42 @@ const char *remedy(int error)
     }
 }
 
-int look()
+// Opens the device as one that only waits for the lock. The module ends the process where the
+// device cannot be opened for reading and writing, so that is tried, too; should it go away after
+// that, the module's word for it is all that is said. Negative, and errno, if it cannot be opened.
+int open_to_lock()
 {
-    const int descriptor = open(DEVICE, O_RDWR | O_CLOEXEC);
-    if (descriptor < 0) {
-        const int error = errno;
-        throw Failure(ExitStatus::not_there, fmt::format("cannot open {}: {}; {}", DEVICE,
-                                                         strerror(error), remedy(error)));
+    const int lock = open(DEVICE, WAITING_FLAGS | O_CLOEXEC);
+    const int tried = open(DEVICE, O_RDWR | O_CLOEXEC);
+    const int error = errno;
+    if (tried >= 0) {
+        close(tried);
     }
-    return descriptor;
+    if (lock >= 0 && tried < 0) {
+        close(lock);
+    }
+    errno = error;
+    return tried < 0 ? -1 : lock;
 }
 
-// A refused clock is a warning: the link runs at the device's own. Anything else is the end.
-void open_link()
+Outcome open_link()
 {
-    const Outcome outcome = perform([](StmPollFn, StmOutputFn) {
+    return perform([](StmPollFn, StmOutputFn) {
         stm_open();
         return 0;
     });
+}
+
+// A refused clock is a warning: the link runs at the device's own. Null if nothing else failed.
+const Report *failure_of_opening(const Outcome &outcome)
+{
     for (const Report &report : outcome.failures) {
-        if (report.text != "Error: writing speed failed") {
-            stm_close();
-            throw Failure(ExitStatus::failed, report.sentence());
+        if (!report.is_refused_clock()) {
+            return &report;
         }
         say(fmt::format("{}; going on with the device's own", report.sentence()));
     }
+    return nullptr;
 }
 
 } // namespace
@@ -73,21 +83,84 @@ void add_device_options(CLI::App &command, DeviceOptions &options)
     add_flag(command, "--wait", options.wait, "wait until no other stmctl uses the device");
 }
 
-Device::Device(const DeviceOptions &options) : descriptor_(look())
+Device::Device(const DeviceOptions &options) : lock_(open_to_lock())
 {
+    if (lock_ < 0) {
+        const int error = errno;
+        throw Failure(ExitStatus::not_there, fmt::format("cannot open {}: {}; {}", DEVICE,
+                                                         strerror(error), remedy(error)));
+    }
     try {
-        lock_device(descriptor_, DEVICE, options.wait);
-        open_link();
+        lock_device(lock_, DEVICE, options.wait);
+        const Outcome outcome = open_link();
+        open_ = true;
+        if (const Report *failure = failure_of_opening(outcome)) {
+            throw Failure(ExitStatus::failed, failure->sentence());
+        }
     } catch (...) {
-        close(descriptor_);
+        close();
         throw;
     }
 }
 
 Device::~Device()
 {
-    stm_close();
-    close(descriptor_);
+    close();
+}
+
+void Device::close()
+{
+    if (open_) {
+        stm_close();
+    }
+    if (lock_ >= 0) {
+        ::close(lock_);
+    }
+    open_ = false;
+    lock_ = -1;
+}
+
+bool Device::await_return(const Pause &pause)
+{
+    constexpr std::chrono::milliseconds BETWEEN_LOOKS(100);
+    close();
+    while (!reopen(pause)) {
+        if (!pause(BETWEEN_LOOKS)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// A device that goes away again while it is opened is waited for once more.
+bool Device::reopen(const Pause &pause)
+{
+    lock_ = open_to_lock();
+    if (lock_ < 0 || !wait_for_lock(lock_, DEVICE, pause)) {
+        close();
+        return false;
+    }
+    const Outcome outcome = open_link();
+    open_ = true;
+    if (is_device_gone(outcome.failures)) {
+        close();
+        return false;
+    }
+    return true;
+}
+
+void Device::check(const Outcome &outcome, const std::string &name) const
+{
+    if (outcome.failures.empty() && outcome.timed_out) {
+        throw Failure(ExitStatus::failed,
+                      fmt::format("{}: the co-processor did not answer in time; {}", name,
+                                  diagnose(*this).words));
+    }
+    if (!outcome.failures.empty()) {
+        throw Failure(ExitStatus::failed,
+                      fmt::format("{}: {}", name, sentence_of(outcome.failures.front(), *this)));
+    }
+    stmctl::check(outcome, name);
 }
 
 } // namespace stmctl

@@ -1,6 +1,10 @@
 // The device, for as long as a command talks to the co-processor.
 #pragma once
 
+#include "stmctl/module/device_lock.hpp"
+#include "stmctl/module/operation.hpp"
+#include "stmctl/module/processes.hpp"
+
 namespace CLI
 {
 class App;
@@ -26,8 +30,24 @@ class Device
     Device(const Device &) = delete;
     Device &operator=(const Device &) = delete;
 
+    // The processes that have it open, too. Not all of them know the lock.
+    DeviceUsers other_users() const { return other_users_of(lock_); }
+
+    bool is_open() const { return open_; }
+
+    // Closes a device that has gone, and waits until one is there that can be opened and locked.
+    // False if the wait was given up: then there is none.
+    bool await_return(const Pause &pause);
+
+    // As the function of this name. A time-out is told with its cause, as far as that can be found.
+    void check(const Outcome &outcome, const std::string &name) const;
+
   private:
-    int descriptor_; // locked; the module opens the device again for itself
+    bool reopen(const Pause &pause);
+    void close();
+
+    int lock_ = -1; // locked; the module opens the device again for itself
+    bool open_ = false;
 };
 
 } // namespace stmctl

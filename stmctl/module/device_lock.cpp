@@ -1,6 +1,7 @@
 // An advisory lock on the device, and who holds it.
 #include "stmctl/module/device_lock.hpp"
 
+#include "stmctl/module/processes.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
 #include "stmctl/process/stop.hpp"
@@ -24,21 +25,6 @@ namespace stmctl
 namespace
 {
 
-// The command line of a process, its words separated by blanks.
-std::string command_of(long pid)
-{
-    std::ifstream file(fmt::format("/proc/{}/cmdline", pid));
-    std::string words;
-    std::getline(file, words, '\n');
-    while (words.ends_with('\0')) {
-        words.pop_back();
-    }
-    std::ranges::replace(words, '\0', ' ');
-    const size_t name = words.find(' ');
-    const size_t slash = words.rfind('/', std::min(name, words.size()));
-    return slash == std::string::npos ? words : words.substr(slash + 1);
-}
-
 // "1: FLOCK  ADVISORY  WRITE 1234 08:01:5678 0 EOF", for the file with this device and number.
 long holder_in(const std::string &line, const std::string &file)
 {
@@ -61,7 +47,7 @@ std::string holder(int descriptor)
     std::ifstream locks("/proc/locks");
     for (std::string line; std::getline(locks, line);) {
         if (const long pid = holder_in(line, file); pid > 0) {
-            return fmt::format("process {} ({})", pid, command_of(pid));
+            return process_words(static_cast<pid_t>(pid));
         }
     }
     return "another process";
@@ -80,6 +66,18 @@ bool try_lock(int descriptor, const char *name)
 
 } // namespace
 
+// A wait in flock would miss an interrupt that comes just before it.
+bool wait_for_lock(int descriptor, const char *name, const Pause &pause)
+{
+    constexpr std::chrono::milliseconds BETWEEN_TRIES(100);
+    while (!try_lock(descriptor, name)) {
+        if (!pause(BETWEEN_TRIES)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 void lock_device(int descriptor, const char *name, bool wait)
 {
     if (try_lock(descriptor, name)) {
@@ -90,11 +88,8 @@ void lock_device(int descriptor, const char *name, bool wait)
                                                       name, holder(descriptor)));
     }
     say(fmt::format("waiting for {}", holder(descriptor)));
-    // A wait in flock would miss an interrupt that comes just before it.
-    while (!try_lock(descriptor, name)) {
-        if (!wait_unless_stopped(std::chrono::milliseconds(100))) {
-            throw Failure(ExitStatus::stopped, fmt::format("stopped while waiting for {}", name));
-        }
+    if (!wait_for_lock(descriptor, name, wait_unless_stopped)) {
+        throw Failure(ExitStatus::stopped, fmt::format("stopped while waiting for {}", name));
     }
 }
 

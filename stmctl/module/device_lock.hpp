@@ -2,10 +2,19 @@
 // advisory lock on the device keeps several stmctl apart.
 #pragma once
 
+#include <chrono>
+#include <functional>
+
 namespace stmctl
 {
 
+// Waits for some time. False if the wait is to be given up.
+using Pause = std::function<bool(std::chrono::milliseconds)>;
+
 // Throws a Failure that names the holder, or with wait waits for it.
 void lock_device(int descriptor, const char *name, bool wait);
+
+// Waits without a word. False if it was given up.
+bool wait_for_lock(int descriptor, const char *name, const Pause &pause);
 
 } // namespace stmctl

@@ -1,15 +1,16 @@
 // Runs one operation of the module, and tells all that came of it.
 #include "stmctl/module/operation.hpp"
 
+#include "stmctl/output/output.hpp"
 #include "stmctl/process/capture.hpp"
 #include "stmctl/process/failure.hpp"
+#include "stmctl/process/stop.hpp"
 
 #include <fmt/format.h>
 
-#include <unistd.h>
-
 #include <cstring>
 #include <exception>
+#include <utility>
 
 namespace stmctl
 {
@@ -17,70 +18,90 @@ namespace stmctl
 namespace
 {
 
-// The callbacks are plain functions: what they work on stands here while an operation runs.
-Outcome *outcome_of_run = nullptr;
-const Sink *sink_of_run = nullptr;
-StmPollFn poll_of_run = nullptr;
-std::exception_ptr thrown;
+// What the callbacks work on, which are plain functions.
+struct Run {
+    const Sink &sink;
+    const Question &question;
+    Outcome outcome;
+    std::exception_ptr thrown;
+};
+
+Run *running = nullptr;
+
+void notice(Outcome &outcome, Event event)
+{
+    outcome.timed_out = outcome.timed_out || event == Event::timed_out;
+    outcome.rejected = outcome.rejected || event == Event::rejected;
+}
 
 int take_text(const char *text, int more)
 {
-    outcome_of_run->timed_out = outcome_of_run->timed_out || is_timeout(text);
+    Run &run = *running;
     try {
-        if (*sink_of_run) {
-            (*sink_of_run)(text, more);
+        if (more == 0) {
+            notice(run.outcome, hear(text).event);
+        }
+        if (run.sink) {
+            run.sink(text, more);
         } else {
-            outcome_of_run->texts.emplace_back(text);
+            run.outcome.texts.emplace_back(text);
         }
     } catch (...) {
-        thrown = thrown ? thrown : std::current_exception();
+        run.thrown = run.thrown ? run.thrown : std::current_exception();
     }
     return 0;
 }
 
-int poll_unless_thrown(char *line)
+Wish wish_of(Run &run)
 {
-    int polled = 0;
     try {
-        polled = thrown ? 0 : poll_of_run(line);
+        return run.thrown ? Wish::end : run.question();
     } catch (...) {
-        thrown = std::current_exception();
+        run.thrown = std::current_exception();
+        return Wish::end;
     }
-    if (thrown) {
-        memcpy(line, STM_STOP_LINE, sizeof(STM_STOP_LINE));
-        polled = 1;
-    }
-    outcome_of_run->cut_off = outcome_of_run->cut_off || polled != 0;
-    return polled;
 }
 
-void pass_on(const std::string &text)
+int answer_poll(char *line)
 {
-    if (!text.empty() && write(error_descriptor(), text.data(), text.size()) < 0) {
-        // There is nobody left to tell.
+    const Wish wish = wish_of(*running);
+    if (wish == Wish::go_on) {
+        return 0;
     }
+    memcpy(line, STM_STOP_LINE, sizeof(STM_STOP_LINE));
+    running->outcome.cut_off = true;
+    running->outcome.stopped = running->outcome.stopped || wish == Wish::stop;
+    return 1;
 }
 
 } // namespace
 
-Outcome perform(const Operation &operation, const Sink &sink, StmPollFn poll)
+Wish ask_user()
 {
-    Outcome outcome;
-    outcome_of_run = &outcome;
-    sink_of_run = &sink;
-    poll_of_run = poll;
-    thrown = nullptr;
-    take_stop_delivered();
+    return stop_requested() ? Wish::stop : Wish::go_on;
+}
+
+Outcome perform(const Operation &operation, const Sink &sink, const Question &question)
+{
+    Run run = {sink, question, {}, {}};
+    running = &run;
     Capture capture;
-    outcome.result = operation(poll_unless_thrown, take_text);
-    outcome.stopped = take_stop_delivered();
+    run.outcome.result = operation(answer_poll, take_text);
     Reports reports = read_reports(capture.take());
     pass_on(reports.rest);
-    outcome.failures = std::move(reports.failures);
-    if (thrown) {
-        std::rethrow_exception(thrown);
+    run.outcome.failures = std::move(reports.failures);
+    if (run.thrown) {
+        std::rethrow_exception(run.thrown);
     }
-    return outcome;
+    return std::move(run.outcome);
+}
+
+Outcome synchronise()
+{
+    return perform([](StmPollFn, StmOutputFn) {
+        stm_sync_transfer();
+        return 0;
+    });
 }
 
 void check(const Outcome &outcome, const std::string &name)
@@ -91,9 +112,7 @@ void check(const Outcome &outcome, const std::string &name)
     }
     if (outcome.timed_out) {
         throw Failure(ExitStatus::failed,
-                      fmt::format("{}: the co-processor did not answer in time; does the "
-                                  "application run? See stmctl state",
-                                  name));
+                      fmt::format("{}: the co-processor did not answer in time", name));
     }
     if (outcome.stopped) {
         throw Failure(ExitStatus::stopped, fmt::format("{}: stopped before it was done", name));

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "link/stm_com_funcs.h"
-#include "stmctl/module/reports.hpp"
-#include "stmctl/process/stop.hpp"
+#include "stmctl/module/voice.hpp"
 
 #include <functional>
 #include <string>
@@ -17,6 +16,7 @@ struct Outcome {
     std::vector<std::string> texts; // what went to the output callback, if no sink took it
     std::vector<Report> failures;   // what went to perror
     bool timed_out = false;         // the module reported a time-out
+    bool rejected = false;          // or a wrong checksum
     bool stopped = false;           // by the user
     bool cut_off = false;           // by the stop line, whatever it was handed out for
 };
@@ -24,12 +24,27 @@ struct Outcome {
 using Operation = std::function<int32_t(StmPollFn poll, StmOutputFn output)>;
 
 // Takes the texts of an operation in place of Outcome::texts; time-outs are noticed all the same.
-// It and the poll callback may throw: the operation is stopped by then, and the exception goes on
-// behind it.
+// It and the question may throw: the operation is stopped by then, and the exception goes on
+// after it.
 using Sink = std::function<void(const char *text, int more)>;
 
+enum class Wish {
+    go_on,
+    end,  // nothing more is wanted of this operation
+    stop, // by the user
+};
+
+// Asked as often as the module polls.
+using Question = std::function<Wish()>;
+
+Wish ask_user();
+
 // What is neither a report nor expected on standard error goes on there.
-Outcome perform(const Operation &operation, const Sink &sink = {}, StmPollFn poll = poll_for_stop);
+Outcome perform(const Operation &operation, const Sink &sink = {},
+                const Question &question = ask_user);
+
+// Brings the link to where the co-processor waits for a command.
+Outcome synchronise();
 
 // Throws a Failure, "NAME: why", for a failing exchange, a time-out or a stop.
 void check(const Outcome &outcome, const std::string &name);

@@ -107,7 +107,12 @@ void say(std::string_view sentence)
     clear_live_line();
     flush_output(); // on a terminal both are read in the order of their writing
     const std::string line = fmt::format("stmctl: {}\n", sentence);
-    if (write(error_descriptor(), line.data(), line.size()) < 0) {
+    pass_on(line);
+}
+
+void pass_on(std::string_view text)
+{
+    if (!text.empty() && write(error_descriptor(), text.data(), text.size()) < 0) {
         // There is nobody left to tell.
     }
 }

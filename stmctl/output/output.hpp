@@ -25,6 +25,9 @@ void leave_live_line();
 // Remarks and failures, as "stmctl: SENTENCE" to standard error, also while that is captured.
 void say(std::string_view sentence);
 
+// Lines of others, as they are, to standard error.
+void pass_on(std::string_view text);
+
 // The last thing of every run: what is still held is written. Returns the exit status: a reader
 // that went away is no failure, a full disk is one.
 ExitStatus finish_output(ExitStatus status);

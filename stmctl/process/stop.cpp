@@ -25,7 +25,6 @@ constexpr int SIGNALS[] = {SIGINT, SIGTERM, SIGHUP};
 volatile sig_atomic_t signals_seen = 0;
 volatile sig_atomic_t interrupts_seen = 0; // those from the keyboard
 bool stop_typed = false;
-bool stop_delivered = false;
 bool input_ended = false;
 bool all_input = false;         // is ours
 std::string typed;              // the line that is not complete yet
@@ -183,23 +182,6 @@ bool wait_for_input()
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
     return !interrupted();
-}
-
-int poll_for_stop(char *line)
-{
-    if (!stop_requested()) {
-        return 0;
-    }
-    memcpy(line, STM_STOP_LINE, sizeof(STM_STOP_LINE));
-    stop_delivered = true;
-    return 1;
-}
-
-bool take_stop_delivered()
-{
-    const bool delivered = stop_delivered;
-    stop_delivered = false;
-    return delivered;
 }
 
 } // namespace stmctl

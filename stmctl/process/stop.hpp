@@ -27,10 +27,4 @@ bool wait_unless_stopped(std::chrono::milliseconds time);
 // Waits until standard input can be read, without reading it. Returns false if an interrupt came.
 bool wait_for_input();
 
-// A poll callback (StmPollFn) that hands the module its stop line once the wish is there.
-int poll_for_stop(char *line);
-
-// Whether poll_for_stop has handed the stop line out since it was asked last.
-bool take_stop_delivered();
-
 } // namespace stmctl

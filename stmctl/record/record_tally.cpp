@@ -1,8 +1,6 @@
 // What came of a stream of records, in numbers.
 #include "stmctl/record/record_tally.hpp"
 
-#include "stmctl/module/reports.hpp"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -72,19 +70,6 @@ void RecordTally::take_silence(std::chrono::milliseconds duration)
 {
     ++silences;
     silent += duration;
-}
-
-bool RecordTally::take_report(std::string_view text)
-{
-    if (is_timeout(text)) {
-        take_timeout();
-        return true;
-    }
-    if (is_rejection(text)) {
-        take_rejected();
-        return true;
-    }
-    return false;
 }
 
 bool RecordTally::has_holes() const

@@ -33,9 +33,6 @@ struct RecordTally {
     void take_rejected() { ++rejected; }
     void take_silence(std::chrono::milliseconds duration);
 
-    // Takes a report of the module's. Returns false if it is none that is counted.
-    bool take_report(std::string_view text);
-
     bool has_holes() const; // something of the stream is missing, or may be
     bool is_flawless() const;
 

@@ -2,9 +2,11 @@
 #include "stmctl/records/frames.hpp"
 
 #include "stmctl/module/device.hpp"
+#include "stmctl/module/diagnosis.hpp"
 #include "stmctl/output/destination.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/stream/repetition.hpp"
+#include "stmctl/stream/verdict.hpp"
 
 #include <fmt/format.h>
 
@@ -25,15 +27,16 @@ struct Options {
 class Frames
 {
   public:
-    Frames(const FrameKind &kind, const FormatOptions &options, Destination &destination)
+    Frames(const FrameKind &kind, const FormatOptions &options, Destination &destination,
+           RecordTally &tally)
         : kind_(kind), options_(options), mode_(mode_for(options.checked())),
-          destination_(destination)
+          destination_(destination), tally_(tally)
     {
     }
 
-    RecordTally &tally() { return tally_; }
+    // Whether one came whole tells the tally.
 
-    Outcome read_one()
+    Outcome read_one(RecordStream &stream, Run &run)
     {
         const bool table = mode_ == READOUT_CSV;
         const RecordTally before = tally_;
@@ -48,9 +51,9 @@ class Frames
                 // The header stands behind what the module said before, and may be cut.
                 const bool is_header = header_to_come && more != 0;
                 header_to_come = header_to_come && !is_header;
-                text += is_header || tally_.take_report(piece) ? "" : piece;
+                text += is_header || take_report(piece) ? "" : piece;
             },
-            poll_run);
+            [&run] { return run.ask(); });
         if (tally_.timeouts > before.timeouts) {
             tally_.rejected = before.rejected; // what was not there cannot be wrong
         }
@@ -59,43 +62,49 @@ class Frames
                           !text.empty();
         if (came) {
             destination_.write(table ? kind_.render(text, options_, tally_.records == 0) : text);
-            ++tally_.records;
+            stream.take({});
+            stream.look(std::chrono::steady_clock::now());
         }
         return outcome;
     }
 
   private:
+    bool take_report(const char *text)
+    {
+        const Event event = hear(text).event;
+        tally_.timeouts += event == Event::timed_out ? 1 : 0;
+        tally_.rejected += event == Event::rejected ? 1 : 0;
+        return event == Event::timed_out || event == Event::rejected;
+    }
+
     const FrameKind &kind_;
     const FormatOptions &options_;
     int mode_;
     Destination &destination_;
-    RecordTally tally_;
+    RecordTally &tally_;
 };
 
 // Frames until a good one is missing, or as many as are wanted have come.
-Outcome read_frames(Frames &frames, Run &run, std::optional<uint32_t> wanted)
+Outcome read_frames(Frames &frames, RecordStream &stream, Run &run, const RecordTally &tally)
 {
     for (;;) {
-        const uint64_t before = frames.tally().records;
-        Outcome outcome = frames.read_one();
-        if (wanted && frames.tally().records >= *wanted) {
-            run.finish();
-        }
-        if (outcome.stopped || run.over() || frames.tally().records == before) {
+        const uint64_t before = tally.records;
+        Outcome outcome = frames.read_one(stream, run);
+        if (outcome.stopped || run.over() || tally.records == before) {
             return outcome;
         }
     }
 }
 
-void say_summary(const FrameKind &kind, const RecordTally &tally, std::optional<uint32_t> wanted)
+void say_summary(const FrameKind &kind, const RecordTally &tally, std::optional<uint32_t> wanted,
+                 const Device &device)
 {
     const std::string of = wanted ? fmt::format("{} of ", tally.records) : "";
-    say(fmt::format(
-        "{}: {}{}, {} rejected, {} not ready in time, {}{}", kind.name, of,
-        counted(wanted ? *wanted : tally.records, "frame", "frames"), tally.rejected,
-        tally.timeouts, counted(tally.failures, "failing exchange", "failing exchanges"),
-        tally.records == 0 && tally.timeouts > 0 ? "; does the application run? See stmctl state"
-                                                 : ""));
+    say(fmt::format("{}: {}{}, {} rejected, {} not ready in time, {}{}", kind.name, of,
+                    counted(wanted ? *wanted : tally.records, "frame", "frames"), tally.rejected,
+                    tally.timeouts,
+                    counted(tally.failures, "failing exchange", "failing exchanges"),
+                    tally.records == 0 && tally.timeouts > 0 ? "; " + diagnose(device).words : ""));
 }
 
 ExitStatus read(const FrameKind &kind, const Options &options)
@@ -106,25 +115,27 @@ ExitStatus read(const FrameKind &kind, const Options &options)
     if (!wanted && !time) {
         wanted = 1;
     }
+    RecordTally tally;
     Destination destination(options.format.file);
-    const Device device(options.device);
+    Device device(options.device);
     destination.begin();
     Run run(time);
-    Frames frames(kind, options.format, destination);
-    const auto once = [&] { return read_frames(frames, run, wanted); };
-    const Ending ending = repeat({kind.name, options.run.keep_going, once}, run, frames.tally());
+    RecordStream stream({kind.name, wanted, options.run.keep_going, {}}, run, tally);
+    Frames frames(kind, options.format, destination, tally);
+    const auto once = [&] { return read_frames(frames, stream, run, tally); };
+    const Ending ending = repeat({device, stream, once}, run, tally);
     destination.finish();
     if (output_failed()) {
         return status_of_failed_output(); // the end of every run tells why
     }
-    const bool missing = wanted && frames.tally().records < *wanted;
-    if (!frames.tally().is_flawless() || ending != Ending::done || missing) {
-        say_summary(kind, frames.tally(), wanted);
+    const bool missing = wanted && tally.records < *wanted;
+    if (!tally.is_flawless() || ending != Ending::done || missing) {
+        say_summary(kind, tally, wanted, device);
     }
     if (ending == Ending::stopped) {
         return ExitStatus::stopped;
     }
-    return missing ? ExitStatus::failed : status_of(ending, options.run, frames.tally());
+    return missing ? ExitStatus::failed : status_of(ending, options.run, tally);
 }
 
 } // namespace

@@ -4,10 +4,12 @@
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/module/device.hpp"
 #include "stmctl/output/output.hpp"
+#include "stmctl/process/failure.hpp"
 #include "stmctl/record/record_writer.hpp"
 #include "stmctl/records/variants.hpp"
 #include "stmctl/stream/record_stream.hpp"
 #include "stmctl/stream/repetition.hpp"
+#include "stmctl/stream/verdict.hpp"
 
 #include <fmt/format.h>
 
@@ -19,7 +21,7 @@ namespace stmctl
 namespace
 {
 
-Outcome ask(const Variant &variant, bool live, uint32_t count, int mode, const Sink &sink)
+Outcome ask(const Variant &variant, bool live, uint32_t count, int mode, const Sink &sink, Run &run)
 {
     return perform(
         [&](StmPollFn poll, StmOutputFn output) {
@@ -30,7 +32,7 @@ Outcome ask(const Variant &variant, bool live, uint32_t count, int mode, const S
             }
             return 0;
         },
-        sink, poll_run);
+        sink, [&run] { return run.ask(); });
 }
 
 void say_summary(const char *name, const RecordTally &tally, std::optional<uint32_t> wanted,
@@ -60,6 +62,16 @@ std::optional<uint32_t> default_count(const ReadoutOptions &options, bool live)
     return bounded ? std::nullopt : std::optional<uint32_t>(1);
 }
 
+StreamOptions checked(const char *name, const ReadoutOptions &options, bool live)
+{
+    if (options.run.fail_on_loss && options.format.checked() == Format::hex) {
+        throw Failure(ExitStatus::usage, "--fail-on-loss: --format hex does not show losses");
+    }
+    const std::optional<uint32_t> wanted = options.run.wanted();
+    return {name, wanted ? wanted : default_count(options, live), options.run.keep_going,
+            options.run.silence_given()};
+}
+
 } // namespace
 
 ExitStatus read_records(const char *name, const ReadoutOptions &options, bool live)
@@ -67,23 +79,31 @@ ExitStatus read_records(const char *name, const ReadoutOptions &options, bool li
     constexpr uint32_t ENDLESS = 0x7FFFFFFF;
     const Variant &variant = variant_named(options.variant);
     const Format format = options.format.checked();
-    std::optional<uint32_t> wanted = options.run.wanted();
+    const StreamOptions stream_options = checked(name, options, live);
+    const std::optional<uint32_t> wanted = stream_options.wanted;
     const auto time = options.run.time();
-    wanted = wanted ? wanted : default_count(options, live);
+    RecordTally tally;
+    SummaryFile summary(options.run.summary, tally, wanted);
     Destination destination(options.format.file);
-    const Device device(options.device);
+    Device device(options.device);
     destination.begin();
+    summary.begin();
     RecordWriter writer(format, options.format.timestamps, columns_of(variant.kind), destination);
     RegularFlush flush(destination);
-    Run run(time, std::ref(flush));
-    RecordTally tally;
-    RecordStream stream(name, run, wanted, options.run.keep_going, tally,
+    RecordStream *watched = nullptr;
+    Run run(time, [&](Run::Time now) {
+        flush(now);
+        watched->look(now);
+    });
+    RecordStream stream(stream_options, run, tally,
                         [&](const char *text) { return writer.take(text); });
+    watched = &stream;
     const auto once = [&] {
         const uint32_t rest = wanted.value_or(ENDLESS) - static_cast<uint32_t>(tally.records);
-        return ask(variant, live, rest, mode_for(format), stream.sink());
+        return ask(variant, live, rest, mode_for(format), stream.sink(), run);
     };
-    const Ending ending = repeat({name, options.run.keep_going, once}, run, tally);
+    const Ending ending = repeat({device, stream, once}, run, tally);
+    summary.finish();
     destination.finish();
     if (output_failed()) {
         return status_of_failed_output(); // the end of every run tells why
@@ -102,6 +122,7 @@ std::shared_ptr<ReadoutOptions> declare_readout(CLI::App &command, const char *c
     add_run_limits(command, options->run, counted);
     add_format_options(command, options->format, {"text", "csv", "hex", "jsonl"});
     add_keep_going(command, options->run);
+    add_judgement(command, options->run, SILENCE_HELP);
     add_device_options(command, options->device);
     return options;
 }

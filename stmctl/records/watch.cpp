@@ -9,6 +9,7 @@
 #include "stmctl/records/variants.hpp"
 #include "stmctl/stream/record_stream.hpp"
 #include "stmctl/stream/repetition.hpp"
+#include "stmctl/stream/verdict.hpp"
 
 #include <memory>
 
@@ -29,21 +30,31 @@ ExitStatus watch(const Options &options)
     const Variant &variant = variant_named(options.variant);
     const Columns &columns = columns_of(variant.kind);
     const auto time = options.run.time();
-    const Device device(options.device);
+    const StreamOptions stream_options = {
+        "watch", {}, options.run.keep_going, options.run.silence_given()};
     RecordTally tally;
+    SummaryFile summary(options.run.summary, tally, {});
+    Device device(options.device);
+    summary.begin();
     StreamWatch display(tally);
-    Run run(time, [&](auto now) { display.tick(now); });
-    RecordStream stream("watch", run, {}, options.run.keep_going, tally,
+    RecordStream *watched = nullptr;
+    Run run(time, [&](Run::Time now) {
+        watched->look(now);
+        display.tick(now);
+    });
+    RecordStream stream(stream_options, run, tally,
                         [&](const char *text) { return checked_facts_of_text(columns, text); });
+    watched = &stream;
     const auto once = [&] {
         return perform(
             [&](StmPollFn poll, StmOutputFn output) {
                 variant.follow(READOUT_TEXT, poll, output); // with those that CSV leaves out
                 return 0;
             },
-            stream.sink(), poll_run);
+            stream.sink(), [&run] { return run.ask(); });
     };
-    const Ending ending = repeat({"watch", options.run.keep_going, once}, run, tally);
+    const Ending ending = repeat({device, stream, once}, run, tally);
+    summary.finish();
     display.finish();
     return output_failed() ? status_of_failed_output() : status_of(ending, options.run, tally);
 }
@@ -57,6 +68,7 @@ Action declare_watch(CLI::App &command)
                one_of(variant_names()));
     add_duration(command, options->run);
     add_keep_going(command, options->run);
+    add_judgement(command, options->run, SILENCE_HELP);
     add_device_options(command, options->device);
     return [options] { return watch(*options); };
 }

@@ -8,7 +8,7 @@
 #include "stmctl/ring/ring.hpp"
 #include "stmctl/ring/slot_follower.hpp"
 #include "stmctl/stream/record_stream.hpp"
-#include "stmctl/stream/repetition.hpp"
+#include "stmctl/stream/verdict.hpp"
 
 #include <fmt/format.h>
 
@@ -50,57 +50,80 @@ class ReaderSide
 };
 
 // Says that nothing comes any more, and that it comes again.
-class Silence
+class WriterWatch
 {
   public:
-    explicit Silence(const Segment &segment) : segment_(segment) {}
+    WriterWatch(const Segment &segment, const RingView &view) : segment_(segment), view_(view) {}
 
-    void end()
+    void records_come()
     {
-        last_ = steady_clock::now();
+        last_look_ = steady_clock::now();
         if (said_) {
             said_ = false;
             say("ring read: records come again");
         }
     }
 
-    void go_on()
+    void nothing_comes()
     {
         constexpr std::chrono::seconds PATIENCE(2);
-        if (steady_clock::now() - last_ < PATIENCE) {
+        if (steady_clock::now() - last_look_ < PATIENCE) {
             return;
         }
-        last_ = steady_clock::now();
+        last_look_ = steady_clock::now();
+        if (!said_) {
+            said_ = true;
+            say(is_alone() ? "ring read: no writer is there; waiting for one"
+                           : "ring read: nothing new from the writer; waiting for it");
+        } else {
+            current_segment();
+        }
+    }
+
+    // Whether it is no wonder that nothing comes. Of other writers than stmctl it is not known how
+    // they ended.
+    bool has_ended_well() const
+    {
+        const WriterMark mark = view_.writer_mark();
+        return mark == WriterMark::ended || (mark == WriterMark::unknown && is_alone());
+    }
+
+    const char *cause() const
+    {
+        return is_alone() ? "its writer was killed" : "its writer is there, but puts nothing";
+    }
+
+  private:
+    Segment current_segment() const
+    {
         const std::optional<Segment> segment = find_segment();
         if (!segment || segment->id != segment_.id) {
             throw Failure(ExitStatus::not_there, "the ring was removed");
         }
-        if (!said_) {
-            said_ = true;
-            const bool alone = attached_processes(*segment).size() < 2;
-            say(alone ? "ring read: no writer is there; waiting for one"
-                      : "ring read: nothing new from the writer; waiting for it");
-        }
+        return *segment;
     }
 
-  private:
+    bool is_alone() const { return attached_processes(current_segment()).size() < 2; }
+
     Segment segment_;
-    steady_clock::time_point last_ = steady_clock::now();
+    const RingView &view_;
+    steady_clock::time_point last_look_ = steady_clock::now();
     bool said_ = false;
 };
 
 class RingReadout
 {
   public:
-    RingReadout(const Options &options, Destination &destination)
+    RingReadout(const Options &options, Destination &destination, RecordTally &tally)
         : wanted_(options.run.wanted()),
           writer_(options.format.checked(), options.format.timestamps, columns_of(RecordKind::temp),
-                  destination)
+                  destination),
+          tally_(tally)
     {
         writer_.begin();
     }
 
-    void take(const SlotFollower::Look &look, Run &run)
+    void take(const SlotFollower::Look &look)
     {
         if (look.restarted) {
             ++restarts_;
@@ -109,7 +132,7 @@ class RingReadout
         }
         const uint64_t lost = tally_.lost;
         for (const RingRecord &slot : look.records) {
-            take(slot, run);
+            take(slot);
         }
         if (look.overrun) {
             ++overruns_;
@@ -118,6 +141,8 @@ class RingReadout
         }
     }
 
+    bool is_complete() const { return wanted_ && tally_.records >= *wanted_; }
+
     void say_summary() const
     {
         say(fmt::format("ring read: {}, {}, {} of the writer", tally_.summary(wanted_),
@@ -125,12 +150,11 @@ class RingReadout
                         counted(restarts_, "restart", "restarts")));
     }
 
-    ExitStatus status(bool stopped, const RunOptions &options) const
+    ExitStatus status(Ending ending, const RunOptions &options) const
     {
         const bool missing = wanted_ && tally_.records < *wanted_;
-        const bool failed = !stopped && (missing || tally_.rejected > 0);
-        return failed ? ExitStatus::failed
-                      : status_of(stopped ? Ending::stopped : Ending::done, options, tally_);
+        const bool failed = ending == Ending::done && (missing || tally_.rejected > 0);
+        return failed ? ExitStatus::failed : status_of(ending, options, tally_);
     }
 
   private:
@@ -143,9 +167,9 @@ class RingReadout
         }
     }
 
-    void take(const RingRecord &slot, Run &run)
+    void take(const RingRecord &slot)
     {
-        if (wanted_ && tally_.records >= *wanted_) {
+        if (is_complete()) {
             return;
         }
         if (!is_whole(slot)) {
@@ -159,68 +183,111 @@ class RingReadout
         }
         writer_.take(record);
         tally_.take(record.facts());
-        if (wanted_ && tally_.records >= *wanted_) {
-            run.finish();
-        }
     }
 
     std::optional<uint32_t> wanted_;
     RecordWriter writer_;
-    RecordTally tally_;
+    RecordTally &tally_;
     bool first_of_writer_ = false; // comes next
     uint64_t overruns_ = 0;
     uint64_t restarts_ = 0;
 };
 
-// Returns whether the user has stopped it.
-bool read_until_over(RingReadout &readout, const Options &options, const Segment &segment, Run &run)
+class RingReading
 {
-    const RingView view(segment.id);
-    SlotFollower reader(view);
-    Silence silence(segment);
-    if (options.from_oldest) {
-        readout.take(reader.everything(), run);
+  public:
+    RingReading(const Options &options, const Segment &segment, RingReadout &readout,
+                RecordTally &tally)
+        : view_(segment.id), reader_(view_), watch_(segment, view_), readout_(readout),
+          tally_(tally), silence_(options.run.silence_given(), DEFAULT_SILENCE, steady_clock::now())
+    {
+        if (options.from_oldest) {
+            readout.take(reader_.everything());
+        }
     }
-    while (!run.over() && !output_failed()) {
-        const SlotFollower::Look look = reader.look();
-        readout.take(look, run);
-        constexpr std::chrono::milliseconds NO_TIME(0);
+
+    Ending read_until_over(Run &run)
+    {
         constexpr std::chrono::milliseconds MOMENT(1);
-        if (look.records.empty()) {
-            silence.go_on();
-        } else {
-            silence.end();
+        while (!is_over(run)) {
+            const bool some_came = look();
+            if (!wait_unless_stopped(some_came ? std::chrono::milliseconds(0) : MOMENT)) {
+                return end(Ending::stopped);
+            }
         }
-        if (!wait_unless_stopped(look.records.empty() ? MOMENT : NO_TIME)) {
-            return true;
-        }
+        return end(Ending::done);
     }
-    return false;
-}
+
+  private:
+    static constexpr Silence::Duration DEFAULT_SILENCE{10'000};
+
+    bool look()
+    {
+        const SlotFollower::Look look = reader_.look();
+        readout_.take(look); // a restart may come without records
+        if (look.records.empty()) {
+            silence_.disturb();
+            watch_.nothing_comes();
+            return false;
+        }
+        watch_.records_come();
+        if (const auto length = silence_.came(look.records.size(), steady_clock::now())) {
+            tally_.take_silence(*length);
+        }
+        return true;
+    }
+
+    bool is_over(Run &run) const { return readout_.is_complete() || run.over() || output_failed(); }
+
+    Ending end(Ending ending)
+    {
+        const auto now = steady_clock::now();
+        if (!silence_.is_silence(now) || watch_.has_ended_well()) {
+            return ending;
+        }
+        tally_.take_silence(silence_.lasting(now));
+        say(fmt::format("ring read: nothing came for the last {}; {}",
+                        seconds_words(silence_.lasting(now)), watch_.cause()));
+        return ending == Ending::stopped ? Ending::stopped_in_silence : Ending::failed;
+    }
+
+    RingView view_;
+    SlotFollower reader_;
+    WriterWatch watch_;
+    RingReadout &readout_;
+    RecordTally &tally_;
+    Silence silence_;
+};
 
 ExitStatus read(const Options &options)
 {
     const auto time = options.run.time();
     options.run.wanted();
+    options.run.silence_given();
     options.format.checked();
     if (options.from_now && options.from_oldest) {
         throw Failure(ExitStatus::usage, "--from-now and --from-oldest exclude each other");
     }
+    RecordTally tally;
+    SummaryFile summary(options.run.summary, tally, options.run.wanted());
     Destination destination(options.format.file);
     const Segment segment = existing_segment();
     attach_ring();
     const ReaderSide side;
     destination.begin();
-    RingReadout readout(options, destination);
+    summary.begin();
+    RingReadout readout(options, destination, tally);
+    RingReading reading(options, segment, readout, tally);
     RegularFlush flush(destination);
     Run run(time, std::ref(flush));
-    const bool stopped = read_until_over(readout, options, segment, run);
+    const Ending ending = reading.read_until_over(run);
+    summary.finish();
     destination.finish();
     if (output_failed()) {
         return status_of_failed_output(); // the end of every run tells why
     }
     readout.say_summary();
-    return readout.status(stopped, options.run);
+    return readout.status(ending, options.run);
 }
 
 } // namespace
@@ -230,6 +297,7 @@ Action declare_ring_read(CLI::App &command)
     auto options = std::make_shared<Options>();
     add_run_limits(command, options->run, "end after so many");
     add_format_options(command, options->format, {"text", "csv", "jsonl"});
+    add_judgement(command, options->run, "what counts as a silence (10)");
     add_flag(command, "--from-now", options->from_now, "begin with the next record (the default)");
     add_flag(command, "--from-oldest", options->from_oldest, "begin with the oldest that is there");
     return [options] { return read(*options); };

@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cerrno>
 #include <charconv>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -24,6 +25,10 @@ namespace stmctl
 
 namespace
 {
+
+// Behind the two flags, in front of the index, which stands on a multiple of four.
+constexpr size_t MARK_OFFSET = offsetof(RingBuffer, reader_open) + 1;
+static_assert(MARK_OFFSET < offsetof(RingBuffer, write_index));
 
 [[noreturn]] void fail(const std::string &what, int error)
 {
@@ -119,7 +124,7 @@ std::string user_words(uid_t user)
     return entry != nullptr ? fmt::format("user {}", entry->pw_name) : fmt::format("user {}", user);
 }
 
-std::string process_words(pid_t process)
+std::string process_name(pid_t process)
 {
     std::ifstream file(fmt::format("/proc/{}/comm", process));
     std::string name;
@@ -149,9 +154,19 @@ std::string attached_words(const Segment &segment)
 {
     std::string words;
     for (const pid_t process : attached_processes(segment)) {
-        words += fmt::format(", {}", process_words(process));
+        words += fmt::format(", {}", process_name(process));
     }
     return fmt::format("{} times{}", segment.info.shm_nattch, words);
+}
+
+void leave_mark(int id, WriterMark mark)
+{
+    void *ring = shmat(id, nullptr, 0);
+    if (reinterpret_cast<intptr_t>(ring) == -1) {
+        fail("the ring's segment cannot be attached", errno);
+    }
+    static_cast<volatile uint8_t *>(ring)[MARK_OFFSET] = static_cast<uint8_t>(mark);
+    shmdt(ring);
 }
 
 RingView::RingView(int id)
@@ -181,6 +196,13 @@ RingRecord RingView::slot(int32_t index) const
     memcpy(&record, const_cast<const RingRecord *>(&ring_->slots[index]), sizeof(record));
     std::atomic_thread_fence(std::memory_order_acquire);
     return record;
+}
+
+WriterMark RingView::writer_mark() const
+{
+    const auto *bytes = reinterpret_cast<const volatile uint8_t *>(ring_);
+    const uint8_t mark = bytes[MARK_OFFSET];
+    return mark <= static_cast<uint8_t>(WriterMark::ended) ? WriterMark{mark} : WriterMark::unknown;
 }
 
 RingBuffer RingView::copy() const

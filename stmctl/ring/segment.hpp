@@ -30,13 +30,20 @@ void attach_ring();
 
 // "user pi", "process 12 (stmctl)"
 std::string user_words(uid_t user);
-std::string process_words(pid_t process);
+std::string process_name(pid_t process);
 
 // The processes that have the segment attached, as far as they may be seen.
 std::vector<pid_t> attached_processes(const Segment &segment);
 
 // "2 times, process 12 (stmctl), process 13 (front-end)"
 std::string attached_words(const Segment &segment);
+
+// What stmctl leaves for readers in a byte that the ring's layout does not use. Other writers leave
+// it as it is.
+enum class WriterMark : uint8_t { unknown = 0, writing = 1, ended = 2 };
+
+// Throws a Failure if the segment cannot be attached.
+void leave_mark(int id, WriterMark mark);
 
 // The segment, to be read only.
 class RingView
@@ -50,6 +57,7 @@ class RingView
     int32_t write_index() const;
     RingRecord slot(int32_t index) const; // a copy, which the writer may have changed meanwhile
     RingBuffer copy() const;
+    WriterMark writer_mark() const;
 
   private:
     const volatile RingBuffer *ring_;

@@ -36,9 +36,9 @@ void print_segment(const Segment &segment)
                       info.shm_segsz));
     print(fmt::format("owner       {}, mode {:04o}\n", user_words(info.shm_perm.uid),
                       static_cast<unsigned>(info.shm_perm.mode) & 0777U));
-    print(fmt::format("made by     {}\n", process_words(info.shm_cpid)));
+    print(fmt::format("made by     {}\n", process_name(info.shm_cpid)));
     print(fmt::format("last use    {}\n",
-                      info.shm_lpid == 0 ? "never attached" : process_words(info.shm_lpid)));
+                      info.shm_lpid == 0 ? "never attached" : process_name(info.shm_lpid)));
     print(fmt::format("            attached {}, detached {}\n", moment(info.shm_atime),
                       moment(info.shm_dtime)));
     print(fmt::format("attached    {}\n", attached_words(segment)));

@@ -3,9 +3,11 @@
 #include "stmctl/output/output.hpp"
 #include "stmctl/output/terminal.hpp"
 #include "stmctl/process/failure.hpp"
+#include "stmctl/record/ring_slot.hpp"
 #include "stmctl/ring/ring.hpp"
 #include "stmctl/ring/segment.hpp"
 #include "stmctl/stream/repetition.hpp"
+#include "stmctl/stream/verdict.hpp"
 
 #include <fmt/format.h>
 
@@ -26,11 +28,11 @@ struct Options {
     DeviceOptions device;
 };
 
-// Counts what goes into the ring: at most 85 records do between two looks.
+// Looks at what goes into the ring: at most 85 records do between two looks.
 class PutCounter
 {
   public:
-    PutCounter(const RingView &view, RecordTally &tally) : view_(view), tally_(tally) {}
+    PutCounter(const RingView &view, RecordStream &stream) : view_(view), stream_(stream) {}
 
     void begin() { index_ = 0; } // as every writer does
 
@@ -40,45 +42,48 @@ class PutCounter
         if (index < 0 || index >= RINGBUFFER_SLOTS) {
             return; // the next put tells of it
         }
-        const int32_t put = (index - index_ + RINGBUFFER_SLOTS) % RINGBUFFER_SLOTS;
-        tally_.records += static_cast<uint64_t>(put);
-        index_ = index;
-    }
-
-    void show(std::chrono::steady_clock::time_point now)
-    {
-        constexpr std::chrono::milliseconds INTERVAL(250);
-        if (now - shown_ >= INTERVAL && is_terminal(STDOUT_FILENO)) {
-            shown_ = now;
-            show_live_line(fmt::format("{} records, {} rejected", tally_.records, tally_.rejected));
+        for (; index_ != index; index_ = (index_ + 1) % RINGBUFFER_SLOTS) {
+            stream_.take(record_of_slot(view_.slot(index_)).facts());
         }
     }
 
   private:
     const RingView &view_;
-    RecordTally &tally_;
+    RecordStream &stream_;
     int32_t index_ = 0;
-    std::chrono::steady_clock::time_point shown_;
 };
 
-void take_report(RecordTally &tally, std::string_view text)
+class LiveLine
 {
-    constexpr std::string_view REFUSED = "Cannot open ringbuffer for write\n";
-    constexpr std::string_view REFUSED_RECORD = "Error: Writing to ringbuffer\n";
-    if (text == REFUSED) {
+  public:
+    explicit LiveLine(const RecordTally &tally) : tally_(tally) {}
+
+    void show(Run::Time now)
+    {
+        constexpr std::chrono::milliseconds INTERVAL(250);
+        if (now - shown_ >= INTERVAL && is_terminal(STDOUT_FILENO)) {
+            shown_ = now;
+            show_live_line(fmt::format("{} records, {} lost, {} rejected", tally_.records,
+                                       tally_.lost, tally_.rejected));
+        }
+    }
+
+  private:
+    const RecordTally &tally_;
+    Run::Time shown_;
+};
+
+void take_report(RecordStream &stream, std::string_view text)
+{
+    switch (hear(text).event) {
+    case Event::ring_refused:
         throw Failure(ExitStatus::failed, "the ring is marked as being written (writer_open is 1); "
                                           "stmctl ring remove makes way for a new one");
-    }
-    if (text == REFUSED_RECORD) {
+    case Event::slot_refused:
         throw Failure(ExitStatus::failed, "the ring is damaged; see stmctl ring status, and stmctl "
                                           "ring remove");
-    }
-    const uint64_t timeouts = tally.timeouts;
-    if (!tally.take_report(text)) {
-        say(text.substr(0, text.find('\n')));
-    }
-    if (timeouts == 0 && tally.timeouts == 1) {
-        say("ring write: nothing comes from the co-processor; waiting for it");
+    default:
+        stream.take_report(text);
     }
 }
 
@@ -106,7 +111,7 @@ class RemovalCheck
     std::chrono::steady_clock::time_point next_;
 };
 
-Outcome acquire(PutCounter &counter, RecordTally &tally)
+Outcome acquire(PutCounter &counter, RecordStream &stream, Run &run)
 {
     counter.begin();
     Outcome outcome = perform(
@@ -114,35 +119,50 @@ Outcome acquire(PutCounter &counter, RecordTally &tally)
             stm_ringbuffer_acquire(poll, output);
             return 0;
         },
-        [&](const char *text, int) { take_report(tally, text); }, poll_run);
+        [&](const char *text, int) { take_report(stream, text); }, [&run] { return run.ask(); });
     counter.count(); // the last block was followed by no poll
     return outcome;
 }
 
+// All that works on the stream while it runs.
+Ending write_stream(Device &device, int id, const Options &options, RecordTally &tally)
+{
+    const RingView view(id);
+    leave_mark(id, WriterMark::writing);
+    RemovalCheck check_removal(id);
+    LiveLine line(tally);
+    std::function<void(Run::Time)> look;
+    Run run(options.run.time(), [&](Run::Time now) { look(now); });
+    RecordStream stream({"ring write", {}, true, options.run.silence_given()}, run, tally);
+    PutCounter counter(view, stream);
+    look = [&](Run::Time now) {
+        counter.count();
+        stream.look(now);
+        line.show(now);
+        check_removal(now);
+    };
+    const auto once = [&] { return acquire(counter, stream, run); };
+    const Ending ending = repeat({device, stream, once}, run, tally);
+    leave_mark(id, WriterMark::ended);
+    return ending;
+}
+
 ExitStatus write(const Options &options)
 {
-    const auto time = options.run.time();
+    options.run.time();
+    options.run.silence_given();
+    RecordTally tally;
+    SummaryFile summary(options.run.summary, tally, {});
     if (find_segment()) {
         attach_ring(); // what is wrong with it is said before the device is opened
     }
-    const Device device(options.device);
+    Device device(options.device);
     attach_ring();
-    const int id = existing_segment().id;
-    const RingView view(id);
-    RemovalCheck check_removal(id);
-    RecordTally tally;
-    PutCounter counter(view, tally);
-    Run run(time, [&](auto now) {
-        counter.count();
-        counter.show(now);
-        check_removal(now);
-    });
-    const auto once = [&] { return acquire(counter, tally); };
-    const Ending ending = repeat({"ring write", true, once}, run, tally);
+    summary.begin();
+    const Ending ending = write_stream(device, existing_segment().id, options, tally);
+    summary.finish();
     leave_live_line();
-    say(fmt::format("ring write: {}, {} rejected, {}", counted(tally.records, "record", "records"),
-                    tally.rejected,
-                    counted(tally.failures, "failing exchange", "failing exchanges")));
+    say(fmt::format("ring write: {}", tally.summary({})));
     return status_of(ending, options.run, tally);
 }
 
@@ -152,6 +172,7 @@ Action declare_ring_write(CLI::App &command)
 {
     auto options = std::make_shared<Options>();
     add_duration(command, options->run);
+    add_judgement(command, options->run, "what counts as a silence (2)");
     add_device_options(command, options->device);
     return [options] { return write(*options); };
 }

@@ -109,7 +109,7 @@ Outcome call_on_device(const ValueOptions &options, const Quantity &row, const V
     Outcome outcome = perform([&](StmPollFn poll, StmOutputFn output) {
         return std::visit(Caller{values, poll, output}, row.call);
     });
-    check(outcome, row.name);
+    device.check(outcome, row.name);
     return outcome;
 }
 

@@ -1,71 +1,133 @@
-// Records as they come from the module, taken and counted.
+// Records as they come from the module, taken and counted, and what is said when none come.
 #include "stmctl/stream/record_stream.hpp"
 
 #include "stmctl/output/output.hpp"
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace stmctl
 {
 
-RecordStream::RecordStream(std::string name, Run &run, std::optional<uint32_t> wanted,
-                           bool keep_going, RecordTally &tally, Take take)
-    : name_(std::move(name)), run_(run), wanted_(wanted), keep_going_(keep_going), tally_(tally),
-      take_(std::move(take))
+namespace
+{
+
+constexpr Silence::Duration DEFAULT_SILENCE(10'000);
+constexpr Silence::Duration DEFAULT_SILENCE_TO_KEEP_GOING(2'000);
+constexpr Silence::Duration WORTH_A_WORD(1'000); // where more was to be expected soon
+
+Silence::Duration default_silence(const StreamOptions &options)
+{
+    return options.keep_going ? DEFAULT_SILENCE_TO_KEEP_GOING : DEFAULT_SILENCE;
+}
+
+} // namespace
+
+RecordStream::RecordStream(StreamOptions options, Run &run, RecordTally &tally, Take take)
+    : options_(std::move(options)), run_(run), tally_(tally), take_(std::move(take)),
+      silence_(options_.silence, default_silence(options_), std::chrono::steady_clock::now())
 {
 }
 
 Sink RecordStream::sink()
 {
     return [this](const char *text, int more) {
-        if (wanted_ && tally_.records >= *wanted_) {
+        if (options_.wanted && tally_.records >= *options_.wanted) {
             return; // what else the block holds
         }
         if (more == 0) {
             take_report(text);
-            return;
-        }
-        if (const std::optional<RecordFacts> facts = take_(text)) {
-            tally_.take(*facts);
-            waiting_ = false;
-            last_ = std::chrono::steady_clock::now();
-        }
-        if (wanted_ && tally_.records >= *wanted_) {
-            run_.finish();
+        } else if (const std::optional<RecordFacts> facts = take_(text)) {
+            take(*facts);
         }
     };
 }
 
-void RecordStream::take_report(std::string_view text)
+void RecordStream::take(const RecordFacts &facts)
 {
-    const RecordTally before = tally_;
-    if (!tally_.take_report(text)) {
-        say(text.substr(0, text.find('\n')));
-    }
-    if (tally_.rejected > before.rejected) {
-        last_ = std::chrono::steady_clock::now();
-    }
-    if (tally_.timeouts > before.timeouts) {
-        take_timeout();
+    tally_.take(facts);
+    ++fresh_;
+    if (options_.wanted && tally_.records >= *options_.wanted) {
+        run_.finish();
     }
 }
 
-// A slow stream times out again and again.
-void RecordStream::take_timeout()
+void RecordStream::take_report(std::string_view text)
 {
-    constexpr std::chrono::seconds PATIENCE(1);
-    constexpr std::chrono::seconds MOST(10);
-    const auto silence = std::chrono::steady_clock::now() - last_;
-    if (silence >= PATIENCE && !waiting_) {
-        waiting_ = true;
-        say(fmt::format("{}: nothing comes from the co-processor; waiting for it", name_));
+    switch (hear(text).event) {
+    case Event::timed_out:
+        tally_.take_timeout();
+        silence_.timed_out();
+        break;
+    case Event::rejected:
+        tally_.take_rejected();
+        ++fresh_; // something comes
+        break;
+    default:
+        say(text.substr(0, text.find('\n')));
     }
-    if (silence >= MOST && !keep_going_ && !run_.given_up()) {
-        say(fmt::format("{}: nothing has come for 10 seconds; does the application run? See stmctl "
-                        "state",
-                        name_));
+}
+
+void RecordStream::look(Run::Time now)
+{
+    if (fresh_ == 0) {
+        look_in_silence(now);
+        return;
+    }
+    if (const auto length = silence_.came(std::exchange(fresh_, 0), now)) {
+        tally_.take_silence(*length);
+    }
+    if (!told_.empty()) {
+        told_.clear();
+        say(fmt::format(
+            "{}: records come again, after {}", options_.name,
+            seconds_words(std::chrono::duration_cast<Silence::Duration>(now - trouble_begin_))));
+    }
+}
+
+void RecordStream::look_in_silence(Run::Time now)
+{
+    if (silence_.lasting(now) < WORTH_A_WORD) {
+        return;
+    }
+    if (options_.keep_going && silence_.is_time_to_ask(now)) {
+        tell("nothing comes from the co-processor; asking again");
+        run_.interrupt();
+    } else if (!options_.keep_going && silence_.is_over_limit(now)) {
         run_.give_up();
+    } else if (!options_.keep_going && silence_.is_worth_a_word()) {
+        tell("nothing comes from the co-processor; waiting for it");
     }
+}
+
+void RecordStream::tell(const std::string &sentence)
+{
+    if (std::ranges::find(told_, sentence) != told_.end()) {
+        return;
+    }
+    if (told_.empty()) {
+        const auto now = std::chrono::steady_clock::now();
+        trouble_begin_ = now - silence_.lasting(now);
+    }
+    told_.push_back(sentence);
+    say(fmt::format("{}: {}", options_.name, sentence));
+}
+
+std::optional<Silence::Duration> RecordStream::finish(Run::Time now)
+{
+    look(now);
+    if (!silence_.is_silence(now) && !run_.given_up()) {
+        return {};
+    }
+    tally_.take_silence(silence_.lasting(now));
+    return silence_.lasting(now);
+}
+
+std::string seconds_words(std::chrono::milliseconds time)
+{
+    return fmt::format("{:.1f} s", std::chrono::duration<double>(time).count());
 }
 
 } // namespace stmctl

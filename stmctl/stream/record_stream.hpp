@@ -1,11 +1,11 @@
-// Records as they come from the module, taken and counted.
+// Records as they come from the module, taken and counted, and what is said when none come.
 #pragma once
 
 #include "stmctl/module/operation.hpp"
 #include "stmctl/record/record_tally.hpp"
 #include "stmctl/stream/run.hpp"
+#include "stmctl/stream/silence.hpp"
 
-#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -14,31 +14,56 @@
 namespace stmctl
 {
 
+struct StreamOptions {
+    std::string name; // of the command
+    std::optional<uint32_t> wanted;
+    bool keep_going = false;
+    std::optional<std::chrono::milliseconds> silence; // none: the default
+};
+
 class RecordStream
 {
   public:
     // Takes a text that the module shows. Returns what it tells, if it is a record.
     using Take = std::function<std::optional<RecordFacts>(const char *text)>;
 
-    // The run is finished once so many records as are wanted have come; further ones are dropped.
-    // It is given up when none comes for long, unless it is to keep going.
-    RecordStream(std::string name, Run &run, std::optional<uint32_t> wanted, bool keep_going,
-                 RecordTally &tally, Take take);
+    // The run is finished once as many records as are wanted have come; further ones are dropped.
+    // After a silence it is given up, or the operation is interrupted to be run again.
+    RecordStream(StreamOptions options, Run &run, RecordTally &tally, Take take = {});
+
+    const StreamOptions &options() const { return options_; }
+    Silence &silence() { return silence_; }
+    const Silence &silence() const { return silence_; }
 
     Sink sink();
 
-  private:
+    // For records that do not come through the sink.
+    void take(const RecordFacts &facts);
     void take_report(std::string_view text);
-    void take_timeout();
 
-    std::string name_;
+    // As often as the module polls.
+    void look(Run::Time now);
+
+    // Says what keeps the records from coming, unless it has since the last of them.
+    void tell(const std::string &sentence);
+
+    // The run ends now. Returns the length of the silence in which it does.
+    std::optional<Silence::Duration> finish(Run::Time now);
+
+  private:
+    void look_in_silence(Run::Time now);
+
+    StreamOptions options_;
     Run &run_;
-    std::optional<uint32_t> wanted_;
-    bool keep_going_;
     RecordTally &tally_;
     Take take_;
-    bool waiting_ = false; // a time-out was said, and no record has come since
-    std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+    Silence silence_;
+    uint64_t fresh_ = 0;            // came since the last look
+    std::vector<std::string> told_; // since the last of the records
+    Run::Time trouble_begin_;
 };
+
+// "4.2 s"
+std::string seconds_words(std::chrono::milliseconds time);
 
 } // namespace stmctl

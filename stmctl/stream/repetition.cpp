@@ -1,9 +1,14 @@
 // Runs an operation again and again until nothing more is wanted.
 #include "stmctl/stream/repetition.hpp"
 
+#include "stmctl/module/diagnosis.hpp"
+#include "stmctl/module/recovery.hpp"
 #include "stmctl/output/output.hpp"
+#include "stmctl/process/stop.hpp"
 
 #include <fmt/format.h>
+
+#include <algorithm>
 
 namespace stmctl
 {
@@ -11,70 +16,132 @@ namespace stmctl
 namespace
 {
 
-constexpr std::chrono::milliseconds BEFORE_NEXT(500);
+using std::chrono::steady_clock;
 
-// Its failure shows in the next attempt.
-void synchronise()
+constexpr std::chrono::milliseconds FIRST_PAUSE(500);
+constexpr std::chrono::milliseconds LONGEST_PAUSE(60'000);
+
+// An operation ends by itself when all has come, or after a failure. Whoever talks in between can
+// make it end without either.
+std::string reason_of(const Outcome &outcome, const Device &device)
 {
-    perform([](StmPollFn, StmOutputFn) {
-        stm_sync_transfer();
-        return 0;
-    });
+    if (!outcome.failures.empty()) {
+        return sentence_of(outcome.failures.front(), device);
+    }
+    if (outcome.timed_out) {
+        return "not everything came in time";
+    }
+    if (outcome.rejected) {
+        return "not everything came whole";
+    }
+    const DeviceUsers users = device.other_users();
+    return fmt::format("not everything came; another program may have used the device{}",
+                       users.processes.empty() ? ""
+                                               : fmt::format(", {} has it open", users.words()));
 }
 
-std::string reason_of(const Outcome &outcome)
+std::string end_in_silence(const RecordStream &stream, Silence::Duration silence)
 {
-    return outcome.failures.empty() ? "not everything came" : outcome.failures.front().sentence();
+    return fmt::format("{}: nothing came for the last {}", stream.options().name,
+                       seconds_words(silence));
 }
+
+std::string giving_up(const RecordStream &stream)
+{
+    const double limit = std::chrono::duration<double>(stream.silence().limit()).count();
+    return fmt::format("{}: nothing has come for {:g} {}", stream.options().name, limit,
+                       limit == 1 ? "second" : "seconds");
+}
+
+// The loop, and what it remembers from one attempt to the next.
+class Attempts
+{
+  public:
+    Attempts(const Repetition &repetition, Run &run, RecordTally &tally)
+        : repetition_(repetition), run_(run), tally_(tally),
+          recovery_(
+              repetition.device, [&run](std::chrono::milliseconds time) { return run.pause(time); },
+              [&repetition](const std::string &sentence) { repetition.stream.tell(sentence); })
+    {
+    }
+
+    Ending run()
+    {
+        for (;;) {
+            const uint64_t before = tally_.records;
+            const Outcome outcome = repetition_.once();
+            tally_.failures += outcome.failures.size();
+            if (outcome.stopped) {
+                return Ending::stopped;
+            }
+            if (run_.over()) {
+                return run_.given_up() ? Ending::failed : Ending::done;
+            }
+            if (!repetition_.stream.options().keep_going) {
+                say_failure(outcome);
+                return Ending::failed;
+            }
+            pause_ = tally_.records > before ? FIRST_PAUSE : pause_;
+            if (!recover(outcome)) {
+                return stop_requested() ? Ending::stopped : Ending::done;
+            }
+        }
+    }
+
+  private:
+    // What is rejected or not ready in time is told by the summary.
+    void say_failure(const Outcome &outcome) const
+    {
+        if (!outcome.failures.empty() || (!outcome.timed_out && !outcome.rejected)) {
+            say(fmt::format("{}: {}", repetition_.stream.options().name,
+                            reason_of(outcome, repetition_.device)));
+        }
+    }
+
+    // What was cut off has waited by then.
+    bool recover(const Outcome &outcome)
+    {
+        RecordStream &stream = repetition_.stream;
+        if (!outcome.cut_off && !is_device_gone(outcome.failures)) {
+            stream.tell(fmt::format("{}; trying again", reason_of(outcome, repetition_.device)));
+            if (!run_.pause(pause_)) {
+                return false;
+            }
+            pause_ = std::min(2 * pause_, LONGEST_PAUSE);
+        }
+        stream.silence().disturb();
+        if (!recovery_.await_application(outcome.failures)) {
+            return false;
+        }
+        stream.silence().asked(steady_clock::now());
+        return true;
+    }
+
+    const Repetition &repetition_;
+    Run &run_;
+    RecordTally &tally_;
+    Recovery recovery_;
+    std::chrono::milliseconds pause_ = FIRST_PAUSE;
+};
 
 } // namespace
 
 Ending repeat(const Repetition &repetition, Run &run, RecordTally &tally)
 {
-    bool said = false;
-    for (;;) {
-        const uint64_t before = tally.records;
-        const Outcome outcome = repetition.once();
-        tally.failures += outcome.failures.size();
-        if (outcome.stopped) {
-            return Ending::stopped;
-        }
-        if (run.over()) {
-            return run.given_up() ? Ending::failed : Ending::done;
-        }
-        said = said && tally.records == before;
-        if (!repetition.keep_going && outcome.failures.empty()) {
-            return Ending::failed; // the summary tells what is missing
-        }
-        if (!said) {
-            say(fmt::format("{}: {}{}", repetition.name, reason_of(outcome),
-                            repetition.keep_going ? "; trying again" : ""));
-            said = true;
-        }
-        if (!repetition.keep_going) {
-            return Ending::failed;
-        }
-        if (!wait_unless_stopped(BEFORE_NEXT)) {
-            return Ending::stopped;
-        }
-        if (run.over()) {
-            return Ending::done;
-        }
-        synchronise();
+    const Ending ending = Attempts(repetition, run, tally).run();
+    const auto silence = repetition.stream.finish(steady_clock::now());
+    if (!silence) {
+        return ending;
     }
-}
-
-ExitStatus status_of(Ending ending, const RunOptions &options, const RecordTally &tally)
-{
-    switch (ending) {
-    case Ending::done:
-        return tally.records > 0 ? ExitStatus::done : ExitStatus::failed;
-    case Ending::stopped:
-        return options.count.empty() && options.duration.empty() ? ExitStatus::done
-                                                                 : ExitStatus::stopped;
-    default:
-        return ExitStatus::failed;
+    if (ending == Ending::stopped) {
+        say(end_in_silence(repetition.stream, *silence)); // its user does not wait for a cause
+        return Ending::stopped_in_silence;
     }
+    say(fmt::format("{}; {}",
+                    run.given_up() ? giving_up(repetition.stream)
+                                   : end_in_silence(repetition.stream, *silence),
+                    diagnose(repetition.device).words));
+    return Ending::failed;
 }
 
 } // namespace stmctl

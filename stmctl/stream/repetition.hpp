@@ -1,31 +1,24 @@
-// Runs an operation again and again until nothing more is wanted.
+// Runs an operation again and again until nothing more is wanted, through whatever a board does.
 #pragma once
 
-#include "stmctl/module/operation.hpp"
-#include "stmctl/process/exit_status.hpp"
-#include "stmctl/record/record_tally.hpp"
-#include "stmctl/stream/run.hpp"
+#include "stmctl/module/device.hpp"
+#include "stmctl/stream/record_stream.hpp"
 
 #include <functional>
-#include <string>
 
 namespace stmctl
 {
 
-enum class Ending { done, stopped, failed };
+enum class Ending { done, stopped, stopped_in_silence, failed };
 
 struct Repetition {
-    std::string name;              // of the command
-    bool keep_going;               // after a failure wait, synchronise the link and run it again
-    std::function<Outcome()> once; // runs the operation with poll_run
+    Device &device;
+    RecordStream &stream;
+    std::function<Outcome()> once; // runs the operation, which asks the run
 };
 
 // Runs it until the run is over, the user stops it, or it ends by itself, which is a failure unless
-// it is to keep going. A failure is said, of several in a row the first.
+// the stream is to keep going: then the link is brought back, and it is run again.
 Ending repeat(const Repetition &repetition, Run &run, RecordTally &tally);
-
-// What the ending of a run means: an endless one is done when its user ends it, a limited one has
-// failed if nothing came in its time.
-ExitStatus status_of(Ending ending, const RunOptions &options, const RecordTally &tally);
 
 } // namespace stmctl

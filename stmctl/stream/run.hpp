@@ -1,6 +1,8 @@
 // How long a run goes on, and what is done while it does.
 #pragma once
 
+#include "stmctl/module/operation.hpp"
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -18,11 +20,17 @@ namespace stmctl
 struct RunOptions {
     std::string count;    // empty: not given
     std::string duration; // in seconds; empty: not given
+    std::string silence;  // likewise
+    std::string summary;  // a file
     bool keep_going = false;
+    bool fail_on_loss = false;
 
     // Throw a Failure for what is no number, or none that makes sense.
     std::optional<uint32_t> wanted() const;
     std::optional<std::chrono::milliseconds> time() const;
+    std::optional<std::chrono::milliseconds> silence_given() const;
+
+    bool is_endless() const { return count.empty() && duration.empty(); }
 };
 
 // "-n" and "--duration"; of "-n" the help says what is counted.
@@ -30,34 +38,42 @@ void add_run_limits(CLI::App &command, RunOptions &options, const char *counted)
 void add_duration(CLI::App &command, RunOptions &options);
 void add_keep_going(CLI::App &command, RunOptions &options);
 
-// The run that goes on; there is one at a time.
+// The default silence of what may keep going.
+inline constexpr char SILENCE_HELP[] = "what counts as a silence (10; with --keep-going 2)";
+
+// "--silence", of which the help says the default, "--fail-on-loss" and "--summary".
+void add_judgement(CLI::App &command, RunOptions &options, const char *silence_default);
+
+// The run that goes on. Operations ask it whether to end; the run itself may go on after that.
 class Run
 {
   public:
-    // Called about so often as the module polls.
-    using Tick = std::function<void(std::chrono::steady_clock::time_point now)>;
+    using Time = std::chrono::steady_clock::time_point;
+    using Tick = std::function<void(Time now)>;
 
+    // tick is called about as often as the module polls.
     explicit Run(std::optional<std::chrono::milliseconds> time, Tick tick = {});
-    ~Run();
-    Run(const Run &) = delete;
-    Run &operator=(const Run &) = delete;
 
-    void finish() { finished_ = true; } // nothing more is wanted
-    void give_up() { given_up_ = true; }
+    void finish() { finished_ = true; }       // nothing more is wanted
+    void give_up() { given_up_ = true; }      // nothing comes
+    void interrupt() { interrupted_ = true; } // the operation is to end, and to be run again
     bool given_up() const { return given_up_; }
 
     // It is finished or given up, its time is over, or nobody takes the output.
     bool over();
 
+    // The question that operations ask. Only the user's wish counts as a stop.
+    Wish ask();
+
+    // Waits. False if the run was over or the user wished its end before that.
+    bool pause(std::chrono::milliseconds time);
+
   private:
-    std::optional<std::chrono::steady_clock::time_point> end_;
+    std::optional<Time> end_;
     Tick tick_;
     bool finished_ = false;
     bool given_up_ = false;
+    bool interrupted_ = false;
 };
-
-// A poll callback (StmPollFn): ends the operation when the run is over or the user wishes so. Only
-// the wish counts as a stop.
-int poll_run(char *line);
 
 } // namespace stmctl

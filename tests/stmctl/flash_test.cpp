@@ -161,7 +161,8 @@ INSTANTIATE_TEST_SUITE_P(
     Faults, WithoutAcknowledge,
     testing::Values(
         std::pair("bus-inactive", "the bus is inactive, no co-processor drives it"),
-        std::pair("silence", "time-out, no acknowledge within 16.5 seconds"),
+        std::pair("silence", "time-out, no acknowledge within 16.5 seconds; nothing answers "
+                             "at all: has the co-processor power, does it hang?"),
         std::pair("checksum-error",
                   "checksum error, the co-processor got other bytes than were sent"),
         std::pair("address-error",
@@ -172,7 +173,8 @@ TEST_F(Flash, dead_board_is_told_at_the_mode_command)
     expect_incomplete("bus-inactive",
                       "at the mode command: the bus is inactive, no co-processor drives it");
     expect_incomplete("silence", "at the mode command: time-out, no acknowledge within 16.5 "
-                                 "seconds");
+                                 "seconds; nothing answers at all: has the co-processor power, "
+                                 "does it hang?");
 }
 
 TEST_F(Flash, failing_exchange_is_told_for_every_step)
@@ -186,7 +188,8 @@ TEST_F(Flash, failing_exchange_is_told_for_every_step)
     expect_incomplete("exchange@6", "at block 0, after 0 of 5000 bytes: sending the data" + error);
     expect_incomplete("exchange@7=ESHUTDOWN",
                       "at block 0, after 0 of 5000 bytes: asking for the acknowledge failed: "
-                      "Cannot send after transport endpoint shutdown");
+                      "Cannot send after transport endpoint shutdown; the device is gone, see "
+                      "stmctl --help access");
     expect_incomplete("exchange@14",
                       "at block 4, after 4096 of 5000 bytes: sending the data" + error);
     expect_incomplete("exchange@15", "at block 4, after 4096 of 5000 bytes: " + acknowledge);

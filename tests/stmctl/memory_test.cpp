@@ -14,8 +14,8 @@ class Memory : public StmctlBench
     }
 };
 
-constexpr char TIMEOUT[] = ": the co-processor did not answer in time; does the application run? "
-                           "See stmctl state";
+constexpr char TIMEOUT[] = ": the co-processor did not answer in time; nothing answers at all: "
+                           "has the co-processor power, does it hang?";
 
 TEST_F(Memory, pokes_are_told_and_peeked_back)
 {
@@ -63,7 +63,8 @@ TEST_F(Memory, dump_shows_no_byte_that_did_not_come)
     const Result result = with_fault("length@0x75=2", {"dump", "0", "3"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "0000  41 42                                            |AB|\n");
-    EXPECT_EQ(result.errors, "stmctl: dump: 3 bytes asked for, 2 came\n");
+    EXPECT_EQ(result.errors, "stmctl: dump: 3 bytes asked for, 2 came; another program may "
+                             "have used the device\n");
 }
 
 TEST_F(Memory, dump_of_the_largest_reply)

@@ -28,6 +28,9 @@ constexpr struct {
 } ENDINGS[] = {
     {"virtual-board --count-time --fault late@0x06=3000 stmctl get adc-word-54 1", 1},
     {"virtual-board --fault length@0x21=4097 stmctl get text-21", 1},
+    {"virtual-board --count-time --fault intrusion@t=2s=start.txt stmctl follow --duration 5 "
+     "--keep-going",
+     1},
 };
 
 class ReadmeCommands : public StmctlBench

@@ -38,12 +38,14 @@ class RingStream : public RingBench
         }
     }
 
-    // The reader's clock is counted: it writes out what it has in no time.
+    // The reader's clock is counted: it writes out what it has in no time, and no time is
+    // a silence.
     pid_t start_reader()
     {
         Words words = virtual_board({"--count-time"});
-        words.insert(words.end(), {program(), "ring", "read", "--from-oldest", "-n",
-                                   std::to_string(RECORDS), "--format", "csv", "-o", "read.csv"});
+        words.insert(words.end(),
+                     {program(), "ring", "read", "--from-oldest", "-n", std::to_string(RECORDS),
+                      "--format", "csv", "-o", "read.csv", "--silence", "1000000000"});
         return start(words);
     }
 

@@ -43,7 +43,7 @@ TEST_F(Ring, writer_makes_it_and_status_tells_of_it)
     const Result written = script("fill 0.5; cat writer.err");
     EXPECT_EQ(written.status, 0);
     EXPECT_NE(written.output.find("stmctl: ring write: 4"), std::string::npos) << written.output;
-    EXPECT_NE(written.output.find(" records, 0 rejected, 0 failing exchanges\n"),
+    EXPECT_NE(written.output.find(" records, 0 lost, 0 rejected, 0 overflowing\n"),
               std::string::npos);
     const Result status = script("$STMCTL ring status");
     EXPECT_EQ(status.status, 0);
@@ -234,7 +234,8 @@ TEST_F(Ring, writer_starts_again_after_a_failing_exchange)
                                    "error; trying again\n"),
               2U)
         << result.errors;
-    EXPECT_NE(result.errors.find("ring write: 3987 records, 0 rejected, 2 failing exchanges\n"),
+    EXPECT_NE(result.errors.find("ring write: 3787 records, 1000 lost, 0 rejected, 0 overflowing, "
+                                 "2 failing exchanges\n"),
               std::string::npos)
         << result.errors;
 }

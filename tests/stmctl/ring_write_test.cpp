@@ -12,7 +12,8 @@ TEST_F(RingWrite, rejected_records_are_counted)
 {
     const Result result =
         script("$BOARD --count-time --fault flip@90 $STMCTL ring write --duration 1");
-    EXPECT_NE(result.errors.find(" records, 1 rejected, 0 failing exchanges\n"), std::string::npos)
+    EXPECT_NE(result.errors.find(" records, 1 lost, 1 rejected, 0 overflowing\n"),
+              std::string::npos)
         << result.errors;
 }
 

@@ -209,9 +209,9 @@ TEST_F(Terminal, ring_write_refreshes_one_line)
     }
     open_terminal(on_board_with({"--rate", "1000"}, {"ring", "write", "--duration", "0.6"}));
     EXPECT_EQ(close_terminal(), 0);
-    EXPECT_EQ(screen(), "\r0 records, 0 rejected\r249 records, 0 rejected"
-                        "\r499 records, 0 rejected\r\n"
-                        "stmctl: ring write: 599 records, 0 rejected, 0 failing exchanges\r\n");
+    EXPECT_EQ(screen(), "\r0 records, 0 lost, 0 rejected\r249 records, 0 lost, 0 rejected"
+                        "\r499 records, 0 lost, 0 rejected\r\n"
+                        "stmctl: ring write: 599 records, 0 lost, 0 rejected, 0 overflowing\r\n");
 }
 
 TEST_F(Terminal, interrupt_does_not_reach_gnuplot)
@@ -278,11 +278,11 @@ TEST_F(Terminal, ring_writer_refreshes_a_line_four_times_a_second)
     }
     open_terminal(on_board_with({}, {"ring", "write", "--duration", "1"}));
     EXPECT_EQ(close_terminal(), 0);
-    EXPECT_EQ(screen(), "\r0 records, 0 rejected"
-                        "\r249 records, 0 rejected"
-                        "\r499 records, 0 rejected"
-                        "\r749 records, 0 rejected\r\n"
-                        "stmctl: ring write: 999 records, 0 rejected, 0 failing exchanges\r\n");
+    EXPECT_EQ(screen(), "\r0 records, 0 lost, 0 rejected"
+                        "\r249 records, 0 lost, 0 rejected"
+                        "\r499 records, 0 lost, 0 rejected"
+                        "\r749 records, 0 lost, 0 rejected\r\n"
+                        "stmctl: ring write: 999 records, 0 lost, 0 rejected, 0 overflowing\r\n");
 }
 
 TEST_F(Terminal, plot_wants_a_file_there)

@@ -203,13 +203,19 @@ TEST_F(Values, names_that_are_none_are_refused)
 
 TEST_F(Values, time_out_is_told_and_no_value_shown)
 {
-    const std::string timeout = ": the co-processor did not answer in time; does the application "
-                                "run? See stmctl state";
-    expect_failure(with_fault("silence", {"get", "sampletime"}), 1, "sampletime" + timeout);
-    expect_failure(with_fault("silence", {"set", "sampletime", "1"}), 1, "sampletime" + timeout);
-    expect_failure(with_fault("late@0x21=3000", {"get", "text-21"}), 1, "text-21" + timeout);
+    const std::string timeout = ": the co-processor did not answer in time; ";
+    const std::string dead = timeout + "nothing answers at all: has the co-processor power, does "
+                                       "it hang?";
+    expect_failure(with_fault("silence", {"get", "sampletime"}), 1, "sampletime" + dead);
+    expect_failure(with_fault("silence", {"set", "sampletime", "1"}), 1, "sampletime" + dead);
+    expect_failure(with_fault("late@0x21=3000", {"get", "text-21"}), 1,
+                   "text-21" + timeout + "the application runs, but does not answer this");
     expect_failure(stmctl({"get", "sampletime"}, {"--mode", "boot loader"}), 1,
-                   "sampletime" + timeout);
+                   "sampletime" + timeout +
+                       "the boot loader runs, stmctl reset starts the application");
+    expect_failure(with_fault("bus-inactive", {"get", "sampletime"}), 1,
+                   "sampletime: fetching the data failed: Message too long; nobody drives the "
+                   "line: is the co-processor there?");
 }
 
 TEST_F(Values, late_but_in_time_is_good)
@@ -237,7 +243,7 @@ TEST_F(Values, reply_that_is_too_long_is_told)
 {
     expect_failure(with_fault("length=4097", {"get", "sampletime"}), 1,
                    "sampletime: fetching the data failed: Message too long; the co-processor "
-                   "announced a length that cannot be, see stmctl state");
+                   "announced a length that cannot be; another program may have used the device");
 }
 
 TEST_F(Values, controlling_characters_of_a_text_are_shown_not_obeyed)

@@ -1,0 +1,45 @@
+// Why the co-processor does not do what it is asked for: what it says of itself.
+#pragma once
+
+#include "stmctl/module/voice.hpp"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace stmctl
+{
+
+class Device;
+
+inline constexpr uint8_t MODE_QUERY = 0x23;
+inline constexpr uint8_t BOOT_LOADER = 1;
+inline constexpr uint8_t APPLICATION = 2;
+inline constexpr uint8_t SILENT_LINE = 0x00;
+inline constexpr uint8_t UNDRIVEN_LINE = 0xFF;
+
+enum class Condition {
+    application, // runs
+    boot_loader, // runs
+    no_answer,   // a silent or undriven line, or what is no mode
+    failed,      // the exchange
+    shared,      // another process has the device open: nothing was sent
+};
+
+struct Diagnosis {
+    Condition condition;
+    std::string words;
+    std::vector<Report> failures; // of the exchange
+};
+
+// Asks for the mode, unless another process has the device open: a query in the middle of its
+// dialogue would break that.
+Diagnosis diagnose(const Device &device);
+
+// The report's sentence, with the cause of a length that cannot be.
+std::string sentence_of(const Report &report, const Device &device);
+
+// What an answer to the mode query means, for which there is no name: "nothing answers".
+const char *odd_mode_words(uint8_t answer);
+
+} // namespace stmctl

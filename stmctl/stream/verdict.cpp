@@ -1,0 +1,59 @@
+// What came of a run, as an exit status and as a file.
+#include "stmctl/stream/verdict.hpp"
+
+#include "stmctl/output/output.hpp"
+#include "stmctl/process/failure.hpp"
+
+#include <utility>
+
+namespace stmctl
+{
+
+ExitStatus status_of(Ending ending, const RunOptions &options, const RecordTally &tally)
+{
+    const bool hole = options.fail_on_loss && tally.has_holes();
+    if (ending == Ending::failed || hole) {
+        return ExitStatus::failed;
+    }
+    if (ending == Ending::stopped || ending == Ending::stopped_in_silence) {
+        const bool well = ending == Ending::stopped;
+        return !options.is_endless() ? ExitStatus::stopped
+               : well                ? ExitStatus::done
+                                     : ExitStatus::failed;
+    }
+    return tally.records > 0 ? ExitStatus::done : ExitStatus::failed;
+}
+
+SummaryFile::SummaryFile(const std::string &name, const RecordTally &tally,
+                         std::optional<uint32_t> wanted)
+    : tally_(tally), wanted_(wanted)
+{
+    if (!name.empty()) {
+        file_.emplace(name);
+    }
+}
+
+SummaryFile::~SummaryFile()
+{
+    try {
+        finish();
+    } catch (const Failure &failure) {
+        say(failure.what()); // besides the failure that the run ends in
+    }
+}
+
+void SummaryFile::begin()
+{
+    due_ = file_.has_value();
+}
+
+void SummaryFile::finish()
+{
+    if (std::exchange(due_, false)) {
+        file_->begin();
+        file_->write(tally_.json(wanted_) + '\n');
+        file_->finish();
+    }
+}
+
+} // namespace stmctl
