@@ -10,8 +10,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
+#include <optional>
 #include <string>
 
 namespace stmctl
@@ -26,8 +28,9 @@ volatile sig_atomic_t signals_seen = 0;
 volatile sig_atomic_t interrupts_seen = 0; // those from the keyboard
 bool stop_typed = false;
 bool input_ended = false;
-bool all_input = false;         // is ours
-std::string typed;              // the line that is not complete yet
+bool all_input = false;                                         // is ours
+std::string typed;                                              // the line that is not complete yet
+std::optional<std::chrono::steady_clock::time_point> next_look; // at standard input; else at once
 void (*before_end)() = nullptr; // of the process, at the second interrupt
 
 // Others than those from the keyboard come twice without anybody wishing so, when a terminal is
@@ -107,7 +110,7 @@ void read_input()
     if (poll(&input, 1, 0) <= 0) {
         return;
     }
-    char piece[256];
+    char piece[4096];
     const ssize_t size = read(STDIN_FILENO, piece, sizeof(piece));
     if (size > 0) {
         typed.append(piece, static_cast<size_t>(size));
@@ -115,6 +118,18 @@ void read_input()
     } else if (size == 0 || (errno != EINTR && errno != EAGAIN)) {
         input_ended = true;
     }
+}
+
+// A look takes two to four system calls, and a poll of the module's often less time than one.
+bool is_time_to_look()
+{
+    constexpr std::chrono::milliseconds INTERVAL(10);
+    const auto now = std::chrono::steady_clock::now();
+    if (next_look && now < *next_look) {
+        return false;
+    }
+    next_look = now + INTERVAL;
+    return true;
 }
 
 void look_at_input()
@@ -143,6 +158,7 @@ void watch_for_stop(void (*before_abrupt_end)())
 void take_all_input()
 {
     all_input = true;
+    next_look.reset();
 }
 
 bool interrupted()
@@ -152,7 +168,7 @@ bool interrupted()
 
 bool stop_requested()
 {
-    if (!interrupted() && !stop_typed && !input_ended) {
+    if (!interrupted() && !stop_typed && !input_ended && is_time_to_look()) {
         look_at_input();
     }
     return interrupted() || stop_typed;

@@ -15,7 +15,8 @@ namespace stmctl
 void watch_for_stop(void (*before_abrupt_end)());
 void take_all_input(); // not only from a terminal
 
-// Looks whether the wish has been uttered; it holds from then on.
+// Looks whether the wish has been uttered; it holds from then on. Standard input is looked at no
+// more often than each ten milliseconds.
 bool stop_requested();
 
 // The same by a signal alone: what is typed stays for whoever asked for it.
