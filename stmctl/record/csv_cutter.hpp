@@ -1,12 +1,8 @@
-// Cuts a line of CSV into its numbers, eight characters at a time: their lengths vary too much for
-// branches.
+// Cuts a line of CSV into its numbers.
 #pragma once
 
-#include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 namespace stmctl
@@ -15,59 +11,37 @@ namespace stmctl
 class CsvCutter
 {
   public:
-    explicit CsvCutter(std::string_view line)
-        : size_of_line_(std::min(line.size(), LONGEST_LINE)), good_(line.size() <= LONGEST_LINE)
+    explicit CsvCutter(std::string_view line) : line_(line)
     {
-        memcpy(line_.data(), line.data(), size_of_line_);
-        memset(line_.data() + size_of_line_, 0, ROOM);
+        // The lengths of numbers vary too much for a branch at each semicolon.
+        const size_t size = line.size() <= LONGEST_LINE ? line.size() : 0;
+        size_t count = 0;
+        for (size_t i = 0; i < size; ++i) {
+            ends_[count] = static_cast<uint8_t>(i);
+            count += line[i] == ';' ? 1U : 0U;
+        }
+        count_ = count;
     }
 
-    // The next number, in front of its semicolon; 16 bytes can be read there in any case.
-    const char *next()
+    // Whether it consists of so many fields, each with a semicolon behind it, and the line's end.
+    bool has(size_t fields) const
     {
-        const char *number = line_.data() + at_;
-        size_ = length(number);
-        good_ = good_ && size_ > 0 && size_ <= LONGEST_NUMBER;
-        at_ = good_ ? at_ + size_ + 1 : at_;
-        return number;
+        return count_ == fields && line_.ends_with(";\n") && line_.size() == ends_[fields - 1] + 2U;
     }
 
-    size_t size() const { return size_; } // of the number
-
-    // Whether numbers were all that came, and nothing but the end of the line is left.
-    bool is_done() const { return good_ && at_ + 1 == size_of_line_ && line_[at_] == '\n'; }
+    // One of those that it has.
+    std::string_view operator[](size_t field) const
+    {
+        const size_t begin = field == 0 ? 0 : ends_[field - 1] + 1U;
+        return {line_.data() + begin, ends_[field] - begin};
+    }
 
   private:
-    static_assert(std::endian::native == std::endian::little);
+    static constexpr size_t LONGEST_LINE = 255;
 
-    static constexpr size_t LONGEST_LINE = 240;
-    static constexpr size_t LONGEST_NUMBER = 11; // "-2147483648"
-    static constexpr size_t ROOM = 16;           // that is read behind the line's end
-    static constexpr uint64_t EACH = 0x0101010101010101;
-
-    // A bit in the lowest byte that is a semicolon, and perhaps in higher ones.
-    static uint64_t semicolons(const char *bytes)
-    {
-        uint64_t word = 0;
-        memcpy(&word, bytes, sizeof(word));
-        word ^= EACH * ';';
-        return (word - EACH) & ~word & (EACH << 7U);
-    }
-
-    // How far it is to the semicolon; 16 if there is none.
-    static size_t length(const char *number)
-    {
-        const uint64_t near = semicolons(number);
-        const uint64_t far = semicolons(number + sizeof(near));
-        const int bits = near != 0 ? std::countr_zero(near) : 64 + std::countr_zero(far);
-        return static_cast<size_t>(bits) / 8;
-    }
-
-    std::array<char, LONGEST_LINE + ROOM> line_;
-    size_t size_of_line_;
-    bool good_;
-    size_t at_ = 0;
-    size_t size_ = 0;
+    std::string_view line_;
+    std::array<uint8_t, LONGEST_LINE + 1> ends_; // of the fields, where their semicolons stand
+    size_t count_;
 };
 
 } // namespace stmctl

@@ -19,40 +19,30 @@ class TextBuffer
 
     void put(std::string_view text)
     {
-        reserve(text.size());
-        memcpy(bytes_.data() + size_, text.data(), text.size());
+        memcpy(room(text.size()), text.data(), text.size());
         size_ += text.size();
     }
 
     void put(int64_t number)
     {
-        reserve(LONGEST_NUMBER);
-        char *at = bytes_.data() + size_;
-        size_ += static_cast<size_t>(std::to_chars(at, at + LONGEST_NUMBER, number).ptr - at);
+        constexpr size_t LONGEST = 20; // "-9223372036854775808"
+        char *at = room(LONGEST);
+        end(std::to_chars(at, at + LONGEST, number).ptr);
     }
 
-    // The first of 16 bytes that can be read: a copy of a known length is a single move.
-    void put_first_of_16(const char *bytes, size_t size)
+    // For who writes in place: so many bytes can be written behind the text, which then goes on to
+    // the end that is told.
+    char *room(size_t size)
     {
-        reserve(16);
-        memcpy(bytes_.data() + size_, bytes, 16);
-        size_ += size;
-    }
-
-    void replace_first(char with) { bytes_[0] = with; }
-
-  private:
-    static constexpr size_t SIZE = 1024; // the longest text of a record takes less than 700
-    static constexpr size_t LONGEST_NUMBER = 20;
-
-    void reserve(size_t size) const
-    {
-        if (size > SIZE - size_) {
+        if (size > bytes_.size() - size_) {
             throw std::length_error("a record's text is too long");
         }
+        return bytes_.data() + size_;
     }
+    void end(const char *end) { size_ = static_cast<size_t>(end - bytes_.data()); }
 
-    std::array<char, SIZE> bytes_;
+  private:
+    std::array<char, 1024> bytes_; // the longest text of a record takes less than 700
     size_t size_ = 0;
 };
 
