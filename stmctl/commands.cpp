@@ -91,7 +91,7 @@ constexpr Command COMMANDS[] = {
     {"completion", "print the completions for a shell",
      "  source <(stmctl completion bash)\n"
      "  stmctl completion bash >/etc/bash_completion.d/stmctl\n",
-     declare_completion},
+     declare_completion, nullptr, true},
 };
 
 } // namespace

@@ -23,6 +23,7 @@ struct Command {
     const char *examples;                 // lines below the help, two blanks in front of each
     Action (*declare)(CLI::App &command); // declares options and operands
     std::span<const Command> (*nested)() = nullptr; // in place of that: commands behind this one
+    bool needs_all = false;                         // of what is declared behind the others
 };
 
 } // namespace stmctl

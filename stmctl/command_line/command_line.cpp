@@ -28,36 +28,73 @@ struct CommandLine {
     std::map<const CLI::App *, Action> actions;
 };
 
-void declare_commands(CommandLine &line, CLI::App &parent, std::span<const Command> rows)
-{
-    parent.require_subcommand(1);
-    for (const Command &row : rows) {
-        CLI::App *command = parent.add_subcommand(row.name, row.summary);
-        command->set_help_flag("-h,--help", "show this text");
-        command->footer(fmt::format("Examples:\n{}", row.examples));
-        if (row.nested != nullptr) {
-            declare_commands(line, *command, row.nested());
-        } else {
-            line.actions[command] = row.declare(*command);
-        }
-    }
-}
-
-void declare(CommandLine &line, const Program &program)
-{
-    line.app.set_help_flag("-h,--help", "show this text; behind it a topic or a command may stand");
-    line.app.set_version_flag("--version", fmt::format("{} {}", program.name, program.version),
-                              fmt::format("show {}'s version", program.name));
-    line.app.footer(program.footer);
-    declare_commands(line, line.app, program.commands);
-}
-
 // Null if there is none.
 const Command *find_command(std::span<const Command> rows, const std::string &name)
 {
     const auto found =
         std::ranges::find_if(rows, [&](const Command &row) { return name == row.name; });
     return found == rows.end() ? nullptr : &*found;
+}
+
+// How much is declared: to do it all takes longer than most commands do.
+struct Extent {
+    std::span<const std::string> words; // that call a command
+    bool all;                           // also what the words have no use for
+
+    bool calls(const Command &row) const { return !words.empty() && words[0] == row.name; }
+    Extent behind() const { return {words.subspan(std::min<size_t>(words.size(), 1)), all}; }
+};
+
+void declare_commands(CommandLine &line, CLI::App &parent, std::span<const Command> rows,
+                      const Extent &extent);
+
+void declare_command(CommandLine &line, CLI::App &parent, const Command &row, const Extent &extent)
+{
+    CLI::App *command = parent.add_subcommand(row.name, row.summary);
+    if (!extent.all && !extent.calls(row)) {
+        return; // help names it
+    }
+    command->set_help_flag("-h,--help", "show this text");
+    command->footer(fmt::format("Examples:\n{}", row.examples));
+    if (row.nested != nullptr) {
+        declare_commands(line, *command, row.nested(), extent.behind());
+    } else {
+        line.actions[command] = row.declare(*command);
+    }
+}
+
+void declare_commands(CommandLine &line, CLI::App &parent, std::span<const Command> rows,
+                      const Extent &extent)
+{
+    parent.require_subcommand(1);
+    const Command *called = extent.words.empty() ? nullptr : find_command(rows, extent.words[0]);
+    for (const Command &row : rows) {
+        if (extent.all || called == nullptr || &row == called) {
+            declare_command(line, parent, row, extent);
+        }
+    }
+}
+
+std::string version_of(const Program &program)
+{
+    return fmt::format("{} {}", program.name, program.version);
+}
+
+bool asks_for_help(const std::string &word)
+{
+    return word == "--help" || word == "-h" || word == "help";
+}
+
+void declare(CommandLine &line, const Program &program, std::span<const std::string> words)
+{
+    words = words.subspan(!words.empty() && asks_for_help(words[0]) ? 1 : 0);
+    const Command *called = words.empty() ? nullptr : find_command(program.commands, words[0]);
+    const Extent extent = {words, called != nullptr && called->needs_all};
+    line.app.set_help_flag("-h,--help", "show this text; behind it a topic or a command may stand");
+    line.app.set_version_flag("--version", version_of(program),
+                              fmt::format("show {}'s version", program.name));
+    line.app.footer(program.footer);
+    declare_commands(line, line.app, program.commands, extent);
 }
 
 // CLI11 says no more than that one is required. The path is that of the commands so far.
@@ -83,11 +120,6 @@ void expect_command(std::span<const Command> rows, std::span<const std::string> 
     if (row->nested != nullptr) {
         expect_command(row->nested(), words.subspan(1), fmt::format("{} {}", path, row->name));
     }
-}
-
-bool asks_for_help(const std::string &word)
-{
-    return word == "--help" || word == "-h" || word == "help";
 }
 
 // "--help access" shows a topic, "--help flash" what "flash --help" does.
@@ -153,12 +185,16 @@ bool parse(CommandLine &line, Words words)
 
 ExitStatus run(const Program &program, Words words)
 {
+    if (words == Words{"--version"}) { // at once, for it is asked by scripts
+        print(version_of(program) + '\n');
+        return ExitStatus::done;
+    }
     if (take_help_topic(program, words)) {
         return ExitStatus::done;
     }
     expect_command(program.commands, words, program.name);
     CommandLine line(program);
-    declare(line, program);
+    declare(line, program, words);
     if (!parse(line, std::move(words))) {
         return ExitStatus::done;
     }

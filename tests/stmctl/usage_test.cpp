@@ -128,6 +128,12 @@ TEST_F(Usage, more_than_one_word_behind_help_is_no_topic)
     EXPECT_EQ(shown({"--help", "flash", "firmware"}), shown({"flash", "--help"}));
 }
 
+TEST_F(Usage, help_in_front_of_several_words_is_that_of_their_command)
+{
+    EXPECT_EQ(shown({"--help", "records", "-n", "5"}), shown({"records", "--help"}));
+    EXPECT_EQ(shown({"--help", "ring", "read"}), shown({"ring", "read", "--help"}));
+}
+
 TEST_F(Usage, help_tells_defaults)
 {
     EXPECT_NE(shown({"flash", "--help"}).find("--retries N=0 "), std::string::npos);
