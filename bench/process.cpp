@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/ptrace.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,22 +28,26 @@ namespace
 
 int null_device()
 {
-    static const int DESCRIPTOR = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    static const int DESCRIPTOR = open("/dev/null", O_RDWR | O_CLOEXEC);
     return DESCRIPTOR;
 }
 
-pid_t start(const char *program, int output)
+pid_t start(Command command, int output)
 {
-    std::array<char, 1> no_name = {};
-    std::array<char *, 2> arguments = {no_name.data(), nullptr};
+    std::vector<char *> words;
+    for (std::string &word : command) {
+        words.push_back(word.data());
+    }
+    words.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, null_device(), STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     pid_t child = -1;
-    const int error = posix_spawn(&child, program, &actions, nullptr, arguments.data(), nullptr);
+    const int error = posix_spawn(&child, words[0], &actions, nullptr, words.data(), nullptr);
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0) {
-        die(program);
+        die(words[0]);
     }
     return child;
 }
@@ -54,6 +59,11 @@ int wait_for(pid_t child)
         die("waitpid");
     }
     return status;
+}
+
+double seconds(const timeval &time)
+{
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
 }
 
 int64_t high_water_mark(pid_t process)
@@ -69,13 +79,13 @@ int64_t high_water_mark(pid_t process)
 
 } // namespace
 
-Ended run(const char *program)
+Ended run(const Command &command)
 {
     std::array<int, 2> ends = {};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         die("pipe");
     }
-    const pid_t child = start(program, ends[1]);
+    const pid_t child = start(command, ends[1]);
     close(ends[1]);
     Ended ended = {-1, {}};
     std::array<char, 4096> piece;
@@ -89,12 +99,23 @@ Ended run(const char *program)
     return ended;
 }
 
-double run_time(const char *program)
+double run_time(const Command &command)
 {
     const int output = null_device();
     const auto begin = std::chrono::steady_clock::now();
-    wait_for(start(program, output));
+    wait_for(start(command, output));
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+double processor_time(const Command &command)
+{
+    const pid_t child = start(command, null_device());
+    int status = 0;
+    rusage usage = {};
+    if (wait4(child, &status, 0, &usage) != child || status != 0) {
+        die(command[0].c_str());
+    }
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 // What wait4 tells of a child includes its time before exec, with this program's memory. So the

@@ -27,7 +27,8 @@ void measure(benchmark::State &state, const char *program)
 {
     for (auto unused : state) {
         (void)unused;
-        state.SetIterationTime(least_of_runs(program, run_time));
+        state.SetIterationTime(
+            least_of_runs(program, [](const char *path) { return run_time({path}); }));
     }
     state.SetItemsProcessed(state.iterations());
     state.counters["peak_kib"] = static_cast<double>(least_of_runs(program, peak_memory));
@@ -42,8 +43,8 @@ void add_program(const char *name, const char *program)
 
 bool contenders_agree()
 {
-    const Ended ours = run(UPDATE_PROGRAM);
-    const Ended trivial = run(USAGE_PROGRAM);
+    const Ended ours = run({UPDATE_PROGRAM});
+    const Ended trivial = run({USAGE_PROGRAM});
     return ours.status == 1 && trivial.status == 1 && !ours.output.empty() &&
            ours.output == trivial.output;
 }

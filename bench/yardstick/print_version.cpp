@@ -1,0 +1,7 @@
+// Yardstick: a program of C++ that does nothing but print what stmctl prints for --version.
+#include <iostream>
+
+int main()
+{
+    std::cout << "stmctl " STMCTL_VERSION "\n";
+}
