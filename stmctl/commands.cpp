@@ -62,7 +62,7 @@ constexpr Command COMMANDS[] = {
      "  stmctl follow --format csv --timestamps -o night.csv --keep-going\n"
      "  stmctl follow --variant temp --format jsonl --duration 60\n"
      "\n"
-     "What is counted is told by stmctl records --help.\n",
+     "What is counted is told by stmctl --help losses.\n",
      declare_follow},
     {"adc", "read a frame of the converter's values",
      "  stmctl adc --format csv\n"
