@@ -45,9 +45,8 @@ ExitStatus dump(const Options &options)
     print(hexdump(address, bytes));
     if (came < count) {
         throw Failure(ExitStatus::failed,
-                      fmt::format("dump: {} bytes asked for, {} came; another program may "
-                                  "have used the device",
-                                  count, came));
+                      fmt::format("dump: {} bytes asked for, {} came; {}", count, came,
+                                  device.other_users().suspicion()));
     }
     return ExitStatus::done;
 }

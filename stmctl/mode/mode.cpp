@@ -34,10 +34,10 @@ uint8_t ask_for_byte(uint8_t query, const std::string &name)
     return answer;
 }
 
-void fail_without_answer(const char *name, uint8_t answer)
+void fail_without_answer(const char *name, uint8_t answer, const Device &device)
 {
     throw Failure(ExitStatus::failed, fmt::format("{} unknown: the answer is {}, {}", name, answer,
-                                                  odd_mode_words(answer)));
+                                                  odd_mode_words(answer, device)));
 }
 
 ExitStatus change_mode(int (*send)(), const char *name, uint8_t wanted)
@@ -61,13 +61,14 @@ ExitStatus change_mode(int (*send)(), const char *name, uint8_t wanted)
     return ExitStatus::done;
 }
 
-Action declare_on_device(CLI::App &command, const std::function<ExitStatus()> &work)
+Action declare_on_device(CLI::App &command,
+                         const std::function<ExitStatus(const Device &device)> &work)
 {
     auto options = std::make_shared<DeviceOptions>();
     add_device_options(command, *options);
     return [options, work] {
         const Device device(*options);
-        return work();
+        return work(device);
     };
 }
 

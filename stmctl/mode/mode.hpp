@@ -2,6 +2,7 @@
 #pragma once
 
 #include "stmctl/command_line/command.hpp"
+#include "stmctl/module/device.hpp"
 #include "stmctl/module/diagnosis.hpp"
 
 #include <cstdint>
@@ -20,13 +21,14 @@ const char *mode_name(uint8_t mode);
 uint8_t ask_for_byte(uint8_t query, const std::string &name);
 
 // For an answer that nobody gives.
-[[noreturn]] void fail_without_answer(const char *name, uint8_t answer);
+[[noreturn]] void fail_without_answer(const char *name, uint8_t answer, const Device &device);
 
 // Sends a command that has no answer: only the mode tells whether it was understood.
 ExitStatus change_mode(int (*send)(), const char *name, uint8_t wanted);
 
 // Declares a command that takes no more than a device.
-Action declare_on_device(CLI::App &command, const std::function<ExitStatus()> &work);
+Action declare_on_device(CLI::App &command,
+                         const std::function<ExitStatus(const Device &device)> &work);
 
 Action declare_state(CLI::App &command);
 Action declare_version(CLI::App &command);

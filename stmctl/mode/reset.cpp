@@ -7,7 +7,8 @@ namespace stmctl
 
 Action declare_reset(CLI::App &command)
 {
-    return declare_on_device(command, [] { return change_mode(stm_reset, "reset", APPLICATION); });
+    return declare_on_device(
+        command, [](const Device &) { return change_mode(stm_reset, "reset", APPLICATION); });
 }
 
 } // namespace stmctl

@@ -7,8 +7,9 @@ namespace stmctl
 
 Action declare_start(CLI::App &command)
 {
-    return declare_on_device(
-        command, [] { return change_mode(stm_start_bootloader, "start", BOOT_LOADER); });
+    return declare_on_device(command, [](const Device &) {
+        return change_mode(stm_start_bootloader, "start", BOOT_LOADER);
+    });
 }
 
 } // namespace stmctl

@@ -10,11 +10,11 @@ namespace stmctl
 namespace
 {
 
-ExitStatus show_state()
+ExitStatus show_state(const Device &device)
 {
     const uint8_t mode = ask_for_byte(MODE_QUERY, "state");
     if (mode != BOOT_LOADER && mode != APPLICATION) {
-        fail_without_answer("state", mode);
+        fail_without_answer("state", mode, device);
     }
     print(fmt::format("{} ({})\n", mode_name(mode), mode));
     return ExitStatus::done;

@@ -35,9 +35,7 @@ Diagnosis meaning_of(uint8_t mode)
     const auto *found = std::ranges::find(ANSWERS, mode, &Answer::mode);
     if (found == std::end(ANSWERS)) {
         return {Condition::no_answer,
-                fmt::format("its mode is {}, which is none; another program may have used the "
-                            "device",
-                            mode),
+                fmt::format("its mode is {}, which is none; {}", mode, DeviceUsers().suspicion()),
                 {}};
     }
     return {found->condition, found->words, {}};
@@ -71,16 +69,16 @@ std::string sentence_of(const Report &report, const Device &device)
     const Diagnosis diagnosis = diagnose(device);
     return fmt::format("{}; {}", report.sentence(),
                        diagnosis.condition == Condition::application
-                           ? "the co-processor announced a length that cannot be; another program "
-                             "may have used the device"
+                           ? "the co-processor announced a length that cannot be; " +
+                                 device.other_users().suspicion()
                            : diagnosis.words);
 }
 
-const char *odd_mode_words(uint8_t answer)
+std::string odd_mode_words(uint8_t answer, const Device &device)
 {
     return answer == SILENT_LINE     ? "nothing answers"
            : answer == UNDRIVEN_LINE ? "nobody drives the line"
-                                     : "that is no mode; another program may have used the device";
+                                     : "that is no mode; " + device.other_users().suspicion();
 }
 
 } // namespace stmctl

@@ -40,6 +40,6 @@ Diagnosis diagnose(const Device &device);
 std::string sentence_of(const Report &report, const Device &device);
 
 // What an answer to the mode query means, for which there is no name: "nothing answers".
-const char *odd_mode_words(uint8_t answer);
+std::string odd_mode_words(uint8_t answer, const Device &device);
 
 } // namespace stmctl

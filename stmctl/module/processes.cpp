@@ -95,6 +95,12 @@ std::string DeviceUsers::words() const
     return words;
 }
 
+std::string DeviceUsers::suspicion() const
+{
+    return fmt::format("another program may have used the device{}",
+                       processes.empty() ? "" : fmt::format(": {} has it open", words()));
+}
+
 DeviceUsers other_users_of(int descriptor)
 {
     DeviceUsers users;

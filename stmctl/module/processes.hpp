@@ -22,6 +22,10 @@ struct DeviceUsers {
     std::vector<pid_t> processes;
     bool some_hidden = false; // there are processes that may not be looked at
 
+    // For answers that make no sense: "another program may have used the device", and those that
+    // have it open.
+    std::string suspicion() const;
+
     std::string words() const; // "process 12 (update -state) and process 13 (front-end)"
 };
 

@@ -9,6 +9,7 @@
 namespace stmctl
 {
 
+// There is one at a time.
 class Capture
 {
   public:
@@ -17,8 +18,14 @@ class Capture
     Capture(const Capture &) = delete;
     Capture &operator=(const Capture &) = delete;
 
-    // Takes what was caught since the last call; endless runs do so now and then.
+    // Takes what was caught since the last call.
     std::string take();
+
+    int real_errors() const { return real_errors_; }
+
+  private:
+    int caught_;      // the file
+    int real_errors_; // a copy of the descriptor that standard error had
 };
 
 // Where standard error really goes, captured or not.

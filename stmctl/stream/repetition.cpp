@@ -34,10 +34,7 @@ std::string reason_of(const Outcome &outcome, const Device &device)
     if (outcome.rejected) {
         return "not everything came whole";
     }
-    const DeviceUsers users = device.other_users();
-    return fmt::format("not everything came; another program may have used the device{}",
-                       users.processes.empty() ? ""
-                                               : fmt::format(", {} has it open", users.words()));
+    return "not everything came; " + device.other_users().suspicion();
 }
 
 std::string end_in_silence(const RecordStream &stream, Silence::Duration silence)
