@@ -66,6 +66,7 @@ class Attempts
     {
         for (;;) {
             const uint64_t before = tally_.records;
+            run_.resume(); // looks since the interruption may have found the same silence
             const Outcome outcome = repetition_.once();
             tally_.failures += outcome.failures.size();
             if (outcome.stopped) {
