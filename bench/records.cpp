@@ -59,16 +59,21 @@ void run_stmctl(Format format, const std::string &file)
     destination.begin();
     RecordWriter writer(format, false, columns_of(RecordKind::temp), destination);
     RegularFlush flush(destination);
-    Run run({}, std::ref(flush));
     RecordTally tally;
-    RecordStream stream("records", run, RECORD_COUNT, false, tally,
+    RecordStream *watched = nullptr;
+    Run run({}, [&](Run::Time now) {
+        flush(now);
+        watched->look(now);
+    });
+    RecordStream stream({"records", RECORD_COUNT, false, {}}, run, tally,
                         [&](const char *text) { return writer.take(text); });
+    watched = &stream;
     perform(
         [&](StmPollFn poll, StmOutputFn output) {
             stm_read_records_temp(RECORD_COUNT, mode_for(format), poll, output);
             return 0;
         },
-        stream.sink(), poll_run);
+        stream.sink(), [&run] { return run.ask(); });
     destination.finish();
     if (tally.records != RECORD_COUNT) {
         fputs("records: some are missing\n", stderr);
