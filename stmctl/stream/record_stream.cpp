@@ -89,7 +89,7 @@ void RecordStream::look(Run::Time now)
 
 void RecordStream::look_in_silence(Run::Time now)
 {
-    if (silence_.lasting(now) < WORTH_A_WORD) {
+    if (resting_ || silence_.lasting(now) < WORTH_A_WORD) {
         return;
     }
     if (options_.keep_going && silence_.is_time_to_ask(now)) {

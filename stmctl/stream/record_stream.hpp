@@ -44,6 +44,10 @@ class RecordStream
     // As often as the module polls.
     void look(Run::Time now);
 
+    // Nobody asks for records until the stream goes on: that none come is no wonder.
+    void rest() { resting_ = true; }
+    void go_on() { resting_ = false; }
+
     // Says what keeps the records from coming, unless it has since the last of them.
     void tell(const std::string &sentence);
 
@@ -61,6 +65,7 @@ class RecordStream
     uint64_t fresh_ = 0;            // came since the last look
     std::vector<std::string> told_; // since the last of the records
     Run::Time trouble_begin_;
+    bool resting_ = false;
 };
 
 // "4.2 s"

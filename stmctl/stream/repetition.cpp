@@ -66,7 +66,7 @@ class Attempts
     {
         for (;;) {
             const uint64_t before = tally_.records;
-            run_.resume(); // looks since the interruption may have found the same silence
+            run_.begin_operation();
             const Outcome outcome = repetition_.once();
             tally_.failures += outcome.failures.size();
             if (outcome.stopped) {
@@ -100,6 +100,7 @@ class Attempts
     bool recover(const Outcome &outcome)
     {
         RecordStream &stream = repetition_.stream;
+        stream.rest();
         if (!outcome.cut_off && !is_device_gone(outcome.failures)) {
             stream.tell(fmt::format("{}; trying again", reason_of(outcome, repetition_.device)));
             if (!run_.pause(pause_)) {
@@ -112,6 +113,7 @@ class Attempts
             return false;
         }
         stream.silence().asked(steady_clock::now());
+        stream.go_on();
         return true;
     }
 

@@ -57,8 +57,10 @@ class Run
     void finish() { finished_ = true; }       // nothing more is wanted
     void give_up() { given_up_ = true; }      // nothing comes
     void interrupt() { interrupted_ = true; } // the operation is to end, and to be run again
-    void resume() { interrupted_ = false; }   // before it is
     bool given_up() const { return given_up_; }
+
+    // An operation begins: what was to be interrupted is the one before.
+    void begin_operation() { interrupted_ = false; }
 
     // It is finished or given up, its time is over, or nobody takes the output.
     bool over();
