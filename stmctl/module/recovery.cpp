@@ -73,14 +73,17 @@ bool Recovery::await_sole_use()
 {
     using std::chrono::steady_clock;
     const auto begin = steady_clock::now();
+    bool told = false;
     for (auto reminder = begin + BETWEEN_REMINDERS;;) {
         const DeviceUsers users = device_.other_users();
         tell_of_hidden(users);
         if (users.processes.empty()) {
             return true;
         }
-        tell_(fmt::format("nothing is sent while {} has the device open; waiting for it",
-                          users.words()));
+        if (!std::exchange(told, true)) { // once: others of its processes come and go
+            tell_(fmt::format("nothing is sent while {} has the device open; waiting for it",
+                              users.words()));
+        }
         const auto now = steady_clock::now();
         if (now >= reminder) {
             reminder += BETWEEN_REMINDERS;

@@ -95,6 +95,27 @@ inline std::vector<Mishap> mishaps(unsigned seed, const std::string &transcripts
     };
 }
 
+// What lasts until somebody does something about it, at one moment of a time.
+inline std::vector<Mishap> lasting_mishaps(Moments &moments, const std::string &transcripts,
+                                           int least_ms, int most_ms)
+{
+    constexpr double NEVER = 1e6;
+    std::vector<Mishap> all;
+    const auto add = [&](const std::string &name, auto options_at) {
+        const double begin = moments.between(least_ms, most_ms);
+        all.push_back({name, options_at(begin), begin, NEVER});
+    };
+    add("silence", [](double time) { return spell("silence", time, NEVER); });
+    add("restart", [](double time) { return restart("application", time); });
+    add("boot loader", [](double time) { return restart("boot-loader", time); });
+    add("gone", [](double time) { return spell("gone", time, NEVER); });
+    for (const std::string name : {"state", "start", "firmware"}) {
+        add("update -" + name,
+            [&](double time) { return intrusion(transcripts + "/" + name, time); });
+    }
+    return all;
+}
+
 // Two, or as many as SURVIVAL_SEEDS says.
 inline std::vector<unsigned> survival_seeds()
 {

@@ -58,15 +58,49 @@ class SurvivalBench : public StmctlBench
         record("firmware", {"-firmware", "image.bin"});
     }
 
-    std::vector<Mishap> mishaps_of(unsigned seed) const { return mishaps(seed, path("dialogues")); }
+    // With each of the mishaps that make has for a seed.
+    template <typename Make, typename Expect>
+    static void with_each(Make make, Expect expect)
+    {
+        for (const unsigned seed : survival_seeds()) {
+            for (const Mishap &mishap : make(seed)) {
+                SCOPED_TRACE("seed " + std::to_string(seed) + ": " + mishap.name + ", " +
+                             quoted(mishap.options));
+                expect(mishap);
+            }
+        }
+    }
+
+    template <typename Expect>
+    void with_each_mishap(Expect expect)
+    {
+        with_each([this](unsigned seed) { return mishaps(seed, path("dialogues")); }, expect);
+    }
+
+    template <typename Expect>
+    void with_each_lasting_mishap(int least_ms, int most_ms, Expect expect)
+    {
+        with_each(
+            [&](unsigned seed) {
+                Moments moments(seed);
+                return lasting_mishaps(moments, path("dialogues"), least_ms, most_ms);
+            },
+            expect);
+    }
+
+    // On the board as the last command left it.
+    Result on_same_board(const Words &options, const Words &arguments)
+    {
+        Words words = both(virtual_board({"--count-time", "--board", path("board")}), options);
+        words.push_back(program());
+        return run(both(words, arguments));
+    }
 
     Result on_fresh_board(const Words &options, const Words &arguments)
     {
         std::filesystem::remove_all(path("board"));
         std::filesystem::remove(path("summary"));
-        Words words = both(virtual_board({"--count-time", "--board", path("board")}), options);
-        words.push_back(program());
-        return run(both(words, arguments));
+        return on_same_board(options, arguments);
     }
 
     static Shown shown_in(const std::string &csv)

@@ -47,34 +47,22 @@ class Survival : public SurvivalBench
         expect_accounts(shown, numbers_in("summary"));
         expect_told_once(result.errors, command, shown.gaps);
     }
-
-    // With every mishap, at the moments of every seed.
-    template <typename Expect>
-    void at_seeded_moments(Expect expect)
-    {
-        for (const unsigned seed : survival_seeds()) {
-            for (const Mishap &mishap : mishaps_of(seed)) {
-                SCOPED_TRACE("seed " + std::to_string(seed) + ", " + quoted(mishap.options));
-                expect(mishap);
-            }
-        }
-    }
 };
 
 TEST_F(Survival, follow_keeps_going)
 {
-    at_seeded_moments([this](const Mishap &mishap) { expect_survival("follow", mishap); });
+    with_each_mishap([this](const Mishap &mishap) { expect_survival("follow", mishap); });
 }
 
 TEST_F(Survival, records_keeps_going)
 {
-    at_seeded_moments([this](const Mishap &mishap) { expect_survival("records", mishap); });
+    with_each_mishap([this](const Mishap &mishap) { expect_survival("records", mishap); });
 }
 
 // It asks as follow does, at the same moments.
 TEST_F(Survival, watch_tells_what_follow_tells)
 {
-    at_seeded_moments([this](const Mishap &mishap) {
+    with_each_mishap([this](const Mishap &mishap) {
         const Result followed = shown_as_csv("follow", mishap);
         const std::string numbers = read_text("summary");
         const Result watched = on_fresh_board(mishap.options, stream("watch", mishap, {}));

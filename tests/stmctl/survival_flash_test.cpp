@@ -1,0 +1,61 @@
+// A download that is tried again is there in the end, whatever happens to it, whenever it does.
+#include "tests/stmctl/survival_bench.hpp"
+
+namespace
+{
+
+constexpr size_t FIRMWARE_OFFSET = 16384;
+constexpr size_t IMAGE_SIZE = 50'000; // 0.6 s
+
+class SurvivalFlash : public SurvivalBench
+{
+  protected:
+    void SetUp() override
+    {
+        record_transcripts(20'000); // of another image
+        write_file("ours.bin", noise(IMAGE_SIZE, 9));
+    }
+
+    static std::vector<Mishap> mishaps_of_download(unsigned seed, const std::string &transcripts)
+    {
+        Moments moments(seed);
+        std::vector<Mishap> all = lasting_mishaps(moments, transcripts, 20, 600);
+        for (const char *kind : {"silence", "gone"}) { // which come to an end here
+            const double begin = moments.between(20, 600);
+            const double end = begin + moments.between(20, 30'000);
+            std::erase_if(all, [kind](const Mishap &mishap) { return mishap.name == kind; });
+            all.push_back({kind, spell(kind, begin, end), begin, end});
+        }
+        const double reset = moments.between(20, 600);
+        all.push_back({"update -reset", intrusion(transcripts + "/reset", reset), reset, reset});
+        return all;
+    }
+};
+
+TEST_F(SurvivalFlash, image_is_in_the_flash_in_the_end)
+{
+    const auto make = [this](unsigned seed) {
+        return mishaps_of_download(seed, path("dialogues"));
+    };
+    with_each(make, [this](const Mishap &mishap) {
+        const Result result =
+            on_fresh_board(mishap.options, {"flash", "firmware", "ours.bin", "--retries", "3"});
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_TRUE(flash(FIRMWARE_OFFSET, IMAGE_SIZE) == read_file("ours.bin"));
+        EXPECT_NE(result.output.find("50000 bytes of firmware written to 0x08004000 in "),
+                  std::string::npos);
+    });
+}
+
+TEST_F(SurvivalFlash, each_attempt_in_vain_is_told_with_where_it_failed)
+{
+    const Result result = on_fresh_board(restart("boot-loader", 0.3),
+                                         {"flash", "firmware", "ours.bin", "--retries", "1"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors.find("stmctl: attempt 1 of 2 failed at block 2"), 0U);
+    EXPECT_TRUE(result.errors.ends_with(
+        " of 50000 bytes: time-out, no acknowledge within 16.5 seconds; trying again\n"))
+        << result.errors;
+}
+
+} // namespace
