@@ -4,18 +4,6 @@
 namespace
 {
 
-// From the begin of a trouble on. Each attempt in vain has doubled the wait for the next: behind
-// the end it is not longer than the trouble was, but for what the first attempts take.
-double promised_length(const Mishap &mishap)
-{
-    return 2 * (mishap.over - mishap.begin) + 4;
-}
-
-double run_time(const Mishap &mishap)
-{
-    return mishap.begin + promised_length(mishap) + 1;
-}
-
 class Survival : public SurvivalBench
 {
   protected:
