@@ -1,11 +1,13 @@
 // The files by which descriptors of the device are known.
 #include "simulator/preload/device_files.hpp"
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <string>
 
 namespace simulator
 {
@@ -41,12 +43,20 @@ void add(const struct stat &file, int generation)
 }
 
 // A file that is mapped keeps its inode when it is replaced and closed: no other file of the
-// program's can get that number and be taken for the device.
+// program's can get that number and be taken for the device. The mapping also keeps what was
+// opened, and a lock that the program has on that would outlast its descriptor: the file is opened
+// once more.
 void keep_inode(int fd, const struct stat &file)
 {
-    if (S_ISREG(file.st_mode)) {
-        (void)mmap(nullptr, static_cast<size_t>(sysconf(_SC_PAGESIZE)), PROT_NONE, MAP_SHARED, fd,
+    if (!S_ISREG(file.st_mode)) {
+        return;
+    }
+    const std::string name = "/proc/self/fd/" + std::to_string(fd);
+    const int own = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    if (own >= 0) {
+        (void)mmap(nullptr, static_cast<size_t>(sysconf(_SC_PAGESIZE)), PROT_NONE, MAP_SHARED, own,
                    0);
+        close(own);
     }
 }
 

@@ -312,6 +312,18 @@ TEST_F(VirtualBoard, runs_programs_that_are_instrumented_and_those_that_are_fort
     }
 }
 
+TEST_F(VirtualBoard, lets_a_lock_on_the_device_end_with_its_descriptor)
+{
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "the shell is not of the emulated architecture";
+    }
+    const Result result = run(virtual_board(
+        {"bash", "-c",
+         "exec 5</dev/spidev1.0; flock 5; exec 6</dev/spidev1.0; flock -n 6; echo $?\n"
+         "exec 5<&-; flock -n 6; echo $?"}));
+    EXPECT_EQ(result.output, "1\n0\n") << result.errors;
+}
+
 TEST_F(VirtualBoard, listens_to_a_real_device_without_touching_it)
 {
     const std::string fake = probe_program("libfake_driver.so");
