@@ -1,0 +1,158 @@
+// Goal: a reader of the ring whom nothing reaches any more tells a writer that has ended from one
+// that was killed, and from one that is there and puts nothing.
+#include "tests/stmctl/numbered_record.hpp"
+#include "tests/stmctl/ring_bench.hpp"
+
+#include <sys/shm.h>
+
+#include <cstddef>
+
+namespace
+{
+
+class RingSilence : public RingBench
+{
+  protected:
+    ~RingSilence() override
+    {
+        if (ring_ != nullptr) {
+            shmdt(ring_);
+        }
+    }
+
+    // A writer of another program: it puts records, and knows of no mark.
+    RingBuffer &other_writer(int32_t records)
+    {
+        const int id = shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, IPC_CREAT | 0666);
+        ring_ = static_cast<RingBuffer *>(shmat(id, nullptr, 0));
+        for (int32_t number = 1; number <= records; ++number) {
+            ring_->slots[ring_->write_index++] = numbered(number);
+        }
+        return *ring_;
+    }
+
+    void end_other_writer()
+    {
+        shmdt(ring_);
+        ring_ = nullptr;
+    }
+
+    static uint8_t mark()
+    {
+        const int id = shmget(RINGBUFFER_KEY, 0, 0);
+        const auto *bytes = static_cast<const uint8_t *>(shmat(id, nullptr, SHM_RDONLY));
+        const uint8_t value = bytes[offsetof(RingBuffer, reader_open) + 1];
+        shmdt(bytes);
+        return value;
+    }
+
+    // In counted time, from the oldest on.
+    Result read(const std::string &options)
+    {
+        return script("$BOARD --count-time $STMCTL ring read --from-oldest " + options +
+                      " --format csv -o read.csv");
+    }
+
+    // On a board in a folder virtual-board becomes the writer itself, which gets no time to end.
+    Result kill_writer()
+    {
+        return script("$BOARD --board board $STMCTL ring write 2>writer.err </dev/null & "
+                      "writer=$!; await_one\n"
+                      "await_status 'fills slot [1-9]'; kill -9 $writer\n"
+                      "await_status 'attached    0 times'");
+    }
+
+    static void expect_silent(const Result &result, const std::string &cause)
+    {
+        EXPECT_EQ(result.status, 1) << result.errors;
+        EXPECT_NE(result.errors.find("stmctl: ring read: nothing came for the last "),
+                  std::string::npos)
+            << result.errors;
+        EXPECT_NE(result.errors.find(" s; " + cause + "\n"), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find(", silent for "), std::string::npos);
+    }
+
+    static void expect_done(const Result &result)
+    {
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_EQ(result.errors.find("nothing came"), std::string::npos) << result.errors;
+        EXPECT_EQ(result.errors.find("silent"), std::string::npos) << result.errors;
+    }
+
+  private:
+    RingBuffer *ring_ = nullptr;
+};
+
+TEST_F(RingSilence, a_writer_that_has_ended_is_no_failure)
+{
+    script("fill 0.1");
+    EXPECT_EQ(mark(), 2);
+    for (const std::string options :
+         {"--duration 60", "--duration 60 --silence 1", "--duration 60 --fail-on-loss"}) {
+        expect_done(read(options));
+    }
+}
+
+TEST_F(RingSilence, a_writer_that_was_killed_is_a_failure)
+{
+    kill_writer();
+    EXPECT_EQ(mark(), 1);
+    expect_silent(read("--duration 60"), "its writer was killed");
+    expect_silent(read("--duration 5 --silence 4.9"), "its writer was killed");
+    expect_done(read("--duration 3 --silence 4"));
+    script("fill 0.1");
+    expect_done(read("--duration 60"));
+}
+
+TEST_F(RingSilence, what_is_wanted_may_come_from_a_killed_writer)
+{
+    kill_writer();
+    const Result result = read("-n 1");
+    EXPECT_EQ(result.status, 0) << result.errors;
+}
+
+TEST_F(RingSilence, a_writer_that_is_there_but_puts_nothing_is_a_failure)
+{
+    other_writer(20);
+    expect_silent(read("--duration 60"), "its writer is there, but puts nothing");
+    expect_silent(read("--duration 5 --silence 4.9"), "its writer is there, but puts nothing");
+    expect_done(read("--duration 4 --silence 5"));
+}
+
+// How it ended is not known.
+TEST_F(RingSilence, a_writer_of_another_program_that_is_away_is_no_failure)
+{
+    other_writer(20);
+    EXPECT_EQ(mark(), 0);
+    end_other_writer();
+    expect_done(read("--duration 60"));
+}
+
+TEST_F(RingSilence, a_mark_that_nobody_leaves_is_as_good_as_none)
+{
+    RingBuffer &ring = other_writer(20);
+    reinterpret_cast<uint8_t *>(&ring)[offsetof(RingBuffer, reader_open) + 1] = 3;
+    end_other_writer();
+    expect_done(read("--duration 60"));
+}
+
+TEST_F(RingSilence, a_writer_whose_board_is_silent_has_left_its_mark_all_the_same)
+{
+    const Result written =
+        script("$BOARD --count-time --fault silence@t=1s..9s $STMCTL ring write --duration 5");
+    EXPECT_EQ(written.status, 1);
+    EXPECT_EQ(mark(), 2);
+    expect_done(read("--duration 60"));
+}
+
+TEST_F(RingSilence, a_stop_in_a_silence_fails_an_endless_reader_and_stops_a_limited_one)
+{
+    kill_writer();
+    const std::string stop = " 2>reader.err < <(await 'waiting for' reader.err; printf 's\\n')";
+    EXPECT_EQ(script("$STMCTL ring read" + stop).status, 1);
+    EXPECT_EQ(count(read_text("reader.err"), "; its writer was killed\n"), 1U);
+    EXPECT_EQ(script("rm reader.err; $STMCTL ring read -n 1000" + stop).status, 3);
+    EXPECT_EQ(count(read_text("reader.err"), "; its writer was killed\n"), 1U);
+}
+
+} // namespace
