@@ -43,7 +43,7 @@ ExitStatus dump(const Options &options)
     const auto came = static_cast<size_t>(outcome.result);
     bytes.resize(std::min(bytes.size(), came));
     print(hexdump(address, bytes));
-    if (came < count) {
+    if (came != count) {
         throw Failure(ExitStatus::failed,
                       fmt::format("dump: {} bytes asked for, {} came; {}", count, came,
                                   device.other_users().suspicion()));
