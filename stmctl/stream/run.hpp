@@ -57,7 +57,6 @@ class Run
     void finish() { finished_ = true; }       // nothing more is wanted
     void give_up() { given_up_ = true; }      // nothing comes
     void interrupt() { interrupted_ = true; } // the operation is to end, and to be run again
-    void begin_operation() { interrupted_ = false; } // what interrupted the last one is done with
     bool given_up() const { return given_up_; }
 
     // An operation begins: what was to be interrupted is the one before.
