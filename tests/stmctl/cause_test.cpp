@@ -160,6 +160,11 @@ TEST_F(Cause, the_boot_loader_is_told_and_how_to_leave_it)
                            name_of(command) + ": " + NOT_IN_TIME + LOADER);
         }
     }
+    const Result going =
+        stmctl({"follow", "--keep-going", "--duration", "9"}, {"--mode", "boot loader"});
+    expect_said(going, "stmctl: follow: the boot loader runs; going on when the application does, "
+                       "stmctl reset starts it\n");
+    expect_said(going, "; " + LOADER + "\n");
     EXPECT_EQ(read_text("board/mode"), "boot loader\n") << "nobody has switched it";
 }
 
