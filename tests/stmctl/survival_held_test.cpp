@@ -73,6 +73,23 @@ TEST_F(SurvivalHeld, a_download_says_once_who_has_it)
     EXPECT_TRUE(flash(16384, 50'000) == read_file("ours.bin"));
 }
 
+TEST_F(SurvivalHeld, stream_that_does_not_keep_going_names_it_and_asks_for_nothing)
+{
+    EXPECT_EQ(on_fresh_board({}, {"state"}).status, 0);
+    const Words follow =
+        on_board_with(spell("silence", 2, 1000), {"follow", "--duration", "60", "-o", "/dev/null"});
+    const Result result =
+        in_script("echo $$; exec 9<>board/spidev1.0\n" + quoted(follow) + "9>&-; echo $?\n");
+    EXPECT_TRUE(result.output.ends_with("\n1\n")) << result.output;
+    const std::string shell = "process " + result.output.substr(0, result.output.find('\n')) + " ";
+    EXPECT_EQ(count(result.errors, "follow: nothing has come for 10 seconds; " + shell), 1U)
+        << result.errors;
+    EXPECT_EQ(count(result.errors, " has the device open, too\n"), 1U) << result.errors;
+    for (const Line &line : transcript()) {
+        EXPECT_FALSE(!line.sent.empty() && line.sent[0] == 0x23) << "asked for the mode";
+    }
+}
+
 TEST_F(SurvivalHeld, a_stmctl_that_waits_does_not_count)
 {
     const std::string second =
