@@ -95,10 +95,10 @@ TEST_F(Follow, time_ends_it_and_it_is_done)
 
 TEST_F(Follow, its_user_ends_it)
 {
-    const Result typed = in_shell({"follow", "--format", "csv"}, "< <(printf 's\\n')");
+    const Result typed = in_shell({"follow", "--format", "csv"}, "<<<s");
     EXPECT_EQ(typed.status, 0);
     EXPECT_EQ(typed.errors, "stmctl: follow: 0 records, 0 lost, 0 rejected, 0 overflowing\n");
-    EXPECT_EQ(in_shell({"follow", "-n", "5"}, "< <(printf 's\\n')").status, 3);
+    EXPECT_EQ(in_shell({"follow", "-n", "5"}, "<<<s").status, 3);
     const pid_t pid = start_stream({}, {});
     kill(pid, SIGINT);
     const Result result = finish(pid);

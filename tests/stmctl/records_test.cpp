@@ -227,7 +227,7 @@ TEST_F(Records, a_late_block_is_waited_for)
 
 TEST_F(Records, the_stop_line_ends_it_before_it_is_done)
 {
-    const Result result = in_shell({"records", "-n", "100"}, "< <(printf 's\\n')");
+    const Result result = in_shell({"records", "-n", "100"}, "<<<s");
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(result.errors, "stmctl: records: 0 of 100 records, 0 lost, 0 rejected, 0 "
                              "overflowing; stopped before all had come\n");

@@ -106,7 +106,7 @@ TEST_F(Samples, number_and_time_end_them)
     EXPECT_EQ(stmctl({"adc", "-n", "0"}).status, 2);
     EXPECT_EQ(stmctl({"raw", "--timestamps"}).status, 2);
     EXPECT_EQ(stmctl({"adc", "--variant", "base"}).status, 2);
-    EXPECT_EQ(in_shell({"adc", "-n", "1000"}, "< <(printf 's\\n')").status, 3);
+    EXPECT_EQ(in_shell({"adc", "-n", "1000"}, "<<<s").status, 3);
 }
 
 TEST_F(Samples, a_file_takes_them)
