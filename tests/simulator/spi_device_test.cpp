@@ -78,7 +78,7 @@ TEST_F(SpiDeviceTest, refuses_more_than_its_buffer_in_either_direction)
 
 TEST_F(SpiDeviceTest, takes_as_much_as_its_buffer_is_told_to_hold)
 {
-    for (const int size : {8, 4096, 65536, 1'048'576}) {
+    for (const int size : {64, 4096, 65536, 1'048'576}) { // as ARM rounds
         Behaviour behaviour;
         behaviour.buffer_size = size;
         SpiDevice device(
