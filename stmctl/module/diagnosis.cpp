@@ -50,7 +50,7 @@ Diagnosis diagnose(const Device &device)
     }
     const DeviceUsers users = device.other_users();
     if (!users.processes.empty()) {
-        return {Condition::shared, fmt::format("{} has the device open, too", users.words()), {}};
+        return {Condition::shared, users.clause("the device") + ", too", {}};
     }
     uint8_t mode = 0;
     const Outcome outcome =

@@ -95,10 +95,15 @@ std::string DeviceUsers::words() const
     return words;
 }
 
+std::string DeviceUsers::clause(const char *what) const
+{
+    return fmt::format("{} {} {} open", words(), processes.size() == 1 ? "has" : "have", what);
+}
+
 std::string DeviceUsers::suspicion() const
 {
     return fmt::format("another program may have used the device{}",
-                       processes.empty() ? "" : fmt::format(": {} has it open", words()));
+                       processes.empty() ? "" : ": " + clause("it"));
 }
 
 DeviceUsers other_users_of(int descriptor)

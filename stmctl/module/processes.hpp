@@ -27,6 +27,9 @@ struct DeviceUsers {
     std::string suspicion() const;
 
     std::string words() const; // "process 12 (update -state) and process 13 (front-end)"
+
+    // "process 12 (update -state) has it open", of what is open.
+    std::string clause(const char *what) const;
 };
 
 // Those that only wait for the lock are left out.

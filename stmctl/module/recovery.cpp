@@ -81,8 +81,9 @@ bool Recovery::await_sole_use()
             return true;
         }
         if (!std::exchange(told, true)) { // once: others of its processes come and go
-            tell_(fmt::format("nothing is sent while {} has the device open; waiting for it",
-                              users.words()));
+            tell_(fmt::format("nothing is sent while {}; waiting for {}",
+                              users.clause("the device"),
+                              users.processes.size() == 1 ? "it" : "them"));
         }
         const auto now = steady_clock::now();
         if (now >= reminder) {

@@ -95,13 +95,19 @@ TEST_F(Users, nobody_else_has_it_open)
     EXPECT_EQ(seen(), std::vector<pid_t>()) << "this process does not count";
     close(again);
     EXPECT_EQ(DeviceUsers{}.words(), "");
+    EXPECT_EQ(DeviceUsers{}.suspicion(), "another program may have used the device");
 }
 
 TEST_F(Users, another_process_is_named_with_its_command_line_but_without_its_folder)
 {
     const pid_t other = opened_with(O_RDWR);
     EXPECT_EQ(seen(), std::vector<pid_t>{other});
-    EXPECT_EQ(other_users_of(file()).words(), "process " + std::to_string(other) + " (sleep 1000)");
+    const DeviceUsers users = other_users_of(file());
+    const std::string words = "process " + std::to_string(other) + " (sleep 1000)";
+    EXPECT_EQ(users.words(), words);
+    EXPECT_EQ(users.clause("the device"), words + " has the device open");
+    EXPECT_EQ(users.suspicion(),
+              "another program may have used the device: " + words + " has it open");
 }
 
 TEST_F(Users, all_ways_to_have_it_open_count_but_one)
@@ -126,8 +132,9 @@ TEST_F(Users, several_are_all_named)
     std::ranges::sort(others);
     std::ranges::sort(found);
     EXPECT_EQ(found, others);
-    const std::string words = other_users_of(file()).words();
-    EXPECT_NE(words.find(" (sleep 1000) and process "), std::string::npos) << words;
+    const std::string clause = other_users_of(file()).clause("the device");
+    EXPECT_NE(clause.find(" (sleep 1000) and process "), std::string::npos) << clause;
+    EXPECT_TRUE(clause.ends_with(" (sleep 1000) have the device open")) << clause;
 }
 
 TEST_F(Users, the_file_counts_and_not_its_name)
