@@ -1,6 +1,8 @@
 // Declares what stands behind the name of a command.
 #include "stmctl/command_line/arguments.hpp"
 
+#include "stmctl/output/output.hpp"
+
 #include <CLI/CLI.hpp>
 
 #include <map>
@@ -78,6 +80,16 @@ void add_operands(CLI::App &command, const char *name, Presence presence,
                   std::vector<std::string> &values, const char *help)
 {
     command.add_option(name, values, help)->type_name("")->required(presence == Presence::required);
+}
+
+void add_detail(CLI::App &command)
+{
+    CLI::Option *quiet = command.add_flag_callback(
+        "-q,--quiet", [] { set_detail(Detail::quiet); }, "no progress and no summary");
+    command
+        .add_flag_callback(
+            "-v,--verbose", [] { set_detail(Detail::verbose); }, "say more of what is done")
+        ->excludes(quiet);
 }
 
 const Offer &offer_for(const CLI::Option &option)

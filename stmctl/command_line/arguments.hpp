@@ -40,6 +40,9 @@ void add_operand(CLI::App &command, const char *name, Presence presence, std::st
 void add_operands(CLI::App &command, const char *name, Presence presence,
                   std::vector<std::string> &values, const char *help);
 
+// "-q" and "-v", which take effect at once.
+void add_detail(CLI::App &command);
+
 // What was offered for an option or operand.
 const Offer &offer_for(const CLI::Option &option);
 

@@ -23,6 +23,8 @@ namespace
 
 int write_error = 0; // the first errno of standard output
 
+Detail chosen_detail = Detail::usual;
+
 volatile sig_atomic_t shown_columns = 0; // of the live line
 
 void note_result(bool good)
@@ -108,6 +110,30 @@ void say(std::string_view sentence)
     flush_output(); // on a terminal both are read in the order of their writing
     const std::string line = fmt::format("stmctl: {}\n", sentence);
     pass_on(line);
+}
+
+void set_detail(Detail detail)
+{
+    chosen_detail = detail;
+}
+
+Detail detail()
+{
+    return chosen_detail;
+}
+
+void remark(std::string_view sentence)
+{
+    if (chosen_detail != Detail::quiet) {
+        say(sentence);
+    }
+}
+
+void say_more(std::string_view sentence)
+{
+    if (chosen_detail == Detail::verbose) {
+        say(sentence);
+    }
 }
 
 void pass_on(std::string_view text)

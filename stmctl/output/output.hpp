@@ -25,6 +25,17 @@ void leave_live_line();
 // Remarks and failures, as "stmctl: SENTENCE" to standard error, also while that is captured.
 void say(std::string_view sentence);
 
+// How much is said besides results and failures.
+enum class Detail { quiet, usual, verbose };
+void set_detail(Detail detail);
+Detail detail();
+
+// As say: what is nice to know, progress and summaries among it, unless quiet.
+void remark(std::string_view sentence);
+
+// As say: how it is done, if verbose.
+void say_more(std::string_view sentence);
+
 // Lines of others, as they are, to standard error.
 void pass_on(std::string_view text);
 
