@@ -54,19 +54,27 @@ constexpr Command COMMANDS[] = {
      "  stmctl records -n 200 --format csv -o records.csv\n"
      "  stmctl records --variant temp --duration 5 --format jsonl\n"
      "\n"
-     "Lost are records that are missing in rel_t, rejected ones among them. With one that is\n"
-     "rejected the rest of its block is lost. csv and jsonl leave out records whose nr is 0; hex\n"
-     "shows the first 48 bytes of a block for each of its records, and no losses.\n",
+     "Lost are records that are missing in rel_t, rejected ones among them. With one\n"
+     "that is rejected the rest of its block is lost. csv and jsonl leave out records\n"
+     "whose nr is 0; hex shows the first 48 bytes of each block, how many records they\n"
+     "are for, and no losses. Of --variant temp, text calls the temperature omega_t,\n"
+     "which is the module's word for it.\n",
      declare_records},
     {"follow", "show the live stream of records",
-     "  stmctl follow --format csv --timestamps -o night.csv --keep-going\n"
+     "  stmctl follow --format csv --timestamps -o night.csv --append --keep-going\n"
      "  stmctl follow --variant temp --format jsonl --duration 60\n"
      "\n"
-     "What is counted is told by stmctl --help losses.\n",
+     "What is counted is told by stmctl --help losses. With --append a log goes on\n"
+     "where an earlier run has ended: below its header, and without the half line of\n"
+     "one that was killed. Of --variant temp, text calls the temperature omega_t,\n"
+     "which is the module's word for it.\n",
      declare_follow},
     {"adc", "read a frame of the converter's values",
      "  stmctl adc --format csv\n"
-     "  stmctl adc -n 10 --format jsonl --timestamps\n",
+     "  stmctl adc -n 10 --format jsonl --timestamps\n"
+     "\n"
+     "In csv and jsonl each value has the number of its frame, from 1 on, if there\n"
+     "may be several.\n",
      declare_adc},
     {"raw", "read 50 bytes that only the firmware understands; 48 are shown",
      "  stmctl raw\n"

@@ -1,6 +1,7 @@
 // Everything that stmctl itself writes.
 #include "stmctl/output/output.hpp"
 
+#include "stmctl/output/buffered_writer.hpp"
 #include "stmctl/output/terminal.hpp"
 #include "stmctl/process/capture.hpp"
 
@@ -12,7 +13,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstring>
 
 namespace stmctl
@@ -21,17 +21,16 @@ namespace stmctl
 namespace
 {
 
-int write_error = 0; // the first errno of standard output
+constinit BufferedWriter results(STDOUT_FILENO);
 
 Detail chosen_detail = Detail::usual;
 
 volatile sig_atomic_t shown_columns = 0; // of the live line
 
-void note_result(bool good)
+bool is_read_by_line()
 {
-    if (!good && write_error == 0) {
-        write_error = errno != 0 ? errno : EIO;
-    }
+    static const bool on_terminal = is_terminal(STDOUT_FILENO);
+    return on_terminal;
 }
 
 // Whoever began us without a standard descriptor gets an error for using it, not the device.
@@ -59,28 +58,30 @@ void clear_live_line()
 
 void print(std::string_view text)
 {
-    if (write_error == 0) {
-        errno = 0;
-        note_result(fwrite(text.data(), 1, text.size(), stdout) == text.size());
+    results.write(text);
+    if (text.ends_with('\n') && is_read_by_line()) {
+        results.flush();
     }
 }
 
 void flush_output()
 {
-    if (write_error == 0) {
-        errno = 0;
-        note_result(fflush(stdout) == 0);
-    }
+    results.flush();
 }
 
 bool output_failed()
 {
-    return write_error != 0;
+    return results.error() != 0;
+}
+
+bool reader_has_left()
+{
+    return results.error() == EPIPE;
 }
 
 ExitStatus status_of_failed_output()
 {
-    return write_error == EPIPE ? ExitStatus::done : ExitStatus::failed;
+    return reader_has_left() ? ExitStatus::done : ExitStatus::failed;
 }
 
 void show_live_line(std::string_view line)
@@ -146,10 +147,10 @@ void pass_on(std::string_view text)
 ExitStatus finish_output(ExitStatus status)
 {
     flush_output();
-    if (write_error == 0 || write_error == EPIPE) {
+    if (!output_failed() || reader_has_left()) {
         return status;
     }
-    say(fmt::format("cannot write the output: {}", strerror(write_error)));
+    say(fmt::format("cannot write the output: {}", strerror(results.error())));
     const bool good_otherwise = status == ExitStatus::done || status == ExitStatus::stopped;
     return good_otherwise ? ExitStatus::failed : status;
 }
@@ -160,6 +161,7 @@ void prepare_output()
     occupy(STDOUT_FILENO, O_RDONLY);
     occupy(STDERR_FILENO, O_RDONLY);
     signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
 }
 
 } // namespace stmctl

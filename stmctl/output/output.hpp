@@ -15,6 +15,7 @@ namespace stmctl
 void print(std::string_view text);
 void flush_output();
 bool output_failed();
+bool reader_has_left();               // of a pipe; nobody wants to hear more
 ExitStatus status_of_failed_output(); // done if its reader went away
 
 // On a terminal: a line that refreshes itself, cut to the terminal's width. It is taken away in
@@ -44,7 +45,7 @@ void pass_on(std::string_view text);
 ExitStatus finish_output(ExitStatus status);
 
 // Makes descriptors 0 to 2 exist, so that the device never becomes one of them, and closed pipes
-// errors instead of signals.
+// and files that are too large errors instead of signals.
 void prepare_output();
 
 } // namespace stmctl

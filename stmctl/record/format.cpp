@@ -5,8 +5,27 @@
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/process/failure.hpp"
 
+#include <fmt/format.h>
+
 namespace stmctl
 {
+
+namespace
+{
+
+void check_file(const FormatOptions &options)
+{
+    const bool is_file = !options.file.empty() && options.file != "-";
+    if (options.append && options.no_clobber) {
+        throw Failure(ExitStatus::usage, "--append and --no-clobber exclude each other");
+    }
+    if (!is_file && (options.append || options.no_clobber)) {
+        throw Failure(ExitStatus::usage, fmt::format("{} goes with -o FILE",
+                                                     options.append ? "--append" : "--no-clobber"));
+    }
+}
+
+} // namespace
 
 Format FormatOptions::checked() const
 {
@@ -17,7 +36,19 @@ Format FormatOptions::checked() const
     if (timestamps && chosen != Format::csv && chosen != Format::jsonl) {
         throw Failure(ExitStatus::usage, "--timestamps goes with --format csv or jsonl");
     }
+    if (!separator.empty() && chosen != Format::csv) {
+        throw Failure(ExitStatus::usage, "--separator goes with --format csv");
+    }
+    csv_form();
+    check_file(*this);
     return chosen;
+}
+
+OldContent FormatOptions::old_content() const
+{
+    return append       ? OldContent::continued
+           : no_clobber ? OldContent::protects_file
+                        : OldContent::replaced;
 }
 
 void add_format_options(CLI::App &command, FormatOptions &options,
@@ -26,8 +57,12 @@ void add_format_options(CLI::App &command, FormatOptions &options,
     add_option(command, "--format", "FORMAT", options.format, "how it is shown", one_of(formats));
     add_option(command, "-o,--output", "FILE", options.file, "write it to a file",
                names_of_files());
+    add_flag(command, "--append", options.append, "go on behind what the file holds");
+    add_flag(command, "--no-clobber", options.no_clobber, "leave a file alone that is there");
     add_flag(command, "--timestamps", options.timestamps,
              "put the host's time first, in seconds since 1970");
+    add_option(command, "--separator", "CHARACTER", options.separator,
+               "what stands between fields of csv: , ; or tab", some_of({"tab"}));
 }
 
 int mode_for(Format format)

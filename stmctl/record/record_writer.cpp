@@ -34,16 +34,30 @@ RecordFacts checked_facts_of_text(const Columns &columns, std::string_view text)
     return *facts;
 }
 
+std::string beginning_of_records(Format format, bool timestamps, const Columns &columns,
+                                 const CsvForm &form)
+{
+    switch (format) {
+    case Format::csv:
+        return in_form(form, (timestamps ? "\"time\";" : "") + csv_header(columns));
+    case Format::jsonl:
+        return "{";
+    default:
+        return "";
+    }
+}
+
 RecordWriter::RecordWriter(Format format, bool timestamps, const Columns &columns,
-                           Destination &destination)
-    : format_(format), timestamps_(timestamps), columns_(columns), destination_(destination)
+                           Destination &destination, const CsvForm &form)
+    : format_(format), timestamps_(timestamps), columns_(columns), destination_(destination),
+      form_(form)
 {
 }
 
 void RecordWriter::begin()
 {
-    if (format_ == Format::csv && !begun_) {
-        destination_.write((timestamps_ ? "\"time\";" : "") + csv_header(columns_));
+    if (format_ == Format::csv && !begun_ && !destination_.continues()) {
+        destination_.write(beginning_of_records(format_, timestamps_, columns_, form_));
     }
     begun_ = true;
 }
@@ -70,7 +84,7 @@ std::optional<RecordFacts> RecordWriter::take(std::string_view text)
 {
     switch (format_) {
     case Format::hex:
-        destination_.write(text);
+        take_block(text);
         return RecordFacts();
     case Format::text:
         destination_.write(text);
@@ -104,10 +118,35 @@ RecordFacts RecordWriter::take_line(std::string_view line)
 
 void RecordWriter::write_csv(std::string_view line)
 {
+    if (!form_.is_modules()) {
+        std::string time = timestamps_ ? host_time() + ';' : "";
+        destination_.write(in_form(form_, time.append(line)));
+        return;
+    }
     if (timestamps_) {
         destination_.write(host_time() + ';');
     }
     destination_.write(line);
+}
+
+// The module shows the same bytes for each record of a block.
+void RecordWriter::take_block(std::string_view text)
+{
+    if (text != block_) {
+        finish();
+        block_ = text;
+    }
+    ++records_of_block_;
+}
+
+void RecordWriter::finish()
+{
+    destination_.write(block_);
+    if (records_of_block_ > 1) {
+        destination_.write(fmt::format("({} records)\n", records_of_block_));
+    }
+    block_.clear();
+    records_of_block_ = 0;
 }
 
 } // namespace stmctl

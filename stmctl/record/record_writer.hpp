@@ -12,10 +12,17 @@
 namespace stmctl
 {
 
+// With what a file begins that holds such records; empty if that is not known.
+std::string beginning_of_records(Format format, bool timestamps, const Columns &columns,
+                                 const CsvForm &form = {});
+
 class RecordWriter
 {
   public:
-    RecordWriter(Format format, bool timestamps, const Columns &columns, Destination &destination);
+    RecordWriter(Format format, bool timestamps, const Columns &columns, Destination &destination,
+                 const CsvForm &form = {});
+
+    void finish(); // what is held back
 
     void begin(); // with the header of a CSV; once is enough
 
@@ -27,14 +34,18 @@ class RecordWriter
 
   private:
     void write_csv(std::string_view line);
+    void take_block(std::string_view text);
     RecordFacts take_line(std::string_view line);
 
     Format format_;
     bool timestamps_;
     const Columns &columns_;
     Destination &destination_;
+    CsvForm form_;
     TextBuffer buffer_;
     bool begun_ = false;
+    std::string block_; // in hex
+    uint64_t records_of_block_ = 0;
 };
 
 // Of a labelled text of the module's. Throws a Failure if it is none.

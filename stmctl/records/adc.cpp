@@ -12,29 +12,48 @@ namespace stmctl
 namespace
 {
 
-// "-805;" in a line each
-std::string render_values(const std::string &text, const FormatOptions &options, bool first)
+std::string header(const FrameLook &look)
 {
-    const bool csv = options.format == "csv";
-    const std::string time = options.timestamps ? host_time() : "";
-    std::string result;
-    if (csv && first) {
-        result = options.timestamps ? csv_header({"time", "value"}) : csv_header({"value"});
+    std::vector<std::string> names;
+    if (look.timestamps) {
+        names.emplace_back("time");
     }
+    if (look.numbered) {
+        names.emplace_back("frame");
+    }
+    names.emplace_back("value");
+    return csv_header(names);
+}
+
+// What stands in front of each value of a frame.
+std::string front(const FrameLook &look, uint64_t number)
+{
+    std::string text;
+    if (look.timestamps) {
+        text += look.csv ? host_time() + ';' : fmt::format("\"time\":{},", host_time());
+    }
+    if (look.numbered) {
+        text += look.csv ? fmt::format("{};", number) : fmt::format("\"frame\":{},", number);
+    }
+    return text;
+}
+
+// "-805;" in a line each
+std::string render_values(const std::string &text, const FrameLook &look, uint64_t number)
+{
+    const std::string before = front(look, number);
+    std::string result;
     std::string_view rest = text;
     for (size_t end = 0; (end = rest.find(";\n")) != std::string_view::npos;) {
         const std::string_view value = rest.substr(0, end);
-        const std::string before =
-            time.empty() ? ""
-                         : fmt::format("{}{}{}", csv ? "" : "\"time\":", time, csv ? ';' : ',');
-        result += csv ? fmt::format("{}{};\n", before, value)
-                      : fmt::format("{{{}\"value\":{}}}\n", before, value);
+        result += look.csv ? fmt::format("{}{};\n", before, value)
+                           : fmt::format("{{{}\"value\":{}}}\n", before, value);
         rest.remove_prefix(end + 2);
     }
     return result;
 }
 
-constexpr FrameKind ADC = {"adc", stm_read_adc_samples, render_values, true};
+constexpr FrameKind ADC = {"adc", stm_read_adc_samples, render_values, header, true};
 
 } // namespace
 

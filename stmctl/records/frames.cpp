@@ -24,13 +24,31 @@ struct Options {
     DeviceOptions device;
 };
 
+FrameLook look_of(const FormatOptions &options, bool several)
+{
+    return {options.format == "csv", options.timestamps, several};
+}
+
+// With what a file begins that holds such frames; empty if that is not known.
+std::string beginning_of_frames(const FrameKind &kind, const FormatOptions &options, bool several)
+{
+    switch (options.checked()) {
+    case Format::csv:
+        return in_form(options.csv_form(), kind.beginning(look_of(options, several)));
+    case Format::jsonl:
+        return "{";
+    default:
+        return "";
+    }
+}
+
 class Frames
 {
   public:
-    Frames(const FrameKind &kind, const FormatOptions &options, Destination &destination,
-           RecordTally &tally)
-        : kind_(kind), options_(options), mode_(mode_for(options.checked())),
-          destination_(destination), tally_(tally)
+    Frames(const FrameKind &kind, const FormatOptions &options, bool several,
+           Destination &destination, RecordTally &tally)
+        : kind_(kind), form_(options.csv_form()), look_(look_of(options, several)),
+          mode_(mode_for(options.checked())), destination_(destination), tally_(tally)
     {
     }
 
@@ -61,7 +79,7 @@ class Frames
                           tally_.timeouts + tally_.rejected == before.timeouts + before.rejected &&
                           !text.empty();
         if (came) {
-            destination_.write(table ? kind_.render(text, options_, tally_.records == 0) : text);
+            show(text);
             stream.take({});
             stream.look(std::chrono::steady_clock::now());
         }
@@ -69,6 +87,20 @@ class Frames
     }
 
   private:
+    void show(const std::string &text)
+    {
+        if (mode_ != READOUT_CSV) {
+            destination_.write(text);
+            return;
+        }
+        std::string lines = kind_.render(text, look_, tally_.records + 1);
+        const bool is_first = tally_.records == 0 && !destination_.continues();
+        if (look_.csv && kind_.has_header && is_first) {
+            lines = kind_.beginning(look_) + lines;
+        }
+        destination_.write(look_.csv ? in_form(form_, lines) : lines);
+    }
+
     bool take_report(const char *text)
     {
         const Event event = hear(text).event;
@@ -78,7 +110,8 @@ class Frames
     }
 
     const FrameKind &kind_;
-    const FormatOptions &options_;
+    CsvForm form_;
+    FrameLook look_;
     int mode_;
     Destination &destination_;
     RecordTally &tally_;
@@ -96,6 +129,13 @@ Outcome read_frames(Frames &frames, RecordStream &stream, Run &run, const Record
     }
 }
 
+// The cause, unless the run has told it before.
+std::string cause_of(const RecordTally &tally, const Device &device)
+{
+    const bool told = tally.failures > 0 || tally.silences > 0;
+    return tally.records == 0 && tally.timeouts > 0 && !told ? "; " + diagnose(device).words : "";
+}
+
 void say_summary(const FrameKind &kind, const RecordTally &tally, std::optional<uint32_t> wanted,
                  const Device &device)
 {
@@ -104,7 +144,7 @@ void say_summary(const FrameKind &kind, const RecordTally &tally, std::optional<
                     counted(wanted ? *wanted : tally.records, "frame", "frames"), tally.rejected,
                     tally.timeouts,
                     counted(tally.failures, "failing exchange", "failing exchanges"),
-                    tally.records == 0 && tally.timeouts > 0 ? "; " + diagnose(device).words : ""));
+                    cause_of(tally, device)));
 }
 
 ExitStatus read(const FrameKind &kind, const Options &options)
@@ -115,22 +155,32 @@ ExitStatus read(const FrameKind &kind, const Options &options)
     if (!wanted && !time) {
         wanted = 1;
     }
+    const bool several = !wanted || *wanted > 1;
     RecordTally tally;
-    Destination destination(options.format.file);
+    Destination destination(options.format.file, options.format.old_content(),
+                            beginning_of_frames(kind, options.format, several));
     Device device(options.device);
     destination.begin();
-    Run run(time);
+    Run run(time, [&](Run::Time) {
+        if (destination.failed()) {
+            run.finish();
+        }
+    });
     RecordStream stream({kind.name, wanted, options.run.keep_going, {}}, run, tally);
-    Frames frames(kind, options.format, destination, tally);
+    Frames frames(kind, options.format, several, destination, tally);
     const auto once = [&] { return read_frames(frames, stream, run, tally); };
     const Ending ending = repeat({device, stream, once}, run, tally);
+    destination.flush();
+    if (reader_has_left()) {
+        return status_of_failed_output();
+    }
+    const bool missing = wanted && tally.records < *wanted;
+    if (!tally.is_flawless() || ending != Ending::done || missing || destination.failed()) {
+        say_summary(kind, tally, wanted, device);
+    }
     destination.finish();
     if (output_failed()) {
         return status_of_failed_output(); // the end of every run tells why
-    }
-    const bool missing = wanted && tally.records < *wanted;
-    if (!tally.is_flawless() || ending != Ending::done || missing) {
-        say_summary(kind, tally, wanted, device);
     }
     if (ending == Ending::stopped) {
         return ExitStatus::stopped;

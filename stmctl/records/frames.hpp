@@ -5,19 +5,31 @@
 #include "stmctl/command_line/command.hpp"
 #include "stmctl/record/format.hpp"
 
+#include <cstdint>
 #include <string>
 
 namespace stmctl
 {
 
-// What a frame's text becomes in CSV and jsonl; the first frame's has the header.
-using Render = std::string (*)(const std::string &text, const FormatOptions &options, bool first);
+// How frames are shown in CSV and jsonl.
+struct FrameLook {
+    bool csv;
+    bool timestamps;
+    bool numbered; // there may be several of them
+};
+
+// What the text of a frame of this number becomes.
+using Render = std::string (*)(const std::string &text, const FrameLook &look, uint64_t number);
+
+// With what a CSV of them begins.
+using Beginning = std::string (*)(const FrameLook &look);
 
 struct FrameKind {
     const char *name;
     void (*read)(int mode, StmPollFn poll, StmOutputFn output);
     Render render;
-    bool has_header; // in CSV, shown before anything has come
+    Beginning beginning;
+    bool has_header; // in CSV, shown before anything has come; its beginning is it
 };
 
 Action declare_frames(CLI::App &command, const FrameKind &kind);

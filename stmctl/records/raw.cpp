@@ -15,10 +15,10 @@ namespace
 {
 
 // "0.Byte";0x55;"1.Byte";0x01;...
-std::string render_bytes(const std::string &text, const FormatOptions &options, bool)
+std::string render_bytes(const std::string &text, const FrameLook &look, uint64_t)
 {
-    const std::string time = options.timestamps ? host_time() : "";
-    if (options.format == "csv") {
+    const std::string time = look.timestamps ? host_time() : "";
+    if (look.csv) {
         return (time.empty() ? "" : fmt::format("\"time\";{};", time)) + text;
     }
     std::string line = time.empty() ? "{" : fmt::format("{{\"time\":{}", time);
@@ -32,7 +32,12 @@ std::string render_bytes(const std::string &text, const FormatOptions &options, 
     return line + "}\n";
 }
 
-constexpr FrameKind RAW = {"raw", stm_read_raw_bytes, render_bytes, false};
+std::string beginning(const FrameLook &look)
+{
+    return look.timestamps ? "\"time\";" : "\"0.Byte\";";
+}
+
+constexpr FrameKind RAW = {"raw", stm_read_raw_bytes, render_bytes, beginning, false};
 
 } // namespace
 

@@ -79,21 +79,28 @@ ExitStatus read_records(const char *name, const ReadoutOptions &options, bool li
     constexpr uint32_t ENDLESS = 0x7FFFFFFF;
     const Variant &variant = variant_named(options.variant);
     const Format format = options.format.checked();
+    const CsvForm form = options.format.csv_form();
     const StreamOptions stream_options = checked(name, options, live);
     const std::optional<uint32_t> wanted = stream_options.wanted;
     const auto time = options.run.time();
     RecordTally tally;
-    SummaryFile summary(options.run.summary, tally, wanted);
-    Destination destination(options.format.file);
+    Destination destination(
+        options.format.file, options.format.old_content(),
+        beginning_of_records(format, options.format.timestamps, columns_of(variant.kind), form));
+    SummaryFile summary(options.run.summary, tally, wanted, &destination);
     Device device(options.device);
     destination.begin();
     summary.begin();
-    RecordWriter writer(format, options.format.timestamps, columns_of(variant.kind), destination);
+    RecordWriter writer(format, options.format.timestamps, columns_of(variant.kind), destination,
+                        form);
     RegularFlush flush(destination);
     RecordStream *watched = nullptr;
     Run run(time, [&](Run::Time now) {
         flush(now);
         watched->look(now);
+        if (destination.failed()) {
+            run.finish();
+        }
     });
     RecordStream stream(stream_options, run, tally,
                         [&](const char *text) { return writer.take(text); });
@@ -103,13 +110,18 @@ ExitStatus read_records(const char *name, const ReadoutOptions &options, bool li
         return ask(variant, live, rest, mode_for(format), stream.sink(), run);
     };
     const Ending ending = repeat({device, stream, once}, run, tally);
-    summary.finish();
+    writer.finish();
+    destination.flush();
+    if (reader_has_left()) {
+        return status_of_failed_output();
+    }
+    if (live || !tally.is_flawless() || ending != Ending::done || destination.failed()) {
+        say_summary(name, tally, wanted, ending);
+    }
     destination.finish();
+    summary.finish();
     if (output_failed()) {
         return status_of_failed_output(); // the end of every run tells why
-    }
-    if (live || !tally.is_flawless() || ending != Ending::done) {
-        say_summary(name, tally, wanted, ending);
     }
     return judge(options, tally, wanted, ending);
 }

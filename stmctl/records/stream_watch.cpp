@@ -96,7 +96,7 @@ void StreamWatch::finish()
 {
     show_events();
     leave_live_line();
-    if (!output_failed()) {
+    if (!reader_has_left()) {
         say(fmt::format("watch: {}", tally_.summary({})));
     }
 }

@@ -33,7 +33,8 @@ ExitStatus watch(const Options &options)
     const StreamOptions stream_options = {
         "watch", {}, options.run.keep_going, options.run.silence_given()};
     RecordTally tally;
-    SummaryFile summary(options.run.summary, tally, {});
+    const Destination shown("-");
+    SummaryFile summary(options.run.summary, tally, {}, &shown);
     Device device(options.device);
     summary.begin();
     StreamWatch display(tally);

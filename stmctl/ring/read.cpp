@@ -117,7 +117,7 @@ class RingReadout
     RingReadout(const Options &options, Destination &destination, RecordTally &tally)
         : wanted_(options.run.wanted()),
           writer_(options.format.checked(), options.format.timestamps, columns_of(RecordKind::temp),
-                  destination),
+                  destination, options.format.csv_form()),
           tally_(tally)
     {
         writer_.begin();
@@ -269,8 +269,11 @@ ExitStatus read(const Options &options)
         throw Failure(ExitStatus::usage, "--from-now and --from-oldest exclude each other");
     }
     RecordTally tally;
-    SummaryFile summary(options.run.summary, tally, options.run.wanted());
-    Destination destination(options.format.file);
+    Destination destination(
+        options.format.file, options.format.old_content(),
+        beginning_of_records(options.format.checked(), options.format.timestamps,
+                             columns_of(RecordKind::temp), options.format.csv_form()));
+    SummaryFile summary(options.run.summary, tally, options.run.wanted(), &destination);
     const Segment segment = existing_segment();
     attach_ring();
     const ReaderSide side;
@@ -279,14 +282,23 @@ ExitStatus read(const Options &options)
     RingReadout readout(options, destination, tally);
     RingReading reading(options, segment, readout, tally);
     RegularFlush flush(destination);
-    Run run(time, std::ref(flush));
+    Run run(time, [&](Run::Time now) {
+        flush(now);
+        if (destination.failed()) {
+            run.finish();
+        }
+    });
     const Ending ending = reading.read_until_over(run);
-    summary.finish();
+    destination.flush();
+    if (reader_has_left()) {
+        return status_of_failed_output();
+    }
+    readout.say_summary();
     destination.finish();
+    summary.finish();
     if (output_failed()) {
         return status_of_failed_output(); // the end of every run tells why
     }
-    readout.say_summary();
     return readout.status(ending, options.run);
 }
 

@@ -4,6 +4,8 @@
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
 
+#include <fmt/format.h>
+
 #include <utility>
 
 namespace stmctl
@@ -25,11 +27,15 @@ ExitStatus status_of(Ending ending, const RunOptions &options, const RecordTally
 }
 
 SummaryFile::SummaryFile(const std::string &name, const RecordTally &tally,
-                         std::optional<uint32_t> wanted)
+                         std::optional<uint32_t> wanted, const Destination *results)
     : tally_(tally), wanted_(wanted)
 {
     if (!name.empty()) {
         file_.emplace(name);
+    }
+    if (file_ && results != nullptr && file_->mixes_with(*results)) {
+        throw Failure(ExitStatus::usage,
+                      fmt::format("--summary {}: the results go there, too", name));
     }
 }
 

@@ -22,8 +22,10 @@ ExitStatus status_of(Ending ending, const RunOptions &options, const RecordTally
 class SummaryFile
 {
   public:
-    // An empty name: none. Throws a Failure if it cannot be written.
-    SummaryFile(const std::string &name, const RecordTally &tally, std::optional<uint32_t> wanted);
+    // An empty name: none. Throws a Failure if it cannot be written, or would be mixed with what
+    // goes to the results.
+    SummaryFile(const std::string &name, const RecordTally &tally, std::optional<uint32_t> wanted,
+                const Destination *results = nullptr);
     ~SummaryFile();
     SummaryFile(const SummaryFile &) = delete;
     SummaryFile &operator=(const SummaryFile &) = delete;

@@ -254,7 +254,10 @@ TEST_F(Cause, full_disks_are_told_with_the_name_of_the_file)
         EXPECT_NE(result.errors.find("stmctl: " + full + "\n"), std::string::npos) << result.errors;
     }
     for (const std::string command : {"follow", "records", "adc", "raw"}) {
-        expect_failure(stmctl({command, "--duration", "1", "-o", "/dev/full"}), 1, full);
+        const Result result = stmctl({command, "--duration", "1", "-o", "/dev/full"});
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_TRUE(result.errors.starts_with("stmctl: " + command + ": ")) << "summed up";
+        EXPECT_TRUE(result.errors.ends_with("\nstmctl: " + full + "\n")) << result.errors;
     }
 }
 

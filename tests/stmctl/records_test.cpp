@@ -22,8 +22,45 @@ TEST_F(Records, as_many_come_as_are_asked_for_over_several_blocks)
         EXPECT_EQ(column(csv(says(words)), "rel_t"), numbers(1, 200)) << variant;
     }
     EXPECT_EQ(count(says({"records", "-n", "0x10"}), " rel_t: "), 16U);
-    EXPECT_EQ(count(says({"records", "--count", "3", "--format", "hex"}), "Received value: \n"),
-              3U);
+}
+
+TEST_F(Records, hex_shows_each_block_once)
+{
+    const std::string one = says({"records", "--format", "hex"});
+    EXPECT_EQ(count(one, "\n"), 2U);
+    EXPECT_EQ(says({"records", "--count", "3", "--format", "hex"}), one + "(3 records)\n");
+    const std::string blocks = says({"records", "-n", "90", "--format", "hex"});
+    EXPECT_EQ(count(blocks, "Received value: \n"), 2U);
+    EXPECT_EQ(blocks.substr(0, one.size() + 13), one + "(73 records)\n");
+    EXPECT_EQ(blocks.substr(blocks.size() - 13), "(17 records)\n");
+}
+
+TEST_F(Records, fields_are_separated_as_is_asked_for)
+{
+    const std::string usual = says({"records", "-n", "5", "--format", "csv", "--variant", "temp"});
+    for (const std::string word : {",", ";", "tab", "\t"}) {
+        std::string lines = usual;
+        for (size_t at = 0; (at = lines.find(";\n", at)) != std::string::npos;) {
+            lines.erase(at, 1);
+        }
+        std::ranges::replace(lines, ';', word == "tab" ? '\t' : word[0]);
+        EXPECT_EQ(says({"records", "-n", "5", "--format", "csv", "--variant", "temp", "--separator",
+                        word}),
+                  lines);
+    }
+    const std::string timed =
+        says({"records", "--format", "csv", "--separator", ",", "--timestamps"});
+    EXPECT_EQ(timed.substr(0, 16), "\"time\",\"nr\",\"rel");
+    EXPECT_EQ(timed[timed.find('\n') + 18], ',') << timed;
+    EXPECT_EQ(count(timed, ";"), 0U);
+    expect_failure(stmctl({"records", "--separator", ","}), 2,
+                   "--separator goes with --format csv");
+    expect_failure(stmctl({"adc", "--format", "jsonl", "--separator", ","}), 2,
+                   "--separator goes with --format csv");
+    for (const std::string word : {" ", "|", ",,"}) {
+        expect_failure(stmctl({"ring", "read", "--format", "csv", "--separator", word}), 2,
+                       "--separator: ',', ';' or tab, not '" + word + "'");
+    }
 }
 
 TEST_F(Records, columns_have_the_names_of_the_variant)
@@ -98,9 +135,11 @@ TEST_F(Records, a_file_that_cannot_be_written_is_said)
     expect_failure(stmctl({"records", "-o", "no/such/folder"}), 1,
                    "cannot write 'no/such/folder': No such file or directory");
     expect_failure(stmctl({"records", "-n", "500", "-o", "/dev/full"}), 1,
-                   "cannot write '/dev/full': No space left on device");
+                   "records: 73 of 500 records, 0 lost, 0 rejected, 0 overflowing\n"
+                   "stmctl: cannot write '/dev/full': No space left on device");
     expect_failure(stmctl({"records", "-n", "1", "-o", "/dev/full"}), 1,
-                   "cannot write '/dev/full': No space left on device");
+                   "records: 1 of 1 record, 0 lost, 0 rejected, 0 overflowing\n"
+                   "stmctl: cannot write '/dev/full': No space left on device");
 }
 
 TEST_F(Records, a_file_keeps_what_it_holds_while_there_is_no_device)
@@ -246,7 +285,9 @@ TEST_F(Records, a_full_disk_is_said)
 {
     const Result result = in_shell({"records", "-n", "1000"}, ">/dev/full");
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.errors, "stmctl: cannot write the output: No space left on device\n");
+    EXPECT_EQ(result.errors,
+              "stmctl: records: 73 of 1000 records, 0 lost, 0 rejected, 0 overflowing\n"
+              "stmctl: cannot write the output: No space left on device\n");
 }
 
 TEST_F(Records, a_wait_is_said_while_it_lasts)

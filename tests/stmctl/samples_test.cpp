@@ -25,12 +25,48 @@ TEST_F(Samples, several_frames_have_one_header_and_their_times)
 {
     const std::string text =
         says({"adc", "-n", "3", "--format", "csv", "--timestamps"}, {"--samples", "10"});
-    EXPECT_EQ(text.substr(0, 16), "\"time\";\"value\";\n");
+    EXPECT_EQ(text.substr(0, 24), "\"time\";\"frame\";\"value\";\n");
     const Table table = csv(text);
     EXPECT_EQ(table.size(), 30U);
     EXPECT_EQ(table[0].at("time"), table[9].at("time"));
     EXPECT_LT(table[9].at("time"), table[10].at("time"));
     EXPECT_EQ(jsonl(says({"adc", "--format", "jsonl", "--timestamps"}))[0].size(), 2U);
+}
+
+TEST_F(Samples, each_of_several_frames_has_its_number)
+{
+    const Words words = {"adc", "-n", "3", "--format", "csv"};
+    const Table table = csv(says(words, {"--samples", "10"}));
+    ASSERT_EQ(table.size(), 30U);
+    EXPECT_EQ(table[0].at("frame") + table[9].at("frame") + table[10].at("frame"), "112");
+    EXPECT_EQ(table[29].at("frame"), "3");
+    EXPECT_EQ(jsonl(says({"adc", "-n", "3", "--format", "jsonl"}, {"--samples", "10"})), table);
+    EXPECT_EQ(says({"adc", "--duration", "0.1", "--format", "csv"}).substr(0, 16),
+              "\"frame\";\"value\";");
+    EXPECT_EQ(says({"adc", "-n", "1", "--format", "csv"}).substr(0, 9), "\"value\";\n");
+}
+
+TEST_F(Samples, fields_are_separated_as_is_asked_for)
+{
+    EXPECT_EQ(says({"adc", "-n", "2", "--format", "csv", "--separator", ","}).substr(0, 22),
+              "\"frame\",\"value\"\n1,-805");
+    EXPECT_EQ(says({"adc", "--format", "csv", "--separator", "tab"}).substr(0, 12),
+              "\"value\"\n-805");
+    const std::string raw = says({"raw", "--format", "csv", "--separator", ","});
+    EXPECT_EQ(raw.substr(0, 24), "\"0.Byte\",0x55,\"1.Byte\",0");
+    EXPECT_EQ(raw.substr(raw.size() - 15), "\"47.Byte\",0x2F\n");
+}
+
+TEST_F(Samples, a_cause_is_told_once)
+{
+    const char *const causes[][2] = {{"bus-inactive", "nobody drives the line"},
+                                     {"silence", "nothing answers at all"}};
+    for (const auto &[fault, cause] : causes) {
+        for (const char *command : {"adc", "raw"}) {
+            const std::string errors = with_fault(fault, {command}).errors;
+            EXPECT_EQ(count(errors, cause), 1U) << errors;
+        }
+    }
 }
 
 TEST_F(Samples, raw_bytes_in_every_format)
@@ -114,7 +150,8 @@ TEST_F(Samples, a_file_takes_them)
     EXPECT_EQ(says({"adc", "--format", "csv", "-o", "values.csv"}), "");
     EXPECT_EQ(csv(read_text("values.csv")).size(), 200U);
     expect_failure(stmctl({"raw", "-o", "/dev/full"}), 1,
-                   "cannot write '/dev/full': No space left on device");
+                   "raw: 1 of 1 frame, 0 rejected, 0 not ready in time, 0 failing exchanges\n"
+                   "stmctl: cannot write '/dev/full': No space left on device");
 }
 
 } // namespace

@@ -1,0 +1,46 @@
+// What a regular file holds that somebody is to write on.
+#include "stmctl/output/old_content.hpp"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace stmctl
+{
+
+off_t size_of_regular(int descriptor)
+{
+    struct stat status = {};
+    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    return regular ? status.st_size : 0;
+}
+
+std::string first_bytes(int descriptor, size_t size)
+{
+    std::string bytes(size, '\0');
+    const ssize_t read = pread(descriptor, bytes.data(), size, 0);
+    bytes.resize(read < 0 ? 0 : static_cast<size_t>(read));
+    return bytes;
+}
+
+std::optional<off_t> end_of_last_line(int descriptor)
+{
+    std::array<char, 4096> piece;
+    for (off_t end = size_of_regular(descriptor); end > 0;) {
+        const off_t begin = std::max<off_t>(end - static_cast<off_t>(piece.size()), 0);
+        const ssize_t size =
+            pread(descriptor, piece.data(), static_cast<size_t>(end - begin), begin);
+        const std::string_view text(piece.data(), size < 0 ? 0 : static_cast<size_t>(size));
+        const size_t newline = text.rfind('\n');
+        if (newline != std::string_view::npos) {
+            return begin + static_cast<off_t>(newline) + 1;
+        }
+        end = begin;
+    }
+    return {};
+}
+
+} // namespace stmctl
