@@ -73,6 +73,7 @@ pid_t start(const Pipe &input, const Pipe &output)
     posix_spawnattr_init(&attributes);
     sigemptyset(&reset);
     sigaddset(&reset, SIGPIPE);
+    sigaddset(&reset, SIGXFSZ);
     posix_spawnattr_setsigdefault(&attributes, &reset);
     posix_spawnattr_setpgroup(&attributes, 0);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
@@ -147,7 +148,8 @@ std::string run_gnuplot(const std::string &script)
     if (status != 0 || result.empty()) {
         throw Failure(ExitStatus::failed, "gnuplot failed");
     }
-    return result;
+    // In front of a drawing in text it wants a new page, which a pipe has no use for.
+    return result.front() == '\f' ? result.substr(1) : result;
 }
 
 // In single quotes only the quote itself has a meaning.

@@ -27,10 +27,13 @@ namespace stmctl
 namespace
 {
 
+constexpr char USUAL_COLUMNS[] = "U1e,U2e,U3e";
+
 struct Options {
     std::string file;
     std::string picture;
-    std::string columns = "U1e,U2e,U3e";
+    std::string columns = USUAL_COLUMNS;
+    bool no_clobber = false;
 };
 
 std::vector<std::string> split(const std::string &list)
@@ -155,13 +158,21 @@ std::string ranges_of(const PlotTable &table)
 
 ExitStatus plot(const Options &options)
 {
-    const std::vector<std::string> columns = split(options.columns);
+    std::vector<std::string> columns = split(options.columns);
     const std::string terminal = terminal_for(options.picture);
     const std::string source =
         options.file.empty() || options.file == "-" ? "standard input" : options.file;
-    const PlotTable table = read_plot_table(read_source(options.file), columns, source);
+    if (options.no_clobber && options.picture.empty()) {
+        throw Failure(ExitStatus::usage, "--no-clobber goes with -o PICTURE");
+    }
+    const std::string text = read_source(options.file);
+    if (const auto only = only_column(text); only && options.columns == USUAL_COLUMNS) {
+        columns = {*only};
+    }
+    const PlotTable table = read_plot_table(text, columns, source);
     const std::string picture = run_gnuplot(ranges_of(table) + script_for(terminal, table));
-    Destination destination(options.picture);
+    Destination destination(options.picture,
+                            options.no_clobber ? OldContent::protects_file : OldContent::replaced);
     destination.begin();
     destination.write(picture);
     destination.finish();
@@ -178,6 +189,7 @@ Action declare_plot(CLI::App &command)
                 names_of_files());
     add_option(command, "-o,--output", "PICTURE", options->picture, "a picture instead of text",
                names_of_files());
+    add_flag(command, "--no-clobber", options->no_clobber, "leave a picture alone that is there");
     add_option(command, "--columns", "NAMES", options->columns, "what is drawn");
     return [options] { return plot(*options); };
 }

@@ -60,6 +60,18 @@ double number(const Fields &values, size_t at, const std::string &source, size_t
 
 } // namespace
 
+std::optional<std::string> only_column(std::string_view text)
+{
+    const std::string_view first = take_line(text);
+    if (!first.starts_with('"') || first.find('"', 1) == std::string_view::npos) {
+        return {};
+    }
+    Fields names = csv_fields(first, separator_of(first));
+    std::erase(names, "time");
+    std::erase(names, "frame");
+    return names.size() == 1 ? std::optional<std::string>(names[0]) : std::nullopt;
+}
+
 PlotTable read_plot_table(std::string_view text, const std::vector<std::string> &columns,
                           const std::string &source)
 {
@@ -70,7 +82,8 @@ PlotTable read_plot_table(std::string_view text, const std::vector<std::string> 
     if (!first.starts_with('"')) {
         fail(source, "no CSV with a header, as --format csv writes it");
     }
-    const Fields header = csv_fields(first);
+    const char separator = separator_of(first);
+    const Fields header = csv_fields(first, separator);
     const std::optional<size_t> time = find_column(header, "rel_t");
     PlotTable table{time ? "rel_t" : "line", columns, {}};
     std::vector<size_t> places;
@@ -79,7 +92,7 @@ PlotTable read_plot_table(std::string_view text, const std::vector<std::string> 
         places.push_back(column(header, name, source));
     }
     for (size_t line = 2; !text.empty(); ++line) {
-        const Fields values = csv_fields(take_line(text));
+        const Fields values = csv_fields(take_line(text), separator);
         std::vector<double> row;
         row.push_back(time ? number(values, *time, source, line) : static_cast<double>(line - 1));
         for (const size_t place : places) {

@@ -1,6 +1,7 @@
 // The columns of a CSV that are to be drawn.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,9 @@ struct PlotTable {
     std::vector<std::string> names; // of the others
     std::vector<std::vector<double>> rows;
 };
+
+// The one column of a CSV besides the time and the number of a frame, if there is just one.
+std::optional<std::string> only_column(std::string_view text);
 
 // Throws a Failure for a column that is not there, a value that is no number, and where nothing is
 // to be drawn. source is for its sentence.

@@ -38,6 +38,7 @@ TEST_F(Plot, in_the_terminal)
     for (const char *words : {"U1e", "U2e", "U3e", "rel_t", "***", "300000"}) {
         EXPECT_NE(result.output.find(words), std::string::npos) << result.output;
     }
+    EXPECT_EQ(result.output[0], ' ') << "no new page";
     EXPECT_EQ(plot({}, "<records.csv").output, result.output);
     EXPECT_EQ(plot({"-"}, "<records.csv").output, result.output);
 }
@@ -155,6 +156,38 @@ TEST_F(Plot, without_rel_t_lines_are_counted)
     EXPECT_NE(times.find("700 "), std::string::npos) << times;
 }
 
+TEST_F(Plot, the_only_column_is_drawn_without_being_named)
+{
+    says({"adc", "--format", "csv", "-o", "frame.csv"});
+    const std::string frame = plot({"frame.csv"}).output;
+    EXPECT_NE(frame.find(" value ***"), std::string::npos) << frame;
+    EXPECT_NE(frame.find(" line "), std::string::npos);
+    EXPECT_EQ(plot({"frame.csv", "--columns", "value"}).output, frame);
+    says({"adc", "-n", "2", "--format", "csv", "--timestamps", "-o", "frames.csv"});
+    EXPECT_NE(plot({"frames.csv"}).output.find(" value ***"), std::string::npos);
+    write_lines("two.csv", {"\"U1e\";\"value\";", "5;6;"});
+    expect_failure(plot({"two.csv"}), 1, "two.csv: no column 'U2e'; there are U1e,value");
+}
+
+TEST_F(Plot, every_separator_is_understood)
+{
+    const std::string drawn = plot({"records.csv"}).output;
+    for (const char *separator : {",", ";", "tab"}) {
+        says({"records", "-n", "90", "--format", "csv", "--separator", separator, "-o", "other"});
+        EXPECT_EQ(plot({"other"}).output, drawn) << separator;
+    }
+}
+
+TEST_F(Plot, a_picture_that_is_there_is_kept_if_its_user_says_so)
+{
+    write_lines("a.svg", {"old"});
+    expect_failure(plot({"records.csv", "-o", "a.svg", "--no-clobber"}), 1,
+                   "'a.svg' is there already; --no-clobber keeps it");
+    EXPECT_EQ(read_text("a.svg"), "old\n");
+    EXPECT_EQ(plot({"records.csv", "-o", "b.svg", "--no-clobber"}).status, 0);
+    expect_failure(plot({"records.csv", "--no-clobber"}), 2, "--no-clobber goes with -o PICTURE");
+}
+
 TEST_F(Plot, fits_a_terminal)
 {
     std::istringstream lines(plot({"records.csv"}).output);
@@ -164,7 +197,7 @@ TEST_F(Plot, fits_a_terminal)
         longest = std::max(longest, line.size());
     }
     EXPECT_EQ(count, 23U);
-    EXPECT_EQ(longest, 80U) << "with the form feed of the first";
+    EXPECT_EQ(longest, 79U);
 }
 
 TEST_F(Plot, a_png_has_its_size)
