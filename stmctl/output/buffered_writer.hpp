@@ -12,7 +12,7 @@ namespace stmctl
 class BufferedWriter
 {
   public:
-    constexpr explicit BufferedWriter(int descriptor) : descriptor_(descriptor) {}
+    constexpr explicit BufferedWriter(int descriptor) noexcept : descriptor_(descriptor) {}
 
     int descriptor() const { return descriptor_; }
 
