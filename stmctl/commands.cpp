@@ -29,13 +29,34 @@ constexpr Command COMMANDS[] = {
     {"get", "ask for a value",
      "  stmctl get sampletime\n"
      "  stmctl get adc-word-54 3\n"
-     "  stmctl get 0x06 3          the same by its code\n",
+     "  stmctl get 0x06 3          the same by its code\n"
+     "  stmctl get --all           everything, in lines that restore takes\n"
+     "  stmctl get --all --json\n",
      declare_get},
     {"set", "change a setting",
      "  stmctl set interpolation 2\n"
      "  stmctl set adc-value-pair 3 12.5 0.25\n",
      declare_set},
-    {"list", "list all settings and queries", "  stmctl list\n", declare_list},
+    {"list", "list all settings and queries",
+     "  stmctl list\n"
+     "  stmctl list --json\n",
+     declare_list},
+    {"save", "write the settings into a file",
+     "  stmctl save settings.txt\n"
+     "  stmctl save -\n"
+     "\n"
+     "Saved is what can be both asked for and set. The file is text: # begins a comment, the\n"
+     "other lines read NAME [CHANNEL] VALUE. It is written whole, or stays as it was.\n",
+     declare_save},
+    {"restore", "send the settings of a file",
+     "  stmctl restore settings.txt\n"
+     "  stmctl restore settings.txt --verify\n"
+     "  stmctl get --all | stmctl restore -    what can be set of it\n"
+     "\n"
+     "Nothing is sent if a line has a mistake. A setting that the board does not take, or not\n"
+     "in time, is told in status 1; the others are sent all the same while the application\n"
+     "runs.\n",
+     declare_restore},
     {"peek", "read a byte, or four, of the co-processor's memory",
      "  stmctl peek 0x1F00\n"
      "  stmctl peek 0x1F00 --long\n",

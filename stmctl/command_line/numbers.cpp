@@ -47,4 +47,12 @@ float parse_hundredths(const std::string &text, std::string_view what)
     return sent;
 }
 
+bool has_more_than_hundredths(std::string_view text)
+{
+    constexpr size_t KEPT = 3; // the point and two digits
+    const size_t point = text.find('.');
+    return point != std::string_view::npos && text.size() > point + KEPT &&
+           text.find_first_not_of('0', point + KEPT) != std::string_view::npos;
+}
+
 } // namespace stmctl

@@ -16,4 +16,7 @@ uint32_t parse_number(const std::string &text, std::string_view what, uint32_t l
 // the two decimals that were typed. Further ones are cut off.
 float parse_hundredths(const std::string &text, std::string_view what);
 
+// Whether such a number has further ones that are not 0.
+bool has_more_than_hundredths(std::string_view text);
+
 } // namespace stmctl

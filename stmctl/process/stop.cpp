@@ -183,7 +183,7 @@ bool wait_unless_stopped(std::chrono::milliseconds time)
     return !stop_requested();
 }
 
-bool wait_for_input()
+bool wait_for_input(int descriptor)
 {
     // An interrupt between a look at it and the wait would be missed: it is let in by the wait.
     sigset_t ours;
@@ -193,7 +193,7 @@ bool wait_for_input()
         sigaddset(&ours, signal_number);
     }
     sigprocmask(SIG_BLOCK, &ours, &before);
-    pollfd input = {STDIN_FILENO, POLLIN, 0};
+    pollfd input = {descriptor, POLLIN, 0};
     while (!interrupted() && ppoll(&input, 1, nullptr, &before) < 0 && errno == EINTR) {
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);

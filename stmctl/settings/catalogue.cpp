@@ -21,18 +21,19 @@ constexpr Argument MODE = {"MODE", 0, 3, false};
 constexpr Argument SKIP = {"SKIP", 3, 32000, false};
 constexpr Argument TIME = {"TIME", 0, 32000, false};
 
-constexpr char BYTE_ANSWER[] = "number, 0 to 255";
-constexpr char SHORT_ANSWER[] = "signed number, 16 bits";
-constexpr char LONG_ANSWER[] = "signed number, 32 bits";
-constexpr char TEXT_ANSWER[] = "text";
+constexpr Answer BYTE_ANSWER = {"number, 0 to 255", 8, false};
+constexpr Answer SHORT_ANSWER = {"signed number, 16 bits", 16, true};
+constexpr Answer LONG_ANSWER = {"signed number, 32 bits", 32, true};
+constexpr Answer TEXT_ANSWER = {"text", 0, false};
+constexpr Answer NO_ANSWER = {"", 0, false};
 
-constexpr Quantity query(const char *name, uint8_t code, const char *answers, PlainQuery call,
+constexpr Quantity query(const char *name, uint8_t code, const Answer &answers, PlainQuery call,
                          const char *function)
 {
     return {name, code, NO_CHANNEL, NONE, NONE, answers, call, function};
 }
 
-constexpr Quantity query(const char *name, uint8_t code, int last_channel, const char *answers,
+constexpr Quantity query(const char *name, uint8_t code, int last_channel, const Answer &answers,
                          ChannelQuery call, const char *function)
 {
     return {name, code, last_channel, NONE, NONE, answers, call, function};
@@ -41,7 +42,7 @@ constexpr Quantity query(const char *name, uint8_t code, int last_channel, const
 constexpr Quantity setting(const char *name, uint8_t code, int last_channel, Argument first,
                            Argument second, Call call, const char *function)
 {
-    return {name, code, last_channel, first, second, "", call, function};
+    return {name, code, last_channel, first, second, NO_ANSWER, call, function};
 }
 
 #define OPERATION(function) function, #function

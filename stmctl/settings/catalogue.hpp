@@ -22,6 +22,15 @@ struct Argument {
     bool hundredths; // sent times 100; the range is that of what is sent
 };
 
+// What a query gives.
+struct Answer {
+    const char *words;
+    int bits; // of a number; 0: a text
+    bool is_signed;
+
+    bool is_text() const { return bits == 0; }
+};
+
 // The module's operations, by what they take.
 using PlainQuery = void (*)(StmPollFn, StmOutputFn);
 using ChannelQuery = void (*)(int, StmPollFn, StmOutputFn);
@@ -41,7 +50,7 @@ struct Quantity {
     int last_channel; // of those from 0 on, or NO_CHANNEL
     Argument first;
     Argument second;
-    const char *answers; // what a query's answer is
+    Answer answers; // of a query
     Call call;
     const char *function;
 

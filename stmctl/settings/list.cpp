@@ -1,9 +1,13 @@
 // list: the catalogue, a line each.
+#include "stmctl/command_line/arguments.hpp"
+#include "stmctl/output/json.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/settings/catalogue.hpp"
 #include "stmctl/settings/settings.hpp"
 
 #include <fmt/format.h>
+
+#include <memory>
 
 namespace stmctl
 {
@@ -34,6 +38,56 @@ std::string line(std::string_view direction, std::string_view name, std::string_
                        what, function);
 }
 
+std::string argument_json(const Argument &argument)
+{
+    JsonObject object;
+    object.add("name", argument.name);
+    if (argument.hundredths) {
+        object.add("least", argument.least / 100.0, 2);
+        object.add("most", argument.most / 100.0, 2);
+    } else {
+        object.add("least", int64_t{argument.least});
+        object.add("most", int64_t{argument.most});
+    }
+    return object.json();
+}
+
+std::string row_json(const Quantity &row)
+{
+    const bool asks = row.direction() == Direction::get;
+    JsonObject object;
+    object.add("direction", asks ? "get" : "set");
+    object.add("name", row.name);
+    object.add("code", fmt::format("0x{:02X}", row.code));
+    if (row.has_channel()) {
+        object.add("last_channel", int64_t{row.last_channel});
+    } else {
+        object.add_null("last_channel");
+    }
+    if (asks) {
+        object.add("answers", row.answers.words);
+    } else {
+        JsonArray arguments;
+        arguments.add_json(argument_json(row.first));
+        if (row.second.name != nullptr) {
+            arguments.add_json(argument_json(row.second));
+        }
+        object.add_json("takes", arguments.json());
+    }
+    object.add("function", row.function);
+    return object.json();
+}
+
+ExitStatus list_json()
+{
+    JsonArray array;
+    for (const Quantity &row : catalogue()) {
+        array.add_json(row_json(row));
+    }
+    print(array.json() + '\n');
+    return ExitStatus::done;
+}
+
 ExitStatus list()
 {
     print(line("", "NAME", "CODE", "CHANNEL", "ANSWERS, OR TAKES", "FUNCTION"));
@@ -41,16 +95,18 @@ ExitStatus list()
         const bool asks = row.direction() == Direction::get;
         print(line(asks ? "get" : "set", row.name, fmt::format("0x{:02X}", row.code),
                    row.has_channel() ? fmt::format("0 to {}", row.last_channel) : "",
-                   asks ? row.answers : what_it_takes(row), row.function));
+                   asks ? row.answers.words : what_it_takes(row), row.function));
     }
     return ExitStatus::done;
 }
 
 } // namespace
 
-Action declare_list(CLI::App &)
+Action declare_list(CLI::App &command)
 {
-    return list;
+    auto json = std::make_shared<bool>(false);
+    add_flag(command, "--json", *json, "as JSON: an array of objects");
+    return [json] { return *json ? list_json() : list(); };
 }
 
 } // namespace stmctl

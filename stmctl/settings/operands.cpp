@@ -1,13 +1,10 @@
 // What get and set take.
 #include "stmctl/settings/operands.hpp"
 
-#include "stmctl/command_line/arguments.hpp"
 #include "stmctl/command_line/numbers.hpp"
 #include "stmctl/process/failure.hpp"
 
 #include <fmt/format.h>
-
-#include <memory>
 
 namespace stmctl
 {
@@ -103,25 +100,33 @@ Values parse_values(const Quantity &row, const Words &operands)
     return values;
 }
 
-Outcome call_on_device(const ValueOptions &options, const Quantity &row, const Values &values)
+std::string full_name(const Quantity &row, int channel)
 {
-    const Device device(options.device);
+    return row.has_channel() ? fmt::format("{} {}", row.name, channel) : row.name;
+}
+
+Outcome call(const Device &device, const std::string &name, const Quantity &row,
+             const Values &values)
+{
     Outcome outcome = perform([&](StmPollFn poll, StmOutputFn output) {
         return std::visit(Caller{values, poll, output}, row.call);
     });
-    device.check(outcome, row.name);
+    device.check(outcome, name);
     return outcome;
 }
 
-Action declare_values(CLI::App &command, Direction direction, const char *operands,
-                      ExitStatus (*work)(const ValueOptions &))
+Outcome call_on_device(const DeviceOptions &options, const Quantity &row, const Values &values)
 {
-    auto options = std::make_shared<ValueOptions>();
-    add_operand(command, "NAME", Presence::required, options->name,
-                "what, by its name or code in stmctl list", some_of(names_of(direction)));
-    add_operands(command, "OPERANDS", Presence::optional, options->operands, operands);
-    add_device_options(command, options->device);
-    return [options, work] { return work(*options); };
+    return call(Device(options), row.name, row, values);
+}
+
+void add_values(CLI::App &command, Direction direction, Presence name, const char *operands,
+                ValueOptions &options)
+{
+    add_operand(command, "NAME", name, options.name, "what, by its name or code in stmctl list",
+                some_of(names_of(direction)));
+    add_operands(command, "OPERANDS", Presence::optional, options.operands, operands);
+    add_device_options(command, options.device);
 }
 
 } // namespace stmctl

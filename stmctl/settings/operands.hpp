@@ -1,6 +1,7 @@
 // What get and set take: the name of a row of the catalogue, and its operands.
 #pragma once
 
+#include "stmctl/command_line/arguments.hpp"
 #include "stmctl/command_line/command.hpp"
 #include "stmctl/module/device.hpp"
 #include "stmctl/module/operation.hpp"
@@ -34,11 +35,18 @@ const Quantity &row_for(const std::string &name, Direction direction);
 // Throws a Failure for operands that do not fit the row.
 Values parse_values(const Quantity &row, const std::vector<std::string> &operands);
 
-// Opens the device and runs the row's operation. Throws a Failure if it fails.
-Outcome call_on_device(const ValueOptions &options, const Quantity &row, const Values &values);
+// "adc-word-54 3"
+std::string full_name(const Quantity &row, int channel);
 
-// Declares a command that takes them.
-Action declare_values(CLI::App &command, Direction direction, const char *operands,
-                      ExitStatus (*work)(const ValueOptions &));
+// Runs the row's operation. Throws a Failure that begins with the name if it fails.
+Outcome call(const Device &device, const std::string &name, const Quantity &row,
+             const Values &values);
+
+// Opens the device for that.
+Outcome call_on_device(const DeviceOptions &options, const Quantity &row, const Values &values);
+
+// Declares the operands, and the options of the device.
+void add_values(CLI::App &command, Direction direction, Presence name, const char *operands,
+                ValueOptions &options);
 
 } // namespace stmctl

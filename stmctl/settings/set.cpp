@@ -1,9 +1,14 @@
 // set: changes a setting.
+#include "stmctl/command_line/numbers.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/settings/operands.hpp"
+#include "stmctl/settings/sent.hpp"
 #include "stmctl/settings/settings.hpp"
+#include "stmctl/settings/wire.hpp"
 
 #include <fmt/format.h>
+
+#include <memory>
 
 namespace stmctl
 {
@@ -11,31 +16,42 @@ namespace stmctl
 namespace
 {
 
-std::string channel_words(const Quantity &row, const Values &values)
+void tell_cut(const Argument &argument, const std::string &typed, float value)
 {
-    return row.has_channel() ? fmt::format(" {}", values.channel) : "";
+    if (has_more_than_hundredths(typed)) {
+        remark(fmt::format("{}: {} goes out in hundredths, as {:.2f}", argument.name, typed,
+                           stm_scale100(value) / 100.0));
+    }
 }
 
-// What has gone out: of a number in hundredths, not all digits may have.
-std::string sent_words(const Quantity &row, const Values &values)
+// What is not kept as it was typed; it is sent all the same.
+void tell_inexact(const ValueOptions &options, const Quantity &row, const Values &values)
 {
-    if (!row.first.hundredths) {
-        return fmt::format("{}", values.number);
+    if (row.first.hundredths) {
+        const std::string *typed = &options.operands.back();
+        if (row.second.name != nullptr) {
+            tell_cut(row.first, *(typed - 1), values.first);
+            tell_cut(row.second, *typed, values.second);
+        } else {
+            tell_cut(row.first, *typed, values.first);
+        }
+        return;
     }
-    std::string words = fmt::format("{:.2f}", stm_scale100(values.first) / 100.0);
-    if (row.second.name != nullptr) {
-        words += fmt::format(" {:.2f}", stm_scale100(values.second) / 100.0);
+    const Quantity *query = find_quantity(row.name, Direction::get);
+    const std::string why =
+        query == nullptr ? "" : why_asked_back_otherwise(query->answers, values.number);
+    if (!why.empty()) {
+        remark(fmt::format("{}: {}", full_name(row, values.channel), why));
     }
-    return words;
 }
 
 ExitStatus set(const ValueOptions &options)
 {
     const Quantity &row = row_for(options.name, Direction::set);
     const Values values = parse_values(row, options.operands);
-    const Outcome outcome = call_on_device(options, row, values);
-    print(fmt::format("{}{} = {} (answer {})\n", row.name, channel_words(row, values),
-                      sent_words(row, values), outcome.result));
+    tell_inexact(options, row, values);
+    const Outcome outcome = call_on_device(options.device, row, values);
+    print(sent_line(row, values, outcome.result));
     return ExitStatus::done;
 }
 
@@ -43,8 +59,10 @@ ExitStatus set(const ValueOptions &options)
 
 Action declare_set(CLI::App &command)
 {
-    return declare_values(command, Direction::set,
-                          "the channel, where there are several, and the value or two", set);
+    auto options = std::make_shared<ValueOptions>();
+    add_values(command, Direction::set, Presence::required,
+               "the channel, where there are several, and the value or two", *options);
+    return [options] { return set(*options); };
 }
 
 } // namespace stmctl

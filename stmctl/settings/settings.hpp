@@ -9,5 +9,7 @@ namespace stmctl
 Action declare_get(CLI::App &command);
 Action declare_set(CLI::App &command);
 Action declare_list(CLI::App &command);
+Action declare_save(CLI::App &command);
+Action declare_restore(CLI::App &command);
 
 } // namespace stmctl

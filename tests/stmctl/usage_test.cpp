@@ -25,7 +25,7 @@ class Usage : public StmctlBench
 
 const char *const COMMANDS[] = {
     "flash", "state", "version", "start",  "reset", "get", "set",   "list", "peek", "poke",
-    "dump",  "text",  "records", "follow", "adc",   "raw", "watch", "ring", "plot", "completion"};
+    "dump",  "text",  "records", "follow", "adc",   "raw", "watch", "ring", "plot", "completion", "save", "restore"};
 
 TEST_F(Usage, every_command_is_in_the_help_and_has_one_with_examples)
 {
