@@ -20,6 +20,8 @@ constexpr Command COMMANDS[] = {
     {"flash", "write an image into the co-processor's flash",
      "  stmctl flash firmware image.bin\n"
      "  stmctl flash firmware image.bin --retries 2\n"
+     "  stmctl flash firmware image.bin --start\n"
+     "  gzip -dc image.bin.gz | stmctl flash firmware -\n"
      "  stmctl flash booter booter.bin --yes\n",
      declare_flash},
     {"state", "show what the co-processor runs", "  stmctl state\n", declare_state},

@@ -1,6 +1,7 @@
 // Declares what stands behind the name of a command.
 #include "stmctl/command_line/arguments.hpp"
 
+#include "stmctl/command_line/nearest.hpp"
 #include "stmctl/output/output.hpp"
 
 #include <CLI/CLI.hpp>
@@ -19,11 +20,23 @@ std::map<const CLI::Option *, Offer> &offers()
     return all;
 }
 
+// As CLI11 has it, with the word that may have been meant.
+CLI::Validator member_of(const std::vector<std::string> &words)
+{
+    const CLI::Validator member = CLI::IsMember(words);
+    CLI::Validator named = member;
+    named.operation([member, words](std::string &word) {
+        const std::string error = member(word);
+        return error.empty() ? error : error + suggestion(word, words);
+    });
+    return named;
+}
+
 void make_offer(CLI::Option &option, const Offer &offer)
 {
     offers()[&option] = offer;
     if (offer.only_these) {
-        option.check(CLI::IsMember(offer.words));
+        option.check(member_of(offer.words));
     }
 }
 

@@ -1,6 +1,7 @@
 // A table of commands, made into a command line.
 #include "stmctl/command_line/command_line.hpp"
 
+#include "stmctl/command_line/nearest.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
 
@@ -8,6 +9,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <span>
 #include <string>
@@ -34,6 +36,15 @@ const Command *find_command(std::span<const Command> rows, const std::string &na
     const auto found =
         std::ranges::find_if(rows, [&](const Command &row) { return name == row.name; });
     return found == rows.end() ? nullptr : &*found;
+}
+
+Words names_of(std::span<const Command> rows)
+{
+    Words names;
+    for (const Command &row : rows) {
+        names.emplace_back(row.name);
+    }
+    return names;
 }
 
 // How much is declared: to do it all takes longer than most commands do.
@@ -85,16 +96,31 @@ bool asks_for_help(const std::string &word)
     return word == "--help" || word == "-h" || word == "help";
 }
 
+bool asks_for_version(const std::string &word)
+{
+    return word == "--version" || word == "-V";
+}
+
 void declare(CommandLine &line, const Program &program, std::span<const std::string> words)
 {
     words = words.subspan(!words.empty() && asks_for_help(words[0]) ? 1 : 0);
     const Command *called = words.empty() ? nullptr : find_command(program.commands, words[0]);
     const Extent extent = {words, called != nullptr && called->needs_all};
     line.app.set_help_flag("-h,--help", "show this text; behind it a topic or a command may stand");
-    line.app.set_version_flag("--version", version_of(program),
+    line.app.set_version_flag("-V,--version", version_of(program),
                               fmt::format("show {}'s version", program.name));
     line.app.footer(program.footer);
     declare_commands(line, line.app, program.commands, extent);
+}
+
+// The names are without the dashes.
+std::string like_option(const std::string &word, const Words &names)
+{
+    constexpr std::string_view DASHES = "--";
+    return word.starts_with(DASHES)
+               ? suggestion(word.substr(DASHES.size(), word.find('=') - DASHES.size()), names,
+                            DASHES)
+               : "";
 }
 
 // CLI11 says no more than that one is required. The path is that of the commands so far.
@@ -104,18 +130,18 @@ void expect_command(std::span<const Command> rows, std::span<const std::string> 
     if (words.empty()) {
         throw Failure(ExitStatus::usage, fmt::format("no command; see {} --help", path));
     }
-    if (words[0] == "--help" || words[0] == "-h" || words[0] == "--version") {
+    if (words[0] == "--help" || words[0] == "-h" || asks_for_version(words[0])) {
         return;
     }
     if (words[0].starts_with('-')) {
-        throw Failure(
-            ExitStatus::usage,
-            fmt::format("no option '{}' in front of a command; see {} --help", words[0], path));
+        throw Failure(ExitStatus::usage,
+                      fmt::format("no option '{}' in front of a command{}; see {} --help", words[0],
+                                  like_option(words[0], {"help", "version"}), path));
     }
     const Command *row = find_command(rows, words[0]);
     if (row == nullptr) {
-        throw Failure(ExitStatus::usage,
-                      fmt::format("no command '{}'; see {} --help", words[0], path));
+        throw Failure(ExitStatus::usage, fmt::format("no command '{}'{}; see {} --help", words[0],
+                                                     suggestion(words[0], names_of(rows)), path));
     }
     if (row->nested != nullptr) {
         expect_command(row->nested(), words.subspan(1), fmt::format("{} {}", path, row->name));
@@ -140,8 +166,13 @@ bool take_help_topic(const Program &program, Words &words)
         return true;
     }
     if (find_command(program.commands, words[1]) == nullptr) {
-        throw Failure(ExitStatus::usage, fmt::format("there is no help for '{}'; see {} --help",
-                                                     words[1], program.name));
+        Words names = names_of(program.commands);
+        for (const HelpTopic &one : program.topics) {
+            names.emplace_back(one.name);
+        }
+        throw Failure(ExitStatus::usage,
+                      fmt::format("there is no help for '{}'{}; see {} --help", words[1],
+                                  suggestion(words[1], names), program.name));
     }
     std::swap(words[0], words[1]);
     return false;
@@ -158,6 +189,22 @@ const CLI::App *parsed_command(const CLI::App &app, std::string &path)
     return at;
 }
 
+// Of the words that a command does not expect, the first that is much like one of its options.
+std::string suggested_option(const CLI::App &command, const Words &extras)
+{
+    Words names;
+    for (const CLI::Option *option : command.get_options()) {
+        std::ranges::copy(option->get_lnames(), std::back_inserter(names));
+    }
+    for (const std::string &extra : extras) {
+        const std::string found = like_option(extra, names);
+        if (!found.empty()) {
+            return found;
+        }
+    }
+    return "";
+}
+
 // Returns whether there is something to run: help and version are done with by then.
 bool parse(CommandLine &line, Words words)
 {
@@ -171,10 +218,11 @@ bool parse(CommandLine &line, Words words)
         print(line.app.help());
     } catch (const CLI::ExtrasError &) {
         std::string path;
-        parsed_command(line.app, path);
+        const CLI::App *command = parsed_command(line.app, path);
         const Words extras = line.app.remaining(true);
         throw Failure(ExitStatus::usage,
-                      fmt::format("not expected: {}; see {} --help", fmt::join(extras, " "), path));
+                      fmt::format("not expected: {}{}; see {} --help", fmt::join(extras, " "),
+                                  suggested_option(*command, extras), path));
     } catch (const CLI::ParseError &error) {
         std::string path;
         parsed_command(line.app, path);
@@ -185,7 +233,7 @@ bool parse(CommandLine &line, Words words)
 
 ExitStatus run(const Program &program, Words words)
 {
-    if (words == Words{"--version"}) { // at once, for it is asked by scripts
+    if (words.size() == 1 && asks_for_version(words[0])) { // at once, for it is asked by scripts
         print(version_of(program) + '\n');
         return ExitStatus::done;
     }

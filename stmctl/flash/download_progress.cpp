@@ -66,7 +66,12 @@ void DownloadProgress::end()
 
 std::string rate_words(uint32_t bytes, double seconds)
 {
-    return fmt::format("{:.1f} KiB/s", seconds > 0 ? bytes / 1024.0 / seconds : 0);
+    constexpr double KIB = 1024.0;
+    if (seconds <= 0 || bytes < seconds) {
+        return "";
+    }
+    const double rate = bytes / seconds;
+    return rate < KIB ? fmt::format("{:.0f} B/s", rate) : fmt::format("{:.1f} KiB/s", rate / KIB);
 }
 
 } // namespace stmctl

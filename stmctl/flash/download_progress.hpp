@@ -29,7 +29,7 @@ class DownloadProgress
     uint32_t shown_tenths_ = 0;
 };
 
-// "65.1 KiB/s"
+// "65.1 KiB/s", or "312 B/s"; empty where that says nothing.
 std::string rate_words(uint32_t bytes, double seconds);
 
 } // namespace stmctl

@@ -7,11 +7,13 @@
 #include "stmctl/flash/image_file.hpp"
 #include "stmctl/module/device.hpp"
 #include "stmctl/module/diagnosis.hpp"
+#include "stmctl/module/mode_change.hpp"
 #include "stmctl/module/operation.hpp"
 #include "stmctl/module/recovery.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/output/terminal.hpp"
 #include "stmctl/process/failure.hpp"
+#include "stmctl/process/input.hpp"
 #include "stmctl/process/stop.hpp"
 
 #include <fmt/format.h>
@@ -50,12 +52,29 @@ struct FlashOptions {
     std::string limit;
     std::string retries = "0";
     bool yes = false;
+    bool start = false;
     DeviceOptions device;
 };
 
 const Region &region_named(const std::string &name)
 {
     return name == REGIONS[0].name ? REGIONS[0] : REGIONS[1];
+}
+
+// What needs no look at the image, which may be long in coming.
+void check_words(const FlashOptions &options, const Region &region)
+{
+    if (region.address != STM_FLASH_BOOTER_ADDR) {
+        return;
+    }
+    if (options.start) {
+        throw Failure(ExitStatus::usage,
+                      "flash booter: --start starts a firmware, and is for flash firmware only");
+    }
+    if (options.file == "-" && !options.yes) {
+        throw Failure(ExitStatus::usage, "flash booter: nobody can be asked while the image comes "
+                                         "from standard input; --yes goes on");
+    }
 }
 
 // A boot loader that does not work leaves no way to load another one.
@@ -155,15 +174,24 @@ void prepare_retry(Recovery &recovery, uint32_t attempt, uint32_t attempts, cons
     }
 }
 
-void tell_success(const ImageFile &image, const Region &region, const Download &done)
+void tell_success(const ImageFile &image, const Region &region, const Download &done,
+                  const char *next)
 {
-    print(fmt::format("{} bytes of {} written to 0x{:08X} in {:.2f} s, {}{}\n", image.size(),
-                      region.words, region.address, done.seconds,
-                      rate_words(image.size(), done.seconds), region.next));
+    const std::string rate = rate_words(image.size(), done.seconds);
+    print(fmt::format("{} bytes of {} written to 0x{:08X} in {:.2f} s{}{}{}\n", image.size(),
+                      region.words, region.address, done.seconds, rate.empty() ? "" : ", ", rate,
+                      next));
     flush_output();
     if (output_failed() && status_of_failed_output() != ExitStatus::done) {
         say("flash: all bytes are written");
     }
+}
+
+ExitStatus end_well(const FlashOptions &options, const ImageFile &image, const Region &region,
+                    const Download &done)
+{
+    tell_success(image, region, done, options.start ? "; starting it" : region.next);
+    return options.start ? change_mode(stm_reset, "flash --start", APPLICATION) : ExitStatus::done;
 }
 
 ExitStatus flash(const FlashOptions &options)
@@ -172,6 +200,7 @@ ExitStatus flash(const FlashOptions &options)
     const uint32_t limit =
         options.limit.empty() ? region.size : parse_number(options.limit, "--limit", 1, UINT32_MAX);
     const uint32_t attempts = 1 + parse_number(options.retries, "--retries", 0, 1000);
+    check_words(options, region);
     ImageFile image(options.file, limit);
     if (region.address == STM_FLASH_BOOTER_ADDR) {
         ask_before_boot_loader(options, image);
@@ -181,8 +210,7 @@ ExitStatus flash(const FlashOptions &options)
     for (uint32_t attempt = 1;; ++attempt) {
         const Download last = download(image, region);
         if (last.failed.empty()) {
-            tell_success(image, region, last);
-            return ExitStatus::done;
+            return end_well(options, image, region, last);
         }
         if (attempt == attempts) {
             throw Failure(ExitStatus::failed,
@@ -200,8 +228,10 @@ Action declare_flash(CLI::App &command)
     auto options = std::make_shared<FlashOptions>();
     add_operand(command, "REGION", Presence::required, options->region, "what the image is",
                 one_of({REGIONS[0].name, REGIONS[1].name}));
-    add_operand(command, "FILE", Presence::required, options->file, "the image", names_of_files());
+    add_operand(command, "FILE", Presence::required, options->file,
+                "the image; - reads standard input", names_of_files());
     add_flag(command, "-y,--yes", options->yes, "write a boot loader without asking");
+    add_flag(command, "--start", options->start, "start the firmware once it is written");
     add_option(command, "--limit", "BYTES", options->limit,
                "most bytes that the image may have (firmware 507904, booter 16384)");
     add_option(command, "--retries", "N", options->retries,

@@ -2,6 +2,7 @@
 #include "stmctl/flash/image_file.hpp"
 
 #include "stmctl/process/failure.hpp"
+#include "stmctl/process/input.hpp"
 
 #include <fmt/format.h>
 
@@ -21,7 +22,7 @@ namespace
 
 [[noreturn]] void refuse(const std::string &path, const std::string &why)
 {
-    throw Failure(ExitStatus::failed, fmt::format("{}: {}", path, why));
+    throw Failure(ExitStatus::failed, fmt::format("{}: {}", input_name(path), why));
 }
 
 // A pipe would keep an open without O_NONBLOCK waiting.
@@ -34,10 +35,21 @@ int open_to_read(const std::string &path)
     return descriptor;
 }
 
+// Whether only its end tells how long it is.
+bool is_stream(const std::string &path)
+{
+    struct stat status = {};
+    return path == "-" || (stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode));
+}
+
 } // namespace
 
 ImageFile::ImageFile(const std::string &path, uint32_t limit)
 {
+    if (is_stream(path)) {
+        take_stream(path, limit);
+        return;
+    }
     const int descriptor = open_to_read(path);
     const File file(fdopen(descriptor, "rb"));
     struct stat status = {};
@@ -52,6 +64,23 @@ ImageFile::ImageFile(const std::string &path, uint32_t limit)
     }
     size_ = static_cast<uint32_t>(status.st_size);
     copy(file.get(), path);
+}
+
+void ImageFile::take_stream(const std::string &path, uint32_t limit)
+{
+    const std::string content = read_whole(path, limit);
+    if (content.empty()) {
+        refuse(path, "nothing came");
+    }
+    if (content.size() > limit) {
+        refuse(path, fmt::format("more came than the {} bytes that fit", limit));
+    }
+    size_ = static_cast<uint32_t>(content.size());
+    file_.reset(fdopen(memfd_create("image", MFD_CLOEXEC), "w+b"));
+    const bool written = file_ && fwrite(content.data(), 1, size_, file_.get()) == size_;
+    if (!written || fflush(file_.get()) != 0) {
+        refuse(path, strerror(errno));
+    }
 }
 
 void ImageFile::copy(FILE *file, const std::string &path)

@@ -13,7 +13,8 @@ namespace stmctl
 class ImageFile
 {
   public:
-    // Throws a Failure unless it is a regular file that can be read and has 1 to limit bytes.
+    // Of a file, of a pipe or, for "-", of standard input, which are read to their end. Throws a
+    // Failure unless it can be read and has 1 to limit bytes, and if an interrupt ends the reading.
     ImageFile(const std::string &path, uint32_t limit);
 
     uint32_t size() const { return size_; }
@@ -28,6 +29,7 @@ class ImageFile
 
     using File = std::unique_ptr<FILE, Closer>;
 
+    void take_stream(const std::string &path, uint32_t limit);
     void copy(FILE *file, const std::string &path);
 
     File file_;

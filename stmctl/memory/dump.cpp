@@ -28,6 +28,9 @@ ExitStatus dump(const Options &options)
 {
     const uint16_t address = options.parsed();
     const auto count = static_cast<uint16_t>(parse_number(options.count, "count", 1, MOST_DUMPED));
+    if (uint32_t{address} + count > LAST_ADDRESS + 1) {
+        throw Failure(ExitStatus::usage, "the range reaches beyond address 0xFFFF");
+    }
     const Device device(options.device);
     std::vector<uint8_t> bytes;
     const Outcome outcome =

@@ -12,7 +12,6 @@ namespace
 {
 
 constexpr size_t BYTES_A_LINE = 16;
-constexpr uint32_t ADDRESSES = 0x10000; // behind the last comes the first
 
 } // namespace
 
@@ -27,8 +26,7 @@ std::string hexdump(uint32_t address, std::span<const uint8_t> bytes)
             numbers += fmt::format(" {:02X}", byte);
             letters += byte >= 0x20 && byte < 0x7F ? static_cast<char>(byte) : '.';
         }
-        text += fmt::format("{:04X} {:<{}}  |{}|\n", address % ADDRESSES, numbers, 3 * BYTES_A_LINE,
-                            letters);
+        text += fmt::format("{:04X} {:<{}}  |{}|\n", address, numbers, 3 * BYTES_A_LINE, letters);
         address += BYTES_A_LINE;
         bytes = bytes.subspan(line.size());
     }

@@ -1,9 +1,10 @@
-// The mode that the co-processor runs in: asked for, named and changed.
+// The commands that ask for the mode that the co-processor runs in, or change it.
 #pragma once
 
 #include "stmctl/command_line/command.hpp"
 #include "stmctl/module/device.hpp"
 #include "stmctl/module/diagnosis.hpp"
+#include "stmctl/module/mode_change.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -14,17 +15,8 @@ namespace stmctl
 
 inline constexpr uint8_t VERSION_QUERY = 0x91;
 
-// "boot loader"
-const char *mode_name(uint8_t mode);
-
-// The byte that answers a query. Throws a Failure that begins with the name.
-uint8_t ask_for_byte(uint8_t query, const std::string &name);
-
 // For an answer that nobody gives.
 [[noreturn]] void fail_without_answer(const char *name, uint8_t answer, const Device &device);
-
-// Sends a command that has no answer: only the mode tells whether it was understood.
-ExitStatus change_mode(int (*send)(), const char *name, uint8_t wanted);
 
 // Declares a command that takes no more than a device.
 Action declare_on_device(CLI::App &command,

@@ -63,7 +63,8 @@ std::string read_whole(const std::string &path, size_t most)
                           fmt::format("{}: stopped before it was read", input_name(path)));
         }
         char piece[4096];
-        const size_t size = std::min(sizeof(piece), most + 1 - content.size());
+        const size_t room = most - content.size();
+        const size_t size = room < sizeof(piece) ? room + 1 : sizeof(piece);
         const ssize_t came = read(input.number(), piece, size);
         if (came == 0) {
             break;

@@ -25,8 +25,8 @@ bool interrupted();
 // Waits in a way that the wish ends. Returns false if it did.
 bool wait_unless_stopped(std::chrono::milliseconds time);
 
-// Waits until a file, unless told otherwise standard input, can be read, without reading it. Returns
-// false if an interrupt came.
+// Waits until a file, unless told otherwise standard input, can be read, without reading it.
+// Returns false if an interrupt came.
 bool wait_for_input(int descriptor = 0);
 
 } // namespace stmctl

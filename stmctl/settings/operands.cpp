@@ -1,6 +1,7 @@
 // What get and set take.
 #include "stmctl/settings/operands.hpp"
 
+#include "stmctl/command_line/nearest.hpp"
 #include "stmctl/command_line/numbers.hpp"
 #include "stmctl/process/failure.hpp"
 
@@ -67,11 +68,11 @@ const Quantity &row_for(const std::string &name, Direction direction)
     }
     const bool asks = direction == Direction::get;
     const bool other_way = find_quantity(name, asks ? Direction::set : Direction::get) != nullptr;
-    throw Failure(ExitStatus::usage,
-                  fmt::format("{} '{}'{}; see stmctl list", asks ? "no query" : "no setting", name,
-                              other_way
-                                  ? (asks ? ", it can only be set" : ", it can only be asked for")
-                                  : ""));
+    const std::string hint = !other_way
+                                 ? suggestion(name, names_of(direction))
+                                 : (asks ? ", it can only be set" : ", it can only be asked for");
+    throw Failure(ExitStatus::usage, fmt::format("{} '{}'{}; see stmctl list",
+                                                 asks ? "no query" : "no setting", name, hint));
 }
 
 Values parse_values(const Quantity &row, const Words &operands)

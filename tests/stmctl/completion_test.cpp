@@ -42,7 +42,7 @@ TEST_F(Completion, offers_the_commands)
     EXPECT_EQ(offered({"stmctl", "fl"}), "flash");
     EXPECT_EQ(offered({"stmctl", "st"}), "state start");
     const std::string all = offered({"stmctl", ""});
-    EXPECT_EQ(all.find("flash state version start reset get set list peek poke dump text"), 0U);
+    EXPECT_EQ(all.find("flash state version start reset get set list save restore"), 0U);
     EXPECT_EQ(offered({"stmctl", "--v"}), "--version");
     EXPECT_EQ(offered({"stmctl", "nonsense"}), "");
 }
@@ -58,15 +58,15 @@ TEST_F(Completion, offers_names_in_their_direction)
 
 TEST_F(Completion, offers_the_options_of_a_command)
 {
-    EXPECT_EQ(offered({"stmctl", "flash", "--"}), "--help --yes --limit --retries --wait");
-    EXPECT_EQ(offered({"stmctl", "list", "--"}), "--help");
+    EXPECT_EQ(offered({"stmctl", "flash", "--"}), "--help --yes --start --limit --retries --wait");
+    EXPECT_EQ(offered({"stmctl", "list", "--"}), "--help --json");
     EXPECT_EQ(offered({"stmctl", "peek", "0", "--l"}), "--long");
 }
 
 TEST_F(Completion, offers_short_names_too)
 {
     write_file("image.bin", {1});
-    EXPECT_EQ(offered({"stmctl", "flash", "-"}), "--help -h --yes -y --limit --retries --wait");
+    EXPECT_EQ(offered({"stmctl", "flash", "-"}), "--help -h --yes -y --start --limit --retries --wait");
     EXPECT_EQ(offered({"stmctl", "records", "-o", "im"}), "image.bin");
 }
 

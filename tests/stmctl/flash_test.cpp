@@ -2,7 +2,9 @@
 // why it is not.
 #include "tests/stmctl/stmctl_bench.hpp"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -104,11 +106,9 @@ TEST_F(Flash, file_is_looked_at_before_the_device)
     write_file("empty.bin", {});
     write_file("large.bin", noise(507905, 1));
     write_file("large-booter.bin", noise(16385, 1));
-    mkfifo(path("pipe").c_str(), 0600);
     expect_refused({"flash", "firmware", "no.bin"}, 1, "no.bin: No such file or directory");
     expect_refused({"flash", "firmware", "empty.bin"}, 1, "empty.bin: the file is empty");
     expect_refused({"flash", "firmware", "."}, 1, ".: not a regular file");
-    expect_refused({"flash", "firmware", "pipe"}, 1, "pipe: not a regular file");
     expect_refused({"flash", "firmware", "large.bin"}, 1,
                    "large.bin: 507905 bytes, but at most 507904 fit");
     expect_refused({"flash", "booter", "large-booter.bin", "--yes"}, 1,
@@ -128,6 +128,94 @@ TEST_F(Flash, limit_replaces_that_of_the_region)
                              "co-processor does not take this address or size\n");
 }
 
+// Of a rate only what says something is shown.
+TEST_F(Flash, tiny_image_has_a_rate_in_bytes)
+{
+    write_file("image.bin", {1});
+    EXPECT_EQ(says({"flash", "firmware", "image.bin"}),
+              "100 %  1 of 1 bytes\n"
+              "1 bytes of firmware written to 0x08004000 in 0.04 s, 28 B/s; stmctl reset starts "
+              "it\n");
+    const Result slow = with_fault("late@0=1400", {"flash", "firmware", "image.bin"});
+    EXPECT_NE(slow.output.find("written to 0x08004000 in 15.44 s; stmctl reset"), std::string::npos)
+        << slow.output;
+}
+
+TEST_F(Flash, start_runs_the_firmware_and_says_so)
+{
+    const std::string output = says({"flash", "firmware", "image.bin", "--start"});
+    EXPECT_TRUE(output.ends_with("5000 bytes of firmware written to 0x08004000 in 0.09 s, 57.3 "
+                                 "KiB/s; starting it\napplication (2)\n"))
+        << output;
+    EXPECT_EQ(says({"state"}), "application (2)\n");
+}
+
+TEST_F(Flash, start_that_fails_is_told_apart_from_a_flash_that_fails)
+{
+    says({"flash", "firmware", "image.bin"});
+    const auto exchanges = transcript().size();
+    const Result result = flash_with("exchange@" + std::to_string(exchanges + 1), {"--start"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("; starting it\n"), std::string::npos);
+    EXPECT_EQ(result.errors,
+              "stmctl: flash --start: sending the command failed: Input/output error\n");
+    const Result failed = flash_with("checksum-error@3", {"--start"});
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_EQ(failed.output.find("starting"), std::string::npos);
+    EXPECT_EQ(says({"state"}), "boot loader (1)\n");
+}
+
+TEST_F(Flash, image_comes_from_standard_input_or_a_pipe)
+{
+    const Result piped = in_shell({"flash", "firmware", "-"}, "<image.bin");
+    EXPECT_EQ(piped.status, 0);
+    EXPECT_EQ(piped.errors, "");
+    EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
+    write_file("image.bin", noise(507904, 2));
+    mkfifo(path("pipe").c_str(), 0600);
+    const Result named = in_script("cat image.bin >pipe & " +
+                                   quoted(on_board_with({}, {"flash", "firmware", "pipe"})));
+    EXPECT_EQ(named.status, 0);
+    EXPECT_EQ(named.errors, "");
+    EXPECT_TRUE(flash(FIRMWARE_OFFSET, 507904) == read_file("image.bin"));
+    const Result booter =
+        in_shell({"flash", "booter", "-", "--yes"}, "< <(head -c 16384 image.bin)");
+    EXPECT_EQ(booter.status, 0);
+    Bytes expected = read_file("image.bin");
+    expected.resize(16384);
+    EXPECT_TRUE(flash(0, 16384) == expected);
+}
+
+TEST_F(Flash, pipe_is_read_before_the_device_is_touched)
+{
+    const auto refused = [this](const Words &words, const std::string &input, int status,
+                                const std::string &sentence) {
+        expect_failure(in_shell(words, input), status, sentence);
+        EXPECT_TRUE(transcript().empty()) << sentence;
+    };
+    refused({"flash", "firmware", "-"}, "</dev/null", 1, "standard input: nothing came");
+    refused({"flash", "firmware", "-"}, "< <(head -c 507905 /dev/zero)", 1,
+            "standard input: more came than the 507904 bytes that fit");
+    refused({"flash", "firmware", "-"}, "</dev/zero", 1,
+            "standard input: more came than the 507904 bytes that fit");
+    refused({"flash", "firmware", "-"}, "<.", 1, "standard input: Is a directory");
+    refused({"flash", "booter", "-"}, "<image.bin", 2,
+            "flash booter: nobody can be asked while the image comes from standard input; --yes "
+            "goes on");
+}
+
+TEST_F(Flash, pipe_is_waited_for_until_an_interrupt)
+{
+    mkfifo(path("pipe").c_str(), 0600);
+    const pid_t pid = start(on_board_with({}, {"flash", "firmware", "pipe"}));
+    const int pipe = open(path("pipe").c_str(), O_WRONLY | O_CLOEXEC); // once it is read
+    EXPECT_EQ(write(pipe, "half", 4), 4);
+    kill(pid, SIGINT);
+    expect_failure(finish(pid), 3, "pipe: stopped before it was read");
+    EXPECT_TRUE(transcript().empty());
+    close(pipe);
+}
+
 TEST_F(Flash, words_that_make_no_sense_are_refused)
 {
     expect_refused({"flash", "firmware", "image.bin", "--limit", "0"}, 2,
@@ -136,6 +224,8 @@ TEST_F(Flash, words_that_make_no_sense_are_refused)
                    "--retries: a number from 0 to 1000, not 'x'");
     expect_refused({"flash", "nonsense", "image.bin"}, 2,
                    "REGION: nonsense not in {firmware,booter}; see stmctl flash --help");
+    expect_refused({"flash", "booter", "image.bin", "--yes", "--start"}, 2,
+                   "flash booter: --start starts a firmware, and is for flash firmware only");
     expect_refused({"flash", "firmware"}, 2, "FILE is required; see stmctl flash --help");
 }
 

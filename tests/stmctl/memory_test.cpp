@@ -49,12 +49,25 @@ TEST_F(Memory, dump_shows_addresses_bytes_and_characters)
               "1F00  41                                               |A|\n");
 }
 
-TEST_F(Memory, dump_goes_on_at_the_start_behind_the_last_address)
+TEST_F(Memory, dump_reaches_up_to_the_last_address)
 {
     says({"poke", "0xFFFF", "0x41"});
     says({"poke", "0", "0x42"});
-    EXPECT_EQ(says({"dump", "0xFFFF", "2"}),
-              "FFFF  41 42                                            |AB|\n");
+    EXPECT_EQ(says({"dump", "0xFFFF", "1"}),
+              "FFFF  41                                               |A|\n");
+    EXPECT_EQ(says({"dump", "0xFFF0", "16"}),
+              "FFF0  00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 41  |...............A|\n");
+}
+
+// They are taken in either case, and shown as capitals.
+TEST_F(Memory, hexadecimal_digits_have_one_case)
+{
+    EXPECT_EQ(says({"poke", "0xabcd", "0XeF", "0xFe"}),
+              "0xABCD = 239 (answer 1)\n0xABCE = 254 (answer 1)\n");
+    EXPECT_EQ(says({"peek", "0XABcd"}), "239 (0xEF)\n");
+    EXPECT_EQ(says({"peek", "0xabcd", "--long"}), "4026400768 (0xEFFE0000)\n");
+    EXPECT_EQ(says({"dump", "0xAbCd", "0x2"}),
+              "ABCD  EF FE                                            |..|\n");
 }
 
 TEST_F(Memory, dump_shows_no_byte_that_did_not_come)
@@ -105,6 +118,8 @@ TEST_F(Memory, operands_are_checked_before_the_device_is_touched)
     expect_refused({"poke", "0", "256"}, "value: a number from 0 to 255, not '256'");
     expect_refused({"poke", "65535", "1", "2"}, "the values reach beyond address 0xFFFF");
     expect_refused({"poke", "0"}, "VALUE is required; see stmctl poke --help");
+    expect_refused({"dump", "0xFFFF", "2"}, "the range reaches beyond address 0xFFFF");
+    expect_refused({"dump", "0xFFF0", "32"}, "the range reaches beyond address 0xFFFF");
     expect_refused({"dump", "0", "0"}, "count: a number from 1 to 4096, not '0'");
     expect_refused({"dump", "0", "4097"}, "count: a number from 1 to 4096, not '4097'");
     expect_refused({"dump", "0"}, "COUNT is required; see stmctl dump --help");

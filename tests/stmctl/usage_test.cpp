@@ -23,9 +23,10 @@ class Usage : public StmctlBench
     }
 };
 
-const char *const COMMANDS[] = {
-    "flash", "state", "version", "start",  "reset", "get", "set",   "list", "peek", "poke",
-    "dump",  "text",  "records", "follow", "adc",   "raw", "watch", "ring", "plot", "completion", "save", "restore"};
+const char *const COMMANDS[] = {"flash",   "state",      "version", "start",  "reset", "get",
+                                "set",     "list",       "peek",    "poke",   "dump",  "text",
+                                "records", "follow",     "adc",     "raw",    "watch", "ring",
+                                "plot",    "completion", "save",    "restore"};
 
 TEST_F(Usage, every_command_is_in_the_help_and_has_one_with_examples)
 {
@@ -58,6 +59,8 @@ TEST_F(Usage, version_is_that_of_the_project)
     EXPECT_EQ(version.substr(0, 7), "stmctl ");
     EXPECT_NE(version.find('.'), std::string::npos);
     EXPECT_EQ(version.back(), '\n');
+    EXPECT_EQ(shown({"-V"}), version);
+    EXPECT_EQ(shown({"-V", "state"}), version);
 }
 
 TEST_F(Usage, words_that_make_no_sense_are_status_2)
@@ -77,6 +80,42 @@ TEST_F(Usage, words_that_make_no_sense_are_status_2)
         EXPECT_EQ(bare({command}).status, 2) << command;
         EXPECT_EQ(bare({command, "--nonsense"}).status, 2) << command;
     }
+}
+
+TEST_F(Usage, mistyped_words_are_answered_with_the_nearest)
+{
+    expect_failure(bare({"flahs"}), 2,
+                   "no command 'flahs'; did you mean flash?; see stmctl --help");
+    expect_failure(bare({"ring", "raed"}), 2,
+                   "no command 'raed'; did you mean read?; see stmctl ring --help");
+    expect_failure(bare({"--verison"}), 2,
+                   "no option '--verison' in front of a command; did you mean --version?; see "
+                   "stmctl --help");
+    expect_failure(bare({"records", "--formt", "csv"}), 2,
+                   "not expected: --formt csv; did you mean --format?; see stmctl records --help");
+    expect_failure(bare({"records", "x", "--durations=5"}), 2,
+                   "not expected: x --durations=5; did you mean --duration?; see stmctl records "
+                   "--help");
+    expect_failure(bare({"get", "sampeltime"}), 2,
+                   "no query 'sampeltime'; did you mean sampletime?; see stmctl list");
+    expect_failure(bare({"set", "adc2value", "1"}), 2,
+                   "no setting 'adc2value'; did you mean adc2-value?; see stmctl list");
+    expect_failure(bare({"--help", "acess"}), 2,
+                   "there is no help for 'acess'; did you mean access?; see stmctl --help");
+    expect_failure(bare({"--help", "plto"}), 2,
+                   "there is no help for 'plto'; did you mean plot?; see stmctl --help");
+    expect_failure(bare({"records", "--variant", "omeag"}), 2,
+                   "--variant: omeag not in {base,omega,temp}; did you mean omega?; see stmctl "
+                   "records --help");
+}
+
+TEST_F(Usage, words_that_are_like_no_other_are_answered_with_none)
+{
+    expect_failure(bare({"flaxxx"}), 2, "no command 'flaxxx'; see stmctl --help");
+    expect_failure(bare({"ge"}), 2, "no command 'ge'; see stmctl --help");
+    expect_failure(bare({"ad"}), 2, "no command 'ad'; see stmctl --help");
+    expect_failure(bare({"statexxx"}), 2, "no command 'statexxx'; see stmctl --help");
+    expect_failure(bare({"set", "text-2", "1"}), 2, "no setting 'text-2'; see stmctl list");
 }
 
 // As from a script whose variable is not set.
