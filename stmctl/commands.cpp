@@ -121,7 +121,8 @@ constexpr Command COMMANDS[] = {
      declare_plot},
     {"completion", "print the completions for a shell",
      "  source <(stmctl completion bash)\n"
-     "  stmctl completion bash >/etc/bash_completion.d/stmctl\n",
+     "  stmctl completion bash >/etc/bash_completion.d/stmctl\n"
+     "  stmctl completion zsh >/usr/local/share/zsh/site-functions/_stmctl\n",
      declare_completion, nullptr, true},
 };
 

@@ -105,6 +105,11 @@ void add_detail(CLI::App &command)
         ->excludes(quiet);
 }
 
+void add_offer(const CLI::Option &flag, const Offer &offer)
+{
+    offers()[&flag] = offer;
+}
+
 const Offer &offer_for(const CLI::Option &option)
 {
     return offers()[&option];

@@ -43,6 +43,9 @@ void add_operands(CLI::App &command, const char *name, Presence presence,
 // "-q" and "-v", which take effect at once.
 void add_detail(CLI::App &command);
 
+// What a shell may offer behind a flag.
+void add_offer(const CLI::Option &flag, const Offer &offer);
+
 // What was offered for an option or operand.
 const Offer &offer_for(const CLI::Option &option);
 

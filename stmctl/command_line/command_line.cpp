@@ -1,6 +1,7 @@
 // A table of commands, made into a command line.
 #include "stmctl/command_line/command_line.hpp"
 
+#include "stmctl/command_line/arguments.hpp"
 #include "stmctl/command_line/nearest.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
@@ -38,10 +39,11 @@ const Command *find_command(std::span<const Command> rows, const std::string &na
     return found == rows.end() ? nullptr : &*found;
 }
 
-Words names_of(std::span<const Command> rows)
+template <typename Row>
+Words names_of(std::span<const Row> rows)
 {
     Words names;
-    for (const Command &row : rows) {
+    for (const Row &row : rows) {
         names.emplace_back(row.name);
     }
     return names;
@@ -106,7 +108,11 @@ void declare(CommandLine &line, const Program &program, std::span<const std::str
     words = words.subspan(!words.empty() && asks_for_help(words[0]) ? 1 : 0);
     const Command *called = words.empty() ? nullptr : find_command(program.commands, words[0]);
     const Extent extent = {words, called != nullptr && called->needs_all};
-    line.app.set_help_flag("-h,--help", "show this text; behind it a topic or a command may stand");
+    const CLI::Option *help = line.app.set_help_flag(
+        "-h,--help", "show this text; behind it a topic or a command may stand");
+    if (extent.all) {
+        add_offer(*help, some_of(names_of(program.topics)));
+    }
     line.app.set_version_flag("-V,--version", version_of(program),
                               fmt::format("show {}'s version", program.name));
     line.app.footer(program.footer);
@@ -167,9 +173,7 @@ bool take_help_topic(const Program &program, Words &words)
     }
     if (find_command(program.commands, words[1]) == nullptr) {
         Words names = names_of(program.commands);
-        for (const HelpTopic &one : program.topics) {
-            names.emplace_back(one.name);
-        }
+        std::ranges::copy(names_of(program.topics), std::back_inserter(names));
         throw Failure(ExitStatus::usage,
                       fmt::format("there is no help for '{}'{}; see {} --help", words[1],
                                   suggestion(words[1], names), program.name));

@@ -1,4 +1,4 @@
-// completion: a script for bash, made from the command line itself.
+// completion: a script for a shell, made from the command line itself.
 #include "stmctl/command_line/completion.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
@@ -40,18 +40,20 @@ Words names_of(const CLI::Option &option)
     return names;
 }
 
-// The tables of the script: bash's associative arrays, a line each.
+// The tables of the script: associative arrays, a line each.
 struct Tables {
+    std::string row;      // how the shell writes one of key and words
     std::string commands; // path -> its commands
     std::string options;  // path -> its options
     std::string valued;   // path -> those of them that a value follows
     std::string words;    // path and option, or path and number of the operand -> what to offer
 };
 
-void add_row(std::string &table, const std::string &key, const std::string &words)
+void add_row(const Tables &tables, std::string &table, const std::string &key,
+             const std::string &words)
 {
     if (!words.empty()) {
-        table += fmt::format("        [\"{}\"]=\"{}\"\n", key, words);
+        table += fmt::format(fmt::runtime(tables.row), key, words);
     }
 }
 
@@ -65,18 +67,18 @@ void add_options(Tables &tables, const CLI::App &app, const std::string &path)
         const Offer &offer = offer_for(*option);
         const std::string words = offer.files ? FILES : joined(offer.words);
         if (own.empty()) {
-            add_row(tables.words, fmt::format("{} {}", path, ++operands), words);
+            add_row(tables, tables.words, fmt::format("{} {}", path, ++operands), words);
         }
         for (const std::string &name : own) {
             names.push_back(name);
             if (option->get_items_expected_max() > 0) {
                 valued.push_back(name);
-                add_row(tables.words, fmt::format("{} {}", path, name), words);
             }
+            add_row(tables, tables.words, fmt::format("{} {}", path, name), words);
         }
     }
-    add_row(tables.options, path, joined(names));
-    add_row(tables.valued, path, joined(valued));
+    add_row(tables, tables.options, path, joined(names));
+    add_row(tables, tables.valued, path, joined(valued));
 }
 
 void walk(Tables &tables, const CLI::App &app, const std::string &path)
@@ -87,10 +89,11 @@ void walk(Tables &tables, const CLI::App &app, const std::string &path)
         commands.push_back(command->get_name());
         walk(tables, *command, path + ' ' + command->get_name());
     }
-    add_row(tables.commands, path, joined(commands));
+    add_row(tables, tables.commands, path, joined(commands));
 }
 
-constexpr char SCRIPT[] = R"(# Completions of stmctl for bash:  source <(stmctl completion bash)
+constexpr char BASH_SCRIPT[] =
+    R"(# Completions of stmctl for bash:  source <(stmctl completion bash)
 _stmctl()
 {{
     local -A commands=(
@@ -117,7 +120,9 @@ _stmctl()
         fi
     done
     local current=${{COMP_WORDS[COMP_CWORD]#=}} offered
-    if [[ -n $previous ]]; then
+    if [[ $COMP_CWORD == 2 && ${{COMP_WORDS[1]}} =~ ^(--help|-h|help)$ ]]; then
+        offered="${{words[$path --help]-}} ${{commands[$path]-}}"
+    elif [[ -n $previous ]]; then
         offered=${{words[$path $previous]-}}
     elif [[ $current == -* ]]; then
         offered=${{options[$path]-}}
@@ -134,20 +139,91 @@ _stmctl()
 complete -F _stmctl stmctl
 )";
 
+constexpr char ZSH_SCRIPT[] = R"(#compdef stmctl
+# Completions of stmctl for zsh:  source <(stmctl completion zsh), or a file _stmctl in fpath
+_stmctl()
+{{
+    local -A commands options valued offers
+    commands=(
+{commands}    )
+    options=(
+{options}    )
+    valued=(
+{valued}    )
+    offers=(
+{words}    )
+    local at=stmctl previous= word offered i operand=1
+    for ((i = 2; i < CURRENT; ++i)); do
+        word=${{words[i]}}
+        if [[ -n $previous ]]; then
+            previous=
+        elif [[ " ${{valued[$at]-}} " == *" $word "* ]]; then
+            previous=$word
+        elif [[ " ${{commands[$at]-}} " == *" $word "* ]]; then
+            at+=" $word"
+        elif [[ $word != -* ]]; then
+            ((++operand))
+        fi
+    done
+    local current=${{words[CURRENT]}}
+    if [[ -z $previous && $current == --*=* ]]; then
+        previous=${{current%%=*}}
+        compset -P '*='
+    fi
+    if [[ $CURRENT == 3 && ${{words[2]}} == (--help|-h|help) ]]; then
+        offered="${{offers[$at --help]-}} ${{commands[$at]-}}"
+    elif [[ -n $previous ]]; then
+        offered=${{offers[$at $previous]-}}
+    elif [[ $current == -* ]]; then
+        offered=${{options[$at]-}}
+    else
+        offered="${{commands[$at]-}} ${{offers[$at $operand]-}}"
+    fi
+    if [[ $offered == *"{files}"* ]]; then
+        _files
+    else
+        compadd -- ${{=offered}}
+    fi
+}}
+if [[ ${{funcstack[1]-}} == _stmctl ]]; then
+    _stmctl "$@"
+else
+    compdef _stmctl stmctl
+fi
+)";
+
+struct Shell {
+    const char *name;
+    const char *row;
+    const char *script;
+};
+
+constexpr Shell SHELLS[] = {
+    {"bash", "        [\"{}\"]=\"{}\"\n", BASH_SCRIPT},
+    {"zsh", "        \"{}\" \"{}\"\n", ZSH_SCRIPT},
+};
+
+ExitStatus print_script(const CLI::App &root, const Shell &shell)
+{
+    Tables tables;
+    tables.row = shell.row;
+    walk(tables, root, root.get_name());
+    print(fmt::format(fmt::runtime(shell.script), fmt::arg("commands", tables.commands),
+                      fmt::arg("options", tables.options), fmt::arg("valued", tables.valued),
+                      fmt::arg("words", tables.words), fmt::arg("files", FILES)));
+    return ExitStatus::done;
+}
+
 } // namespace
 
 Action declare_completion(CLI::App &command)
 {
-    auto shell = std::make_shared<std::string>();
-    add_operand(command, "SHELL", Presence::required, *shell, "the shell", one_of({"bash"}));
+    auto name = std::make_shared<std::string>();
+    add_operand(command, "SHELL", Presence::required, *name, "the shell",
+                one_of({SHELLS[0].name, SHELLS[1].name}));
     const CLI::App *root = command.get_parent();
-    return [shell, root] {
-        Tables tables;
-        walk(tables, *root, root->get_name());
-        print(fmt::format(SCRIPT, fmt::arg("commands", tables.commands),
-                          fmt::arg("options", tables.options), fmt::arg("valued", tables.valued),
-                          fmt::arg("words", tables.words), fmt::arg("files", FILES)));
-        return ExitStatus::done;
+    return [name, root] {
+        return print_script(*root, *name == SHELLS[0].name ? SHELLS[0] : SHELLS[1]);
     };
 }
 

@@ -66,7 +66,8 @@ TEST_F(Completion, offers_the_options_of_a_command)
 TEST_F(Completion, offers_short_names_too)
 {
     write_file("image.bin", {1});
-    EXPECT_EQ(offered({"stmctl", "flash", "-"}), "--help -h --yes -y --start --limit --retries --wait");
+    EXPECT_EQ(offered({"stmctl", "flash", "-"}),
+              "--help -h --yes -y --start --limit --retries --wait");
     EXPECT_EQ(offered({"stmctl", "records", "-o", "im"}), "image.bin");
 }
 
@@ -90,7 +91,70 @@ TEST_F(Completion, offers_values_behind_an_equals_sign_too)
 
 TEST_F(Completion, offers_the_shell)
 {
-    EXPECT_EQ(offered({"stmctl", "completion", ""}), "bash");
+    EXPECT_EQ(offered({"stmctl", "completion", ""}), "bash zsh");
+}
+
+TEST_F(Completion, offers_topics_and_commands_behind_help)
+{
+    for (const char *help : {"--help", "-h", "help"}) {
+        EXPECT_EQ(offered({"stmctl", help, "sta"}), "status state start") << help;
+        EXPECT_EQ(offered({"stmctl", help, "acc"}), "access") << help;
+    }
+    EXPECT_EQ(offered({"stmctl", "flash", "--help", "acc"}), "");
+    EXPECT_EQ(offered({"stmctl", "acc"}), "");
+}
+
+// A real zsh, whose completion is asked for with what it would insert.
+class ZshCompletion : public StmctlBench
+{
+  protected:
+    void SetUp() override
+    {
+        if (run({"bash", "-c", "command -v zsh"}).status != 0) {
+            GTEST_SKIP() << "there is no zsh here";
+        }
+        const Result script = run(directly({}, {program(), "completion", "zsh"}));
+        EXPECT_EQ(script.status, 0);
+        write_file("_stmctl", {script.output.begin(), script.output.end()});
+    }
+
+    // What is offered for the last of the words. compadd and _files say what they are called for.
+    std::string offered(const Words &words)
+    {
+        const Result result =
+            run({"zsh", "-f", "-c",
+                 "compdef() { registered=\"$*\" }\n"
+                 "compset() { prefix=${current%%=*}= }\n"
+                 "compadd() { shift; for word; do\n"
+                 "  [[ $word == ${words[CURRENT]#$prefix}* ]] && print -rn -- \"$word \"; done; "
+                 "true }\n"
+                 "_files() { print -n 'files ' }\n"
+                 "source ./_stmctl\n"
+                 "[[ $registered == '_stmctl stmctl' ]] || print -n 'not registered '\n"
+                 "words=(" +
+                     quoted(words) + "); CURRENT=$#words; _stmctl"});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.errors, "");
+        return result.output;
+    }
+};
+
+TEST_F(ZshCompletion, offers_what_that_for_bash_does)
+{
+    EXPECT_EQ(offered({"stmctl", "fl"}), "flash ");
+    EXPECT_EQ(offered({"stmctl", "st"}), "state start ");
+    EXPECT_EQ(offered({"stmctl", "ring", "r"}), "read remove ");
+    EXPECT_EQ(offered({"stmctl", "get", "t"}), "text-21 text-22 ");
+    EXPECT_EQ(offered({"stmctl", "set", "t"}), "");
+    EXPECT_EQ(offered({"stmctl", "--help", "acc"}), "access ");
+    EXPECT_EQ(offered({"stmctl", "completion", ""}), "bash zsh ");
+    EXPECT_EQ(offered({"stmctl", "peek", "0", "--l"}), "--long ");
+    EXPECT_EQ(offered({"stmctl", "records", "--format", "c"}), "csv ");
+    EXPECT_EQ(offered({"stmctl", "records", "--format=c"}), "csv ");
+    EXPECT_EQ(offered({"stmctl", "records", "--format=csv", "--vari"}), "--variant ");
+    EXPECT_EQ(offered({"stmctl", "flash", "firmware", ""}), "files ");
+    EXPECT_EQ(offered({"stmctl", "flash", "firmware", "--retries", ""}), "");
+    EXPECT_EQ(offered({"stmctl", "nonsense", ""}).find("flash"), 0U);
 }
 
 } // namespace

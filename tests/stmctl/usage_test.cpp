@@ -75,7 +75,7 @@ TEST_F(Usage, words_that_make_no_sense_are_status_2)
     expect_failure(bare({"--wait", "state"}), 2,
                    "no option '--wait' in front of a command; see stmctl --help");
     expect_failure(bare({"completion", "fish"}), 2,
-                   "SHELL: fish not in {bash}; see stmctl completion --help");
+                   "SHELL: fish not in {bash,zsh}; see stmctl completion --help");
     for (const std::string command : {"flash", "get", "set", "peek", "poke", "dump", "text"}) {
         EXPECT_EQ(bare({command}).status, 2) << command;
         EXPECT_EQ(bare({command, "--nonsense"}).status, 2) << command;
@@ -98,8 +98,8 @@ TEST_F(Usage, mistyped_words_are_answered_with_the_nearest)
                    "--help");
     expect_failure(bare({"get", "sampeltime"}), 2,
                    "no query 'sampeltime'; did you mean sampletime?; see stmctl list");
-    expect_failure(bare({"set", "adc2value", "1"}), 2,
-                   "no setting 'adc2value'; did you mean adc2-value?; see stmctl list");
+    expect_failure(bare({"set", "adc2-valeu", "1"}), 2,
+                   "no setting 'adc2-valeu'; did you mean adc2-value?; see stmctl list");
     expect_failure(bare({"--help", "acess"}), 2,
                    "there is no help for 'acess'; did you mean access?; see stmctl --help");
     expect_failure(bare({"--help", "plto"}), 2,
