@@ -271,6 +271,19 @@ std::optional<Fault> parse_fault(std::string_view words, std::string &reason)
     return Fault{row->kind, *place, *value, *span, std::string(has_file ? *value_words : "")};
 }
 
+std::vector<std::string> beginnings_of_faults()
+{
+    std::vector<std::string> beginnings;
+    for (const FaultRow &row : FAULT_ROWS) {
+        const bool optional = std::string_view(row.form).find('[') != std::string_view::npos ||
+                              row.place == Place::none;
+        const std::string_view place = row.place == Place::time ? "@t=" : "@";
+        const bool needs_place = !optional || row.place == Place::counted;
+        beginnings.push_back(std::string(row.name) + std::string(needs_place ? place : ""));
+    }
+    return beginnings;
+}
+
 std::string describe_faults()
 {
     std::string description;

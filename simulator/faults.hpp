@@ -78,6 +78,9 @@ Faults faults_by_time(const Faults &faults, FaultKind kind);
 // Reads one fault. None if the words are not understood; reason then says why.
 std::optional<Fault> parse_fault(std::string_view words, std::string &reason);
 
+// How each kind begins, up to where its place stands: "silence", "flip@", "restart@t=".
+std::vector<std::string> beginnings_of_faults();
+
 // The kinds with their places and values, a line each.
 std::string describe_faults();
 

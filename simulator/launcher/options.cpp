@@ -2,6 +2,7 @@
 #include "simulator/launcher/options.hpp"
 
 #include "simulator/board_directory.hpp"
+#include "simulator/launcher/completion.hpp"
 #include "simulator/text.hpp"
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <sstream>
 #include <string_view>
+#include <vector>
 
 namespace simulator
 {
@@ -158,6 +160,8 @@ bool set_commands(LaunchOptions &options, const std::string &)
     return true;
 }
 
+bool set_completion(LaunchOptions &options, const std::string &shell);
+
 bool set_help(LaunchOptions &options, const std::string &)
 {
     options.help = true;
@@ -204,9 +208,20 @@ constexpr OptionRow OPTION_ROWS[] = {
      set_emulator, false},
     {"--preload", "FILE", "the library to load into the command, of the command's architecture",
      set_preload, false},
+    {"--completion", "SHELL", "print the completions for bash or zsh", set_completion, false},
     {"--help", nullptr, "this text", set_help, false},
     {"-h", nullptr, "the same", set_help, false},
 };
+
+bool set_completion(LaunchOptions &options, const std::string &shell)
+{
+    std::vector<OptionWords> rows;
+    for (const OptionRow &row : OPTION_ROWS) {
+        rows.push_back({std::string(row.name), row.argument != nullptr ? row.argument : ""});
+    }
+    options.completion = completion_script(shell, rows);
+    return !options.completion.empty();
+}
 
 // Takes one option, with its argument from the same word or from the next. Returns the number of
 // words, 0 after an error.
@@ -247,7 +262,7 @@ int take_option(LaunchOptions &options, int count, char **words)
 
 void check_together(LaunchOptions &options)
 {
-    if (options.help || options.commands) {
+    if (options.help || options.commands || !options.completion.empty()) {
         return;
     }
     if (options.command.empty()) {

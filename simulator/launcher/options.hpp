@@ -21,8 +21,9 @@ struct LaunchOptions {
     std::vector<char *> command;
     bool shapes_board = false; // an option was given that a real board cannot follow
     bool help = false;
-    bool commands = false; // the application's, as a list
-    std::string error;     // empty if the rest is good
+    bool commands = false;  // the application's, as a list
+    std::string completion; // of a shell, as a script
+    std::string error;      // empty if the rest is good
 };
 
 LaunchOptions parse_options(int argc, char **argv);

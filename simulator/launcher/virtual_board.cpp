@@ -26,6 +26,9 @@ int run(int argc, char **argv)
     if (options.commands) {
         return print(simulator::describe_commands());
     }
+    if (!options.completion.empty()) {
+        return print(options.completion);
+    }
     return simulator::launch(options);
 }
 
