@@ -201,7 +201,7 @@ std::string suggested_option(const CLI::App &command, const Words &extras)
         std::ranges::copy(option->get_lnames(), std::back_inserter(names));
     }
     for (const std::string &extra : extras) {
-        const std::string found = like_option(extra, names);
+        std::string found = like_option(extra, names);
         if (!found.empty()) {
             return found;
         }
