@@ -52,12 +52,12 @@ constexpr Command COMMANDS[] = {
      declare_save},
     {"restore", "send the settings of a file",
      "  stmctl restore settings.txt\n"
-     "  stmctl restore settings.txt --verify\n"
+     "  stmctl restore settings.txt --no-verify\n"
      "  stmctl get --all | stmctl restore -    what can be set of it\n"
      "\n"
-     "Nothing is sent if a line has a mistake. A setting that the board does not take, or not\n"
-     "in time, is told in status 1; the others are sent all the same while the application\n"
-     "runs.\n",
+     "Nothing is sent if a line has a mistake. Each setting is asked for afterwards, if it can\n"
+     "be: one that reads back differently, or that is not answered, ends in status 1; the\n"
+     "others are sent all the same while the application runs.\n",
      declare_restore},
     {"peek", "read a byte, or four, of the co-processor's memory",
      "  stmctl peek 0x1F00\n"

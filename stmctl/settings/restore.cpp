@@ -21,12 +21,11 @@ namespace
 
 struct RestoreOptions {
     std::string file;
-    bool verify = false;
+    bool blindly = false;
     DeviceOptions device;
 };
 
 constexpr size_t MOST_BYTES = 1 << 20; // of a file; one with all settings has a thousand
-constexpr int32_t NOT_TAKEN = 0;       // the answer of a board that does not take a setting
 
 std::vector<Setting> settings_of(const std::string &path)
 {
@@ -66,18 +65,20 @@ class Restoration
     {
     }
 
-    // Goes on behind a setting that is not taken, as long as the application runs.
-    void send() { for_each(&Restoration::send_one, taken_); }
+    // Goes on after a setting that was not answered, as long as the application runs.
+    void send() { for_each(&Restoration::send_one, sent_); }
 
+    // What a setting's answer means is the firmware's own: whether it has been kept shows when it
+    // is asked for.
     void verify() { for_each(&Restoration::verify_one, verified_); }
 
     bool is_complete() const { return good_; }
 
-    // "44 of 45 settings taken"
+    // "44 of 45 settings sent, 43 read back the same"
     std::string summary(bool verifies) const
     {
-        std::string words = fmt::format("{} of {} settings taken", taken_, settings_.size());
-        return verifies ? words + fmt::format(", {} asked back the same", verified_) : words;
+        std::string words = fmt::format("{} of {} settings sent", sent_, settings_.size());
+        return verifies ? words + fmt::format(", {} read back the same", verified_) : words;
     }
 
   private:
@@ -103,10 +104,6 @@ class Restoration
     {
         const Outcome outcome = call(device_, setting.name(), *setting.row, setting.values);
         print(sent_line(*setting.row, setting.values, outcome.result));
-        if (outcome.result == NOT_TAKEN) {
-            throw Failure(ExitStatus::failed,
-                          fmt::format("{}: the board did not take it", setting.name()));
-        }
         return true;
     }
 
@@ -120,7 +117,7 @@ class Restoration
         if (!answers_value(setting.row->first, query->answers, setting.values.number,
                            reading.number())) {
             throw Failure(ExitStatus::failed,
-                          fmt::format("{}: {} was sent, {} is asked back", setting.name(),
+                          fmt::format("{}: {} was sent, {} is read back", setting.name(),
                                       setting.values.number, reading.text));
         }
         return true;
@@ -128,7 +125,7 @@ class Restoration
 
     const Device &device_;
     std::vector<Setting> settings_;
-    size_t taken_ = 0;
+    size_t sent_ = 0;
     size_t verified_ = 0;
     bool good_ = true;
 };
@@ -140,7 +137,7 @@ ExitStatus restore(const RestoreOptions &options)
     Restoration restoration(device, std::move(settings));
     try {
         restoration.send();
-        if (options.verify) {
+        if (!options.blindly) {
             restoration.verify();
         }
     } catch (const Failure &failure) {
@@ -148,7 +145,7 @@ ExitStatus restore(const RestoreOptions &options)
         throw Failure(failure.status(),
                       fmt::format("restore: ended early, {}", restoration.summary(false)));
     }
-    remark(fmt::format("restore: {}", restoration.summary(options.verify)));
+    remark(fmt::format("restore: {}", restoration.summary(!options.blindly)));
     return restoration.is_complete() ? ExitStatus::done : ExitStatus::failed;
 }
 
@@ -159,7 +156,7 @@ Action declare_restore(CLI::App &command)
     auto options = std::make_shared<RestoreOptions>();
     add_operand(command, "FILE", Presence::required, options->file,
                 "what save has written; - reads standard input", names_of_files());
-    add_flag(command, "--verify", options->verify, "ask for each setting afterwards, and compare");
+    add_flag(command, "--no-verify", options->blindly, "do not ask for each setting afterwards");
     add_device_options(command, options->device);
     return [options] { return restore(*options); };
 }
