@@ -1,6 +1,7 @@
 // A board in a directory.
 #include "simulator/board_directory.hpp"
 
+#include "simulator/number.hpp"
 #include "simulator/text.hpp"
 
 #include <fcntl.h>
@@ -193,6 +194,23 @@ std::string BoardDirectory::load(BoardIdentity &identity) const
 std::string BoardDirectory::save_mode(Mode mode) const
 {
     return replace_file(file("mode"), std::string(mode_name(mode)) + '\n');
+}
+
+std::string BoardDirectory::load_spi_mode(uint32_t &mode) const
+{
+    mode = 0;
+    const std::string path = file("spi-mode");
+    if (access(path.c_str(), F_OK) != 0) {
+        return {};
+    }
+    const std::optional<int64_t> number = parse_number(read_line(path), 0, UINT32_MAX);
+    mode = static_cast<uint32_t>(number.value_or(0));
+    return number ? std::string() : path + ": not a number";
+}
+
+std::string BoardDirectory::save_spi_mode(uint32_t mode) const
+{
+    return replace_file(file("spi-mode"), std::to_string(mode) + '\n');
 }
 
 std::string BoardDirectory::load(ValuesOf kind, CommandValues &values) const

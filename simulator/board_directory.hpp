@@ -6,6 +6,7 @@
 //     memory.bin   64 KiB, the memory that the application's commands read and write
 //     settings     what each setting last received, a line each:  0xC2/3 = 1234
 //     answers      the answers that the board has been told to give, likewise
+//     spi-mode     the mode that the driver was last set to; there is none before that
 //     spidev1.0    stands for the device node
 //     counts       what has become of the records, for the program that opened the device last
 //     lives        the same for each life that a restart has ended
@@ -42,6 +43,8 @@ class BoardDirectory
     std::string load(BoardIdentity &identity) const;
     std::string load(ValuesOf kind, CommandValues &values) const;
     std::string save_mode(Mode mode) const;
+    std::string load_spi_mode(uint32_t &mode) const;
+    std::string save_spi_mode(uint32_t mode) const;
     std::string save_version(uint8_t version) const;
     std::string save(ValuesOf kind, const CommandValues &values) const;
 

@@ -2,6 +2,7 @@
 #include "simulator/settings.hpp"
 
 #include "simulator/number.hpp"
+#include "simulator/text.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -36,6 +37,11 @@ constexpr NumberRow NUMBER_ROWS[] = {
     {&Behaviour::buffer_size, "VIRTUAL_BOARD_BUFSIZ", 1, 1'048'576},
 };
 
+const NumberRow &row_of(int Behaviour::*number)
+{
+    return *std::ranges::find(NUMBER_ROWS, number, &NumberRow::number);
+}
+
 std::string get(const char *name)
 {
     const char *value = getenv(name);
@@ -49,9 +55,17 @@ void put(const char *name, const std::string &value)
 
 } // namespace
 
+std::string range_of(int Behaviour::*number)
+{
+    const NumberRow &row = row_of(number);
+    return row.number == &Behaviour::header_index
+               ? text("%d to %d, or any", row.least, ANY_HEADER_INDEX - 1)
+               : text("%d to %d", row.least, row.most);
+}
+
 bool set_number(Settings &settings, int Behaviour::*number, const std::string &words)
 {
-    const auto *row = std::ranges::find(NUMBER_ROWS, number, &NumberRow::number);
+    const NumberRow *row = &row_of(number);
     const std::optional<int64_t> value = parse_number(words, row->least, row->most);
     settings.behaviour.*number = static_cast<int>(value.value_or(0));
     return value.has_value();

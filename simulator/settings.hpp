@@ -20,6 +20,9 @@ struct Settings {
     bool through = false; // to the real device
 };
 
+// "1 to 1000000"
+std::string range_of(int Behaviour::*number);
+
 // Sets a number of the board's behaviour. False if the words are none that it can be.
 bool set_number(Settings &settings, int Behaviour::*number, const std::string &words);
 

@@ -59,6 +59,10 @@ class SpiDevice
     // What is opened is of the generation that is returned. Of an older one nothing works.
     int open();
     void close(int generation = 0); // the last close brings the default clock back
+    // The driver keeps the mode that a program sets when that closes the device.
+    uint32_t mode() const { return mode_; }
+    void set_mode(uint32_t mode) { mode_ = mode; }
+
     int ioctl(unsigned long request, void *argument, int generation = 0);
 
   private:

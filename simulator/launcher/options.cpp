@@ -62,24 +62,30 @@ bool set_answer(LaunchOptions &options, const std::string &words)
     return options.error.empty();
 }
 
+bool take_number(LaunchOptions &options, int Behaviour::*number, const std::string &words)
+{
+    options.range = range_of(number);
+    return set_number(options.settings, number, words);
+}
+
 bool set_busy_polls(LaunchOptions &options, const std::string &number)
 {
-    return set_number(options.settings, &Behaviour::busy_polls, number);
+    return take_number(options, &Behaviour::busy_polls, number);
 }
 
 bool set_seed(LaunchOptions &options, const std::string &number)
 {
-    return set_number(options.settings, &Behaviour::seed, number);
+    return take_number(options, &Behaviour::seed, number);
 }
 
 bool set_samples(LaunchOptions &options, const std::string &number)
 {
-    return set_number(options.settings, &Behaviour::adc_values, number);
+    return take_number(options, &Behaviour::adc_values, number);
 }
 
 bool set_rate(LaunchOptions &options, const std::string &number)
 {
-    return set_number(options.settings, &Behaviour::rate, number);
+    return take_number(options, &Behaviour::rate, number);
 }
 
 bool set_header_index(LaunchOptions &options, const std::string &words)
@@ -89,13 +95,12 @@ bool set_header_index(LaunchOptions &options, const std::string &words)
         index = ANY_HEADER_INDEX;
         return true;
     }
-    return set_number(options.settings, &Behaviour::header_index, words) &&
-           index != ANY_HEADER_INDEX;
+    return take_number(options, &Behaviour::header_index, words) && index != ANY_HEADER_INDEX;
 }
 
 bool set_buffer_size(LaunchOptions &options, const std::string &number)
 {
-    return set_number(options.settings, &Behaviour::buffer_size, number);
+    return take_number(options, &Behaviour::buffer_size, number);
 }
 
 // The command may leave this folder before the file is read.
@@ -250,9 +255,11 @@ int take_option(LaunchOptions &options, int count, char **words)
     if (takes_next) {
         argument = words[1];
     }
+    options.range.clear();
     if (!row->apply(options, argument)) {
         if (options.error.empty()) {
-            options.error = text("%s cannot be '%s'", name.c_str(), argument.c_str());
+            options.error = text("%s cannot be '%s'%s", name.c_str(), argument.c_str(),
+                                 (options.range.empty() ? "" : ", only " + options.range).c_str());
         }
         return 0;
     }

@@ -23,6 +23,7 @@ struct LaunchOptions {
     bool help = false;
     bool commands = false;  // the application's, as a list
     std::string completion; // of a shell, as a script
+    std::string range;      // of the number that the latest option takes
     std::string error;      // empty if the rest is good
 };
 

@@ -142,6 +142,10 @@ std::string prepare_board(const LaunchOptions &options)
     if (error.empty()) {
         error = directory.load(ValuesOf::settings, settings);
     }
+    uint32_t spi_mode = 0;
+    if (error.empty()) {
+        error = directory.load_spi_mode(spi_mode);
+    }
     return error.empty() ? directory.load(identity) : error;
 }
 

@@ -5,6 +5,7 @@
 #include "simulator/board_directory.hpp"
 #include "simulator/intrusion.hpp"
 #include "simulator/preload/counts_file.hpp"
+#include "simulator/preload/first_standard_error.hpp"
 #include "simulator/preload/transcript_file.hpp"
 #include "simulator/settings.hpp"
 #include "simulator/transcript.hpp"
@@ -33,7 +34,7 @@ void check(const std::string &error)
         return;
     }
     const std::string line = "virtual-board: " + error + '\n';
-    if (write(STDERR_FILENO, line.data(), line.size()) < 0) {
+    if (write(first_standard_error(), line.data(), line.size()) < 0) {
         // There is nobody left to tell.
     }
     _exit(OWN_FAILURE);
@@ -113,6 +114,7 @@ struct Board {
     BoardDirectory directory = open_directory();
     BoardIdentity identity = {};
     CommandValues saved_settings;
+    uint32_t saved_spi_mode = 0;
     std::chrono::nanoseconds call_begin{0}; // of the call that the driver is in
     Coprocessor coprocessor{directory.bytes(), identity, settings().behaviour};
     Intrusion intrusion = load_intrusion();
@@ -176,6 +178,21 @@ void save_mode(Board &board)
     }
 }
 
+void load_spi_mode(Board &board)
+{
+    check(board.directory.load_spi_mode(board.saved_spi_mode));
+    board.device.set_mode(board.saved_spi_mode);
+}
+
+void save_spi_mode(Board &board)
+{
+    const uint32_t mode = board.device.mode();
+    if (mode != board.saved_spi_mode) {
+        board.saved_spi_mode = mode;
+        check(board.directory.save_spi_mode(mode));
+    }
+}
+
 // A device that has been away has another file than before, as a device node is another one.
 void renew_stand_in(Board &board, int generation)
 {
@@ -190,6 +207,7 @@ void save_state(Board &board)
 {
     save_settings(board);
     save_mode(board);
+    save_spi_mode(board);
     check(counts_file->write(board.coprocessor.tally()));
 }
 
@@ -247,6 +265,7 @@ int device_open()
     check(board().directory.load(board().identity));
     board().coprocessor.set_identity(board().identity);
     load_values(board());
+    load_spi_mode(board());
     const int generation = board().device.open();
     if (generation >= 0) {
         renew_stand_in(board(), generation);

@@ -47,6 +47,21 @@ TEST_F(BoardFolder, is_made_with_erased_flash_and_a_board_fresh_from_its_maker)
     EXPECT_EQ(content("answers"), "");
 }
 
+TEST_F(BoardFolder, keeps_the_spi_mode_that_was_set)
+{
+    BoardDirectory directory;
+    directory.open(path);
+    uint32_t mode = 7;
+    EXPECT_EQ(directory.load_spi_mode(mode), "");
+    EXPECT_EQ(mode, 0U) << "none was set";
+    EXPECT_EQ(directory.save_spi_mode(3), "");
+    EXPECT_EQ(content("spi-mode"), "3\n");
+    EXPECT_EQ(directory.load_spi_mode(mode), "");
+    EXPECT_EQ(mode, 3U);
+    std::ofstream(path + "/spi-mode") << "three\n";
+    EXPECT_EQ(directory.load_spi_mode(mode), path + "/spi-mode: not a number");
+}
+
 TEST_F(BoardFolder, holds_no_other_files_than_the_boards_own)
 {
     BoardDirectory directory;

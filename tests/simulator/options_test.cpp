@@ -77,22 +77,24 @@ TEST(Options, make_the_file_of_an_intrusion_absolute)
 TEST(Options, refuse_what_is_no_such_number)
 {
     for (const char *words : {"", "x", "-1", "1 ", "1000000001"}) {
-        EXPECT_EQ(parsed({"--seed", words}).error, std::string("--seed cannot be '") + words + "'");
+        EXPECT_EQ(parsed({"--seed", words}).error,
+                  std::string("--seed cannot be '") + words + "', only 0 to 1000000000");
     }
     for (const char *words : {"", "x", "-1", "256"}) {
         EXPECT_EQ(parsed({"--samples", words}).error,
-                  std::string("--samples cannot be '") + words + "'");
+                  std::string("--samples cannot be '") + words + "', only 0 to 255");
     }
     for (const char *words : {"", "x", "0", "-1", "1000001"}) {
-        EXPECT_EQ(parsed({"--rate", words}).error, std::string("--rate cannot be '") + words + "'");
+        EXPECT_EQ(parsed({"--rate", words}).error,
+                  std::string("--rate cannot be '") + words + "', only 1 to 1000000");
     }
     for (const char *words : {"", "Any", "-1", "20", "21"}) {
         EXPECT_EQ(parsed({"--header-index", words}).error,
-                  std::string("--header-index cannot be '") + words + "'");
+                  std::string("--header-index cannot be '") + words + "', only 0 to 19, or any");
     }
     for (const char *words : {"", "x", "0", "-1", "1048577"}) {
         EXPECT_EQ(parsed({"--bufsiz", words}).error,
-                  std::string("--bufsiz cannot be '") + words + "'");
+                  std::string("--bufsiz cannot be '") + words + "', only 1 to 1048576");
     }
     EXPECT_EQ(parsed({"--fault", "flip"}).error,
               "fault 'flip' does not read like flip@RECORD[=BIT]");

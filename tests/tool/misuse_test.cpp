@@ -52,6 +52,22 @@ TEST_F(Misuse, transfers_that_the_controller_cannot_make_are_refused)
                                }));
 }
 
+TEST_F(Misuse, the_mode_that_it_sets_stays_for_the_next_program)
+{
+    EXPECT_EQ(read_text("board/spi-mode"), "");
+    of("descriptors");
+    EXPECT_EQ(read_text("board/spi-mode"), "") << "it sets none";
+    of("transfers");
+    EXPECT_EQ(read_text("board/spi-mode"), "8\n") << "lowest bit first";
+    const Result gone =
+        run(on_board({"--fault", "gone@t=0s..1s"}, {probe_program("misuse"), "descriptors"}));
+    EXPECT_EQ(read_text("board/spi-mode"), "8\n");
+    write_file("board/spi-mode", {'x', '\n'});
+    const Result odd = run(on_board({}, {probe_program("misuse"), "descriptors"}));
+    EXPECT_EQ(odd.status, 125);
+    EXPECT_EQ(odd.errors, "virtual-board: " + path("board/spi-mode") + ": not a number\n");
+}
+
 TEST_F(Misuse, the_device_is_known_by_its_file_and_not_by_a_number_or_a_spelling)
 {
     EXPECT_EQ(of("descriptors"), joined({

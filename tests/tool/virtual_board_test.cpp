@@ -60,10 +60,11 @@ TEST_F(VirtualBoard, refuses_what_it_does_not_understand)
     expect_refused({"--preload", "", "true"}, "--preload cannot be ''");
     expect_refused({"--count-time=yes", "true"}, "--count-time takes no argument");
     expect_refused({"--mode", "asleep", "true"}, "--mode cannot be 'asleep'");
+    expect_refused({"--rate", "0", "true"}, "--rate cannot be '0', only 1 to 1000000");
     expect_refused({"--version", "256", "true"}, "--version cannot be '256'");
     expect_refused({"--version", "-1", "true"}, "--version cannot be '-1'");
-    expect_refused({"--busy", "some", "true"}, "--busy cannot be 'some'");
-    expect_refused({"--busy", "-1", "true"}, "--busy cannot be '-1'");
+    expect_refused({"--busy", "some", "true"}, "--busy cannot be 'some', only 0 to 1000000000");
+    expect_refused({"--busy", "-1", "true"}, "--busy cannot be '-1', only 0 to 1000000000");
     expect_refused({"--answer", "", "true"}, "'': it does not read like CODE[/CHANNEL]=VALUE");
     expect_refused({"--answer", "0x21", "true"},
                    "'0x21': it does not read like CODE[/CHANNEL]=VALUE");
@@ -258,6 +259,23 @@ TEST_F(VirtualBoard, says_what_is_wrong_with_a_folder_that_is_no_board)
     write_file("file", {});
     expect_refused({"--board", "file", "true"}, path("file/flash.bin: Not a directory"));
     expect_refused({"--board", "no/where", "true"}, path("no/where: No such file or directory"));
+}
+
+// A program may have put something else in the place of standard error, as stmctl does in order to
+// catch what the module says.
+TEST_F(VirtualBoard, says_that_a_transcript_cannot_be_written_where_the_user_sees_it)
+{
+    const std::string sentence = "virtual-board: /dev/full: No space left on device\n";
+    for (const Words &command : {Words{update_program(), "-state"}, Words{TOOL_STMCTL, "state"}}) {
+        const Result result = run(on_board({"--transcript", "/dev/full"}, command));
+        EXPECT_EQ(result.status, 125) << command[0];
+        EXPECT_EQ(result.output, "") << command[0];
+        EXPECT_EQ(result.errors, sentence) << command[0];
+    }
+    Words both = on_board({"--transcript", "/dev/full"}, {TOOL_STMCTL, "state"});
+    Words shell_words = {"sh", "-c", "\"$@\" 2>&1 | cat", "sh"};
+    shell_words.insert(shell_words.end(), both.begin(), both.end());
+    EXPECT_EQ(run(shell_words).output, sentence);
 }
 
 TEST_F(VirtualBoard, lets_no_transcript_of_an_earlier_command_stay)
