@@ -1,6 +1,7 @@
 // Shows how far a download is.
 #include "stmctl/flash/download_progress.hpp"
 
+#include "stmctl/output/counted.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/output/terminal.hpp"
 
@@ -37,7 +38,8 @@ void DownloadProgress::show_bar(const DownloadSteps &steps) const
     const double done = steps.acknowledged();
     const double all = steps.size();
     const double left = done > 0 ? seconds() * (all - done) / done : 0;
-    std::string behind = fmt::format("  {} of {} bytes", steps.acknowledged(), steps.size());
+    std::string behind =
+        fmt::format("  {} of {}", steps.acknowledged(), counted(steps.size(), "byte", "bytes"));
     if (done > 0) {
         behind += fmt::format("  {}  {} left", rate_words(steps.acknowledged(), seconds()),
                               clock_words(left));
@@ -53,8 +55,8 @@ void DownloadProgress::show_tenths(const DownloadSteps &steps)
     const uint64_t tenths = uint64_t{steps.acknowledged()} * 10 / steps.size();
     if (tenths > shown_tenths_) {
         shown_tenths_ = static_cast<uint32_t>(tenths);
-        print(fmt::format("{:3} %  {} of {} bytes\n", tenths * 10, steps.acknowledged(),
-                          steps.size()));
+        print(fmt::format("{:3} %  {} of {}\n", tenths * 10, steps.acknowledged(),
+                          counted(steps.size(), "byte", "bytes")));
         flush_output();
     }
 }

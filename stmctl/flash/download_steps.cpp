@@ -1,6 +1,8 @@
 // Where a download stands, read from the module's texts.
 #include "stmctl/flash/download_steps.hpp"
 
+#include "stmctl/output/counted.hpp"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -73,7 +75,8 @@ std::string DownloadSteps::place() const
     case Step::block:
         break;
     }
-    return fmt::format("at block {}, after {} of {} bytes", block_, acknowledged_, size_);
+    return fmt::format("at block {}, after {} of {}", block_, acknowledged_,
+                       counted(size_, "byte", "bytes"));
 }
 
 std::string DownloadSteps::reason(const std::vector<Report> &failures) const
@@ -84,7 +87,8 @@ std::string DownloadSteps::reason(const std::vector<Report> &failures) const
     if (!refusal_.empty()) {
         return refusal_;
     }
-    return fmt::format("the file gave {} of its {} bytes", total_.value_or(0), size_);
+    return fmt::format("the file gave {} of its {}", total_.value_or(0),
+                       counted(size_, "byte", "bytes"));
 }
 
 std::string DownloadSteps::what_failed(const std::vector<Report> &failures) const

@@ -10,6 +10,7 @@
 #include "stmctl/module/mode_change.hpp"
 #include "stmctl/module/operation.hpp"
 #include "stmctl/module/recovery.hpp"
+#include "stmctl/output/counted.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/output/terminal.hpp"
 #include "stmctl/process/failure.hpp"
@@ -87,9 +88,9 @@ void ask_before_boot_loader(const FlashOptions &options, const ImageFile &image)
         throw Failure(ExitStatus::usage,
                       "flash booter: nobody can be asked without a terminal; --yes goes on");
     }
-    print(fmt::format("Replace the boot loader by {} ({} bytes)? A wrong one leaves no way to load "
+    print(fmt::format("Replace the boot loader by {} ({})? A wrong one leaves no way to load "
                       "another.\nType yes to go on: ",
-                      options.file, image.size()));
+                      options.file, counted(image.size(), "byte", "bytes")));
     flush_output();
     char answer[16] = {};
     const bool typed = wait_for_input() && fgets(answer, sizeof(answer), stdin) != nullptr;
@@ -178,9 +179,9 @@ void tell_success(const ImageFile &image, const Region &region, const Download &
                   const char *next)
 {
     const std::string rate = rate_words(image.size(), done.seconds);
-    print(fmt::format("{} bytes of {} written to 0x{:08X} in {:.2f} s{}{}{}\n", image.size(),
-                      region.words, region.address, done.seconds, rate.empty() ? "" : ", ", rate,
-                      next));
+    print(fmt::format("{} of {} written to 0x{:08X} in {:.2f} s{}{}{}\n",
+                      counted(image.size(), "byte", "bytes"), region.words, region.address,
+                      done.seconds, rate.empty() ? "" : ", ", rate, next));
     flush_output();
     if (output_failed() && status_of_failed_output() != ExitStatus::done) {
         say("flash: all bytes are written");

@@ -1,6 +1,7 @@
 // An image, looked at before the device is touched.
 #include "stmctl/flash/image_file.hpp"
 
+#include "stmctl/output/counted.hpp"
 #include "stmctl/process/failure.hpp"
 #include "stmctl/process/input.hpp"
 
@@ -60,7 +61,9 @@ ImageFile::ImageFile(const std::string &path, uint32_t limit)
         refuse(path, "the file is empty");
     }
     if (static_cast<uint64_t>(status.st_size) > limit) {
-        refuse(path, fmt::format("{} bytes, but at most {} fit", status.st_size, limit));
+        refuse(path,
+               fmt::format("{}, but at most {} fit",
+                           counted(static_cast<uint64_t>(status.st_size), "byte", "bytes"), limit));
     }
     size_ = static_cast<uint32_t>(status.st_size);
     copy(file.get(), path);

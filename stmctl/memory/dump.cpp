@@ -5,6 +5,7 @@
 #include "stmctl/memory/hexdump.hpp"
 #include "stmctl/memory/memory.hpp"
 #include "stmctl/module/operation.hpp"
+#include "stmctl/output/counted.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
 
@@ -47,9 +48,9 @@ ExitStatus dump(const Options &options)
     bytes.resize(std::min(bytes.size(), came));
     print(hexdump(address, bytes));
     if (came != count) {
-        throw Failure(ExitStatus::failed,
-                      fmt::format("dump: {} bytes asked for, {} came; {}", count, came,
-                                  device.other_users().suspicion()));
+        throw Failure(ExitStatus::failed, fmt::format("dump: {} asked for, {} came; {}",
+                                                      counted(count, "byte", "bytes"), came,
+                                                      device.other_users().suspicion()));
     }
     return ExitStatus::done;
 }

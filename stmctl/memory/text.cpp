@@ -3,6 +3,7 @@
 #include "stmctl/memory/address.hpp"
 #include "stmctl/memory/memory.hpp"
 #include "stmctl/module/operation.hpp"
+#include "stmctl/output/counted.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/output/printable.hpp"
 #include "stmctl/process/failure.hpp"
@@ -39,7 +40,8 @@ void write_text(const Device &device, uint16_t address, const std::string &text)
                      return 0;
                  }),
                  "text");
-    print(fmt::format("{} characters written to 0x{:04X}\n", text.size(), address));
+    print(fmt::format("{} written to 0x{:04X}\n", counted(text.size(), "character", "characters"),
+                      address));
 }
 
 ExitStatus text(const Options &options)

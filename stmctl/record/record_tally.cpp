@@ -38,11 +38,6 @@ std::string silence_words(uint64_t silences, std::chrono::milliseconds silent)
 
 } // namespace
 
-std::string counted(uint64_t number, const char *one, const char *several)
-{
-    return fmt::format("{} {}", number, number == 1 ? one : several);
-}
-
 bool is_overflow(const RecordFacts &facts)
 {
     return facts.known && facts.buffered > MOST_BUFFERED;

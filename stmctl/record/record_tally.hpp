@@ -1,6 +1,7 @@
 // What came of a stream of records, in numbers.
 #pragma once
 
+#include "stmctl/output/counted.hpp"
 #include "stmctl/record/record.hpp"
 
 #include <chrono>
@@ -42,9 +43,6 @@ struct RecordTally {
     // The same as an object in one line. What cannot be seen is null.
     std::string json(std::optional<uint32_t> wanted) const;
 };
-
-// "1 time-out", "2 time-outs"
-std::string counted(uint64_t number, const char *one, const char *several);
 
 bool is_overflow(const RecordFacts &facts);
 

@@ -136,8 +136,8 @@ class RingReadout
         }
         if (look.overrun) {
             ++overruns_;
-            say(fmt::format("ring read: overrun: the writer was faster, {} records are lost",
-                            tally_.lost - lost));
+            say(fmt::format("ring read: overrun: the writer was faster, {} lost",
+                            counted(tally_.lost - lost, "record is", "records are")));
         }
     }
 

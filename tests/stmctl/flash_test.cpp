@@ -62,6 +62,16 @@ TEST_F(Flash, shows_tenths_and_then_what_was_written_and_how_fast)
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
 }
 
+TEST_F(Flash, one_byte_is_told_in_the_singular)
+{
+    write_file("one.bin", {1});
+    const Result result = stmctl({"flash", "firmware", "one.bin"});
+    EXPECT_EQ(result.output.find("100 %  1 of 1 byte\n1 byte of firmware written to "), 0U)
+        << result.output;
+    const Result late = stmctl({"flash", "firmware", "one.bin"}, {"--fault", "exchange@6"});
+    EXPECT_NE(late.errors.find("after 0 of 1 byte"), std::string::npos) << late.errors;
+}
+
 TEST_F(Flash, shows_no_tenth_twice)
 {
     write_file("image.bin", noise(30000, 4));

@@ -107,6 +107,7 @@ TEST_F(Memory, longest_text_that_can_be_written)
 {
     EXPECT_EQ(says({"text", "0", "--write", std::string(255, 'x')}),
               "255 characters written to 0x0000\n");
+    EXPECT_EQ(says({"text", "5", "--write", "h"}), "1 character written to 0x0005\n");
 }
 
 TEST_F(Memory, operands_are_checked_before_the_device_is_touched)
