@@ -1,5 +1,6 @@
 // version: that of the boot loader.
 #include "stmctl/mode/mode.hpp"
+#include "stmctl/output/json.hpp"
 #include "stmctl/output/output.hpp"
 
 #include <fmt/format.h>
@@ -10,14 +11,17 @@ namespace stmctl
 namespace
 {
 
-// The co-processor sends the minor number; the major number is always 1.
-ExitStatus show_version(const Device &device)
+ExitStatus show_version(const Device &device, bool as_json)
 {
     const uint8_t minor = ask_for_byte(VERSION_QUERY, "version");
     if (minor == SILENT_LINE || minor == UNDRIVEN_LINE) {
         fail_without_answer("version", minor, device);
     }
-    print(fmt::format("boot loader 1.{} ({})\n", minor, minor));
+    JsonObject object;
+    object.add("version", version_words(minor));
+    object.add("number", int64_t{minor});
+    print(as_json ? object.json() + '\n'
+                  : fmt::format("boot loader {} ({})\n", version_words(minor), minor));
     return ExitStatus::done;
 }
 
@@ -25,7 +29,7 @@ ExitStatus show_version(const Device &device)
 
 Action declare_version(CLI::App &command)
 {
-    return declare_on_device(command, show_version);
+    return declare_query(command, show_version);
 }
 
 } // namespace stmctl

@@ -21,9 +21,10 @@ ExitStatus remove(bool force)
 {
     const Segment segment = existing_segment();
     if (segment.info.shm_nattch > 0 && !force) {
-        throw Failure(ExitStatus::failed, fmt::format("the ring is attached {}; --force removes it "
-                                                      "all the same",
-                                                      attached_words(segment)));
+        throw Failure(ExitStatus::failed,
+                      fmt::format("the ring is attached {}; --force removes it "
+                                  "all the same",
+                                  attached_words(segment, attached_processes(segment))));
     }
     if (shmctl(segment.id, IPC_RMID, nullptr) != 0) {
         throw Failure(ExitStatus::failed,

@@ -16,7 +16,8 @@ constexpr Command COMMANDS[] = {
      "  stmctl ring read --format csv -o ring.csv\n"
      "  stmctl ring read --from-oldest -n 100 --format jsonl\n",
      declare_ring_read},
-    {"status", "tell what the ring is like", "  stmctl ring status\n", declare_ring_status},
+    {"status", "tell what the ring is like", "  stmctl ring status\n  stmctl ring status --json\n",
+     declare_ring_status},
     {"remove", "remove the ring",
      "  stmctl ring remove\n"
      "  stmctl ring remove --force     although processes use it\n",

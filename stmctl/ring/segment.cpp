@@ -2,6 +2,7 @@
 #include "stmctl/ring/segment.hpp"
 
 #include "stmctl/module/operation.hpp"
+#include "stmctl/output/counted.hpp"
 #include "stmctl/process/failure.hpp"
 
 #include <fmt/format.h>
@@ -58,11 +59,12 @@ void check_access(const Segment &segment)
 {
     if (segment.info.shm_segsz < RINGBUFFER_SIZE) {
         throw Failure(ExitStatus::not_there,
-                      fmt::format("the ring's segment has {} bytes instead of {}: another "
+                      fmt::format("the ring's segment has {} instead of {}: another "
                                   "program's, or damaged; see stmctl ring remove",
-                                  segment.info.shm_segsz, RINGBUFFER_SIZE));
+                                  counted(segment.info.shm_segsz, "byte", "bytes"),
+                                  RINGBUFFER_SIZE));
     }
-    if (shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, 0666) < 0) {
+    if (!may_be_attached()) {
         fail(fmt::format("the ring's segment belongs to {} and cannot be attached",
                          user_words(segment.info.shm_perm.uid)),
              errno);
@@ -118,6 +120,11 @@ void attach_ring()
           "ring");
 }
 
+bool may_be_attached()
+{
+    return shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, 0666) >= 0;
+}
+
 std::string user_words(uid_t user)
 {
     const passwd *entry = getpwuid(user);
@@ -150,13 +157,13 @@ std::vector<pid_t> attached_processes(const Segment &segment)
     return processes;
 }
 
-std::string attached_words(const Segment &segment)
+std::string attached_words(const Segment &segment, const std::vector<pid_t> &processes)
 {
     std::string words;
-    for (const pid_t process : attached_processes(segment)) {
+    for (const pid_t process : processes) {
         words += fmt::format(", {}", process_name(process));
     }
-    return fmt::format("{} times{}", segment.info.shm_nattch, words);
+    return fmt::format("{}{}", counted(segment.info.shm_nattch, "time", "times"), words);
 }
 
 void leave_mark(int id, WriterMark mark)

@@ -28,6 +28,9 @@ Segment existing_segment();
 // if that would end the process.
 void attach_ring();
 
+// Whether the module may attach it, which reads and writes.
+bool may_be_attached();
+
 // "user pi", "process 12 (stmctl)"
 std::string user_words(uid_t user);
 std::string process_name(pid_t process);
@@ -36,7 +39,7 @@ std::string process_name(pid_t process);
 std::vector<pid_t> attached_processes(const Segment &segment);
 
 // "2 times, process 12 (stmctl), process 13 (front-end)"
-std::string attached_words(const Segment &segment);
+std::string attached_words(const Segment &segment, const std::vector<pid_t> &processes);
 
 // What stmctl leaves for readers in a byte that the ring's layout does not use. Other writers leave
 // it as it is.

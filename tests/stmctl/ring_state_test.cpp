@@ -5,6 +5,7 @@
 
 #include <sys/ipc.h>
 #include <sys/shm.h>
+#include <unistd.h>
 
 #include <regex>
 
@@ -58,7 +59,7 @@ TEST_F(RingState, a_new_one_was_never_attached_and_is_empty)
                       "last use    never attached\n"
                       "            attached never, detached never\n"
                       "attached    0 times\n"
-                      "writer      free; fills slot 0 next\n"
+                      "writer      none is there; its flag is free; fills slot 0 next\n"
                       "reader      free; at slot 0, mark 0, values left 0\n"
                       "count       0 records put and not taken\n"
                       "slots       0 hold whole records, 160 are empty, 0 fail their checksum\n");
@@ -71,7 +72,7 @@ TEST_F(RingState, highest_values_are_no_damage)
     ring->writer_open = ring->reader_open = 1;
     const Result result = status();
     EXPECT_EQ(result.status, 0);
-    EXPECT_NE(result.output.find("writer      taken, nobody can open it; fills slot 159 next\n"
+    EXPECT_NE(result.output.find("; its flag is taken, nobody can open it; fills slot 159 next\n"
                                  "reader      taken, nobody can open it; at slot 159, mark 159, "
                                  "values left 159\n"
                                  "count       159 records put and not taken\n"),
@@ -93,7 +94,7 @@ TEST_F(RingState, every_field_out_of_its_range_is_damage)
     expect_damaged(ring->writer_open, 2);
     expect_damaged(ring->reader_open, 2);
     ring->writer_open = 2;
-    EXPECT_NE(status().output.find("writer      damaged; fills slot 0 next\n"), std::string::npos);
+    EXPECT_NE(status().output.find("its flag is damaged; fills slot 0 next\n"), std::string::npos);
     shmdt(ring);
 }
 
@@ -108,6 +109,80 @@ TEST_F(RingState, who_uses_another_ring_is_not_named)
         "other=$!; await '; block 3:' other; $STMCTL ring status | grep ^attached; kill $other; "
         "wait $other");
     EXPECT_EQ(result.output, "attached    0 times\n");
+}
+
+TEST_F(RingState, its_writer_is_told_by_what_it_does_and_not_by_its_flag)
+{
+    const std::string next = "; its flag is free; fills slot N next\n";
+    const Result result = script(
+        "status() { $STMCTL ring status | grep ^writer | "
+        "sed 's/process [0-9]*/process N/g; s/slot [0-9]*/slot N/'; }\n"
+        "$BOARD $STMCTL ring write 2>writer.err </dev/null & writer=$!\n"
+        "await_status 'fills slot [1-9]'; status\n"
+        "$BOARD $STMCTL ring write 2>second.err </dev/null & second=$!\n"
+        "await_status 'several at once'; status\n"
+        "kill $second; wait $second; kill -9 $writer; wait $writer 2>/dev/null\n"
+        "await_status '^attached    0 times'; fill 0.1; status; $STMCTL ring remove >/dev/null\n"
+        "$BOARD --board third $STMCTL ring write 2>third.err </dev/null & third=$!\n"
+        "await_status 'fills slot [1-9]'; kill -9 $third; await_status '^attached    0 times'; "
+        "status\n");
+    EXPECT_EQ(result.output,
+              "writer      writing, process N (stmctl)" + next +
+                  "writer      several at once, process N (stmctl) and process N (stmctl)" + next +
+                  "writer      ended cleanly" + next +
+                  "writer      gone without ending it: killed?" + next);
+}
+
+TEST_F(RingState, a_program_that_leaves_no_mark_may_be_its_writer)
+{
+    RingBuffer *ring = attached();
+    const std::string output = status().output;
+    EXPECT_NE(output.find("writer      of another program, if any: process " +
+                          std::to_string(getpid()) + " ("),
+              std::string::npos)
+        << output;
+    shmdt(ring);
+}
+
+TEST_F(RingState, is_told_as_json)
+{
+    RingBuffer *ring = attached();
+    ring->count = 1;
+    ring->write_index = 7;
+    EXPECT_NE(status().output.find("count       1 record put and not taken\n"), std::string::npos);
+    shmdt(ring);
+    const Result result = script("$STMCTL ring status --json");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    const std::string output = std::regex_replace(
+        std::regex_replace(result.output, std::regex("\"2[0-9: -]*\""), "\"TIME\""),
+        std::regex("(id|made_by|last_use)\":[0-9]+|\"user [^\"]*\""), "$1\":N");
+    EXPECT_EQ(output, "{\"segment\":{\"id\":N,\"key\":5676,\"bytes\":7704,\"owner\":\":N,"
+                      "\"mode\":\"0640\",\"made_by\":N,\"last_use\":N,\"attached_at\":\"TIME\","
+                      "\"detached_at\":\"TIME\",\"attached\":0},\"processes\":[],"
+                      "\"writer\":{\"state\":\"none\",\"words\":\"none is there\",\"processes\":[],"
+                      "\"flag\":0,\"next_slot\":7},"
+                      "\"reader\":{\"flag\":0,\"slot\":0,\"mark\":0,\"values_left\":0},\"count\":1,"
+                      "\"slots\":{\"whole\":0,\"empty\":160,\"damaged\":0},\"newest\":null,"
+                      "\"damaged\":false}\n");
+}
+
+TEST_F(RingState, damage_is_told_in_json_too)
+{
+    RingBuffer *ring = attached();
+    ring->write_index = 160;
+    const Result result = script("$STMCTL ring status --json");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(result.output.ends_with(",\"damaged\":true}\n")) << result.output;
+    EXPECT_NE(result.output.find("\"processes\":[{\"process\":" + std::to_string(getpid())),
+              std::string::npos);
+    shmdt(ring);
+    shmctl(id(), IPC_RMID, nullptr);
+    const int small = shmget(RINGBUFFER_KEY, 1, IPC_CREAT | 0666);
+    const Result too_small = script("$STMCTL ring status --json; $STMCTL ring status");
+    EXPECT_NE(too_small.output.find(",\"writer\":null}\n"), std::string::npos);
+    EXPECT_NE(too_small.output.find(", key 5676, 1 byte\n"), std::string::npos);
+    shmctl(small, IPC_RMID, nullptr);
 }
 
 TEST_F(RingState, what_is_wrong_with_it_is_said_before_the_device_is_opened)

@@ -50,9 +50,9 @@ TEST_F(Ring, writer_makes_it_and_status_tells_of_it)
     EXPECT_EQ(status.errors, "");
     for (const char *words :
          {"key 5676, 7704 bytes\n", "mode 0666\n", "made by     process ", "(gone)\n",
-          "attached    0 times\n", "writer      free; fills slot ", "reader      free; at slot 0",
-          "count       159 records", "slots       160 hold whole records, 0 are empty, 0 fail",
-          "newest      rel_t 4"}) {
+          "attached    0 times\n", "writer      ended cleanly; its flag is free; fills slot ",
+          "reader      free; at slot 0", "count       159 records",
+          "slots       160 hold whole records, 0 are empty, 0 fail", "newest      rel_t 4"}) {
         EXPECT_NE(status.output.find(words), std::string::npos) << words << '\n' << status.output;
     }
 }
