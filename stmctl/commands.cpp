@@ -2,6 +2,7 @@
 #include "stmctl/commands.hpp"
 
 #include "stmctl/command_line/completion.hpp"
+#include "stmctl/doctor/doctor.hpp"
 #include "stmctl/flash/flash.hpp"
 #include "stmctl/memory/memory.hpp"
 #include "stmctl/mode/mode.hpp"
@@ -24,8 +25,10 @@ constexpr Command COMMANDS[] = {
      "  gzip -dc image.bin.gz | stmctl flash firmware -\n"
      "  stmctl flash booter booter.bin --yes\n",
      declare_flash},
-    {"state", "show what the co-processor runs", "  stmctl state\n", declare_state},
-    {"version", "show the version of the boot loader", "  stmctl version\n", declare_version},
+    {"state", "show what the co-processor runs", "  stmctl state\n  stmctl state --json\n",
+     declare_state},
+    {"version", "show the version of the boot loader",
+     "  stmctl version\n  stmctl version --json\n", declare_version},
     {"start", "start the boot loader", "  stmctl start\n", declare_start},
     {"reset", "leave the boot loader and start the application", "  stmctl reset\n", declare_reset},
     {"get", "ask for a value",
@@ -119,6 +122,13 @@ constexpr Command COMMANDS[] = {
      "  stmctl records -n 200 --format csv | stmctl plot\n"
      "  stmctl plot records.csv --columns I1,I2,I3 -o currents.svg\n",
      declare_plot},
+    {"doctor", "look at all that a board needs, and tell what is wrong",
+     "  stmctl doctor\n"
+     "  stmctl doctor --json\n"
+     "\n"
+     "Nothing is changed, and nothing sent while another program has the device open. The exit\n"
+     "status is told by stmctl --help status.\n",
+     declare_doctor},
     {"completion", "print the completions for a shell",
      "  source <(stmctl completion bash)\n"
      "  stmctl completion bash >/etc/bash_completion.d/stmctl\n"

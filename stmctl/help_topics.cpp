@@ -32,6 +32,16 @@ constexpr HelpTopic TOPICS[] = {
                "other one to be done. Other programs do not know this lock: end them first.\n"
                "What two programs say gets mixed, and answers change without a failure.\n"
                "\n"
+               "Another device cannot be chosen: the module opens /dev/spidev1.0 and no other.\n"
+               "Where the board is wired to another bus, a link of that name leads there:\n"
+               "    sudo ln -s spidev0.0 /dev/spidev1.0\n"
+               "It lasts until the system restarts; in a udev rule, SYMLINK+=\"spidev1.0\" lasts.\n"
+               "\n"
+               "SPI mode: the co-processor expects mode 0, and the driver keeps the mode that a\n"
+               "program has set until it is set anew. Nothing can be understood in another one:\n"
+               "end that program, and set it back to 0 or restart the system.\n"
+               "\n"
+               "What of all that is wrong: stmctl doctor\n"
                "Without a board: virtual-board stmctl state\n"},
     {"status", "The exit status says what came of a command:\n"
                "    0  done; also an endless run that its user has ended, and a reader of the\n"
@@ -39,7 +49,9 @@ constexpr HelpTopic TOPICS[] = {
                "    1  failed; standard error says why, in one sentence\n"
                "    2  the command line makes no sense, nothing was begun\n"
                "    3  ended by the user before the work was done\n"
-               "    4  the device, or the ring's segment, is not there or cannot be opened\n"},
+               "    4  the device, or the ring's segment, is not there or cannot be opened\n"
+               "doctor ends in 4 where the device cannot be opened, in 1 where something else\n"
+               "is bad, and in 0 where nothing is, even if something is unknown.\n"},
     {"losses", "Records are lost where rel_t has a gap, rejected where their checksum is\n"
                "wrong, overflowing where more than 190 wait behind them in the co-processor.\n"
                "A silence is a time in which nothing came: --silence SECONDS, or, unless\n"
@@ -73,7 +85,22 @@ constexpr HelpTopic TOPICS[] = {
              "a list from its own standard input, begin them with </dev/null.\n"},
 };
 
+constexpr char NO_OTHER_DEVICE[] =
+    "the device cannot be chosen: the module opens /dev/spidev1.0 and no other; a link of that "
+    "name leads to another one, see stmctl --help access";
+
+constexpr MissingOption MISSING_OPTIONS[] = {
+    {"--device", NO_OTHER_DEVICE},
+    {"-d", NO_OTHER_DEVICE},
+    {"-D", NO_OTHER_DEVICE},
+};
+
 } // namespace
+
+std::span<const MissingOption> missing_options()
+{
+    return MISSING_OPTIONS;
+}
 
 const char *general_footer()
 {

@@ -9,5 +9,6 @@ namespace stmctl
 std::span<const HelpTopic> help_topics();
 
 const char *general_footer();
+std::span<const MissingOption> missing_options();
 
 } // namespace stmctl

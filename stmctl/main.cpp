@@ -20,6 +20,7 @@ int main(int argc, char **argv)
         .commands = commands(),
         .topics = help_topics(),
         .footer = general_footer(),
+        .missing_options = missing_options(),
     };
     const ExitStatus status = run_command_line(program, argc, argv);
     return static_cast<int>(finish_output(status));

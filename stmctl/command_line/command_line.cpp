@@ -209,18 +209,32 @@ std::string suggested_option(const CLI::App &command, const Words &extras)
     return "";
 }
 
+// For words that cannot be parsed.
+void explain_missing_option(const Program &program, const Words &words)
+{
+    for (const std::string &word : words) {
+        const std::string name = word.substr(0, word.find('='));
+        const auto row = std::ranges::find_if(
+            program.missing_options, [&](const MissingOption &one) { return name == one.name; });
+        if (row != program.missing_options.end()) {
+            throw Failure(ExitStatus::usage, row->sentence);
+        }
+    }
+}
+
 // Returns whether there is something to run: help and version are done with by then.
-bool parse(CommandLine &line, Words words)
+bool parse(const Program &program, CommandLine &line, const Words &words)
 {
     try {
-        std::ranges::reverse(words); // as CLI11 wants them
-        line.app.parse(words);
+        Words reversed(words.rbegin(), words.rend()); // as CLI11 wants them
+        line.app.parse(reversed);
         return true;
     } catch (const CLI::CallForVersion &request) {
         print(fmt::format("{}\n", request.what()));
     } catch (const CLI::Success &) {
         print(line.app.help());
     } catch (const CLI::ExtrasError &) {
+        explain_missing_option(program, words);
         std::string path;
         const CLI::App *command = parsed_command(line.app, path);
         const Words extras = line.app.remaining(true);
@@ -228,6 +242,7 @@ bool parse(CommandLine &line, Words words)
                       fmt::format("not expected: {}{}; see {} --help", fmt::join(extras, " "),
                                   suggested_option(*command, extras), path));
     } catch (const CLI::ParseError &error) {
+        explain_missing_option(program, words);
         std::string path;
         parsed_command(line.app, path);
         throw Failure(ExitStatus::usage, fmt::format("{}; see {} --help", error.what(), path));
@@ -244,10 +259,13 @@ ExitStatus run(const Program &program, Words words)
     if (take_help_topic(program, words)) {
         return ExitStatus::done;
     }
+    if (!words.empty() && find_command(program.commands, words[0]) == nullptr) {
+        explain_missing_option(program, {words[0]});
+    }
     expect_command(program.commands, words, program.name);
     CommandLine line(program);
     declare(line, program, words);
-    if (!parse(line, std::move(words))) {
+    if (!parse(program, line, words)) {
         return ExitStatus::done;
     }
     std::string path;

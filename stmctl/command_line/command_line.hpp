@@ -14,6 +14,12 @@ struct HelpTopic {
     const char *text;
 };
 
+// An option that users look for, and that there cannot be.
+struct MissingOption {
+    const char *name; // "--device", and the same behind "="
+    const char *sentence;
+};
+
 struct Program {
     const char *name;
     const char *summary;
@@ -21,6 +27,7 @@ struct Program {
     std::span<const Command> commands;
     std::span<const HelpTopic> topics;
     const char *footer; // of the general help
+    std::span<const MissingOption> missing_options = {};
 };
 
 // Parses the words, runs their command, and says why if it fails.

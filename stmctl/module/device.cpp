@@ -4,6 +4,7 @@
 #include "link/stm_com_funcs.h"
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/module/diagnosis.hpp"
+#include "stmctl/module/wire_settings.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
 
@@ -21,9 +22,21 @@ namespace stmctl
 namespace
 {
 
-constexpr char DEVICE[] = "/dev/spidev1.0";
+// A refused clock is a warning: the link runs at the device's own. Null if nothing else failed.
+const Report *failure_of_opening(const Outcome &outcome)
+{
+    for (const Report &report : outcome.failures) {
+        if (!report.is_refused_clock()) {
+            return &report;
+        }
+        say(fmt::format("{}; going on with the device's own", report.sentence()));
+    }
+    return nullptr;
+}
 
-const char *remedy(int error)
+} // namespace
+
+const char *remedy_of_opening(int error)
 {
     switch (error) {
     case EACCES:
@@ -38,9 +51,8 @@ const char *remedy(int error)
     }
 }
 
-// Opens the device as one that only waits for the lock. The module ends the process where the
-// device cannot be opened for reading and writing, so that is tried, too; should it go away after
-// that, the module's word for it is all that is said. Negative, and errno, if it cannot be opened.
+// The module ends the process where the device cannot be opened for reading and writing, so that is
+// tried, too; should it go away after that, the module's word for it is all that is said.
 int open_to_lock()
 {
     const int lock = open(DEVICE, WAITING_FLAGS | O_CLOEXEC);
@@ -64,20 +76,6 @@ Outcome open_link()
     });
 }
 
-// A refused clock is a warning: the link runs at the device's own. Null if nothing else failed.
-const Report *failure_of_opening(const Outcome &outcome)
-{
-    for (const Report &report : outcome.failures) {
-        if (!report.is_refused_clock()) {
-            return &report;
-        }
-        say(fmt::format("{}; going on with the device's own", report.sentence()));
-    }
-    return nullptr;
-}
-
-} // namespace
-
 void add_device_options(CLI::App &command, DeviceOptions &options)
 {
     add_flag(command, "--wait", options.wait, "wait until no other stmctl uses the device");
@@ -87,11 +85,13 @@ Device::Device(const DeviceOptions &options) : lock_(open_to_lock())
 {
     if (lock_ < 0) {
         const int error = errno;
-        throw Failure(ExitStatus::not_there, fmt::format("cannot open {}: {}; {}", DEVICE,
-                                                         strerror(error), remedy(error)));
+        throw Failure(ExitStatus::not_there,
+                      fmt::format("cannot open {}: {}; {}", DEVICE, strerror(error),
+                                  remedy_of_opening(error)));
     }
     try {
         lock_device(lock_, DEVICE, options.wait);
+        tell_odd_mode(lock_);
         const Outcome outcome = open_link();
         open_ = true;
         if (const Report *failure = failure_of_opening(outcome)) {

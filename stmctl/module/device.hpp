@@ -13,6 +13,19 @@ class App;
 namespace stmctl
 {
 
+inline constexpr char DEVICE[] = "/dev/spidev1.0"; // the one that the module knows
+
+// Opens the device as one that only waits for the lock. Negative, and errno, if it cannot be opened
+// for reading and writing.
+int open_to_lock();
+
+// "see stmctl --help access", and what is known of an errno of opening.
+const char *remedy_of_opening(int error);
+
+// Opens the link, which synchronises it, and must be closed with stm_close. For a device that could
+// be opened just before.
+Outcome open_link();
+
 struct DeviceOptions {
     bool wait = false; // for another stmctl to be done
 };

@@ -38,7 +38,9 @@ long holder_in(const std::string &line, const std::string &file)
     return words && kind == "FLOCK" && locked == file ? pid : 0;
 }
 
-std::string holder(int descriptor)
+} // namespace
+
+std::string lock_holder(int descriptor)
 {
     struct stat status = {};
     fstat(descriptor, &status);
@@ -64,8 +66,6 @@ bool try_lock(int descriptor, const char *name)
     return false;
 }
 
-} // namespace
-
 // A wait in flock would miss an interrupt that comes just before it.
 bool wait_for_lock(int descriptor, const char *name, const Pause &pause)
 {
@@ -85,9 +85,9 @@ void lock_device(int descriptor, const char *name, bool wait)
     }
     if (!wait) {
         throw Failure(ExitStatus::failed, fmt::format("{} is in use by {}; --wait waits for it",
-                                                      name, holder(descriptor)));
+                                                      name, lock_holder(descriptor)));
     }
-    say(fmt::format("waiting for {}", holder(descriptor)));
+    say(fmt::format("waiting for {}", lock_holder(descriptor)));
     if (!wait_for_lock(descriptor, name, wait_unless_stopped)) {
         throw Failure(ExitStatus::stopped, fmt::format("stopped while waiting for {}", name));
     }

@@ -4,12 +4,19 @@
 
 #include <chrono>
 #include <functional>
+#include <string>
 
 namespace stmctl
 {
 
 // Waits for some time. False if the wait is to be given up.
 using Pause = std::function<bool(std::chrono::milliseconds)>;
+
+// False if another process has the lock.
+bool try_lock(int descriptor, const char *name);
+
+// "process 12 (stmctl follow)"
+std::string lock_holder(int descriptor);
 
 // Throws a Failure that names the holder, or with wait waits for it.
 void lock_device(int descriptor, const char *name, bool wait);

@@ -76,9 +76,14 @@ std::string sentence_of(const Report &report, const Device &device)
 
 std::string odd_mode_words(uint8_t answer, const Device &device)
 {
+    return odd_mode_words(answer, device.other_users());
+}
+
+std::string odd_mode_words(uint8_t answer, const DeviceUsers &users)
+{
     return answer == SILENT_LINE     ? "nothing answers"
            : answer == UNDRIVEN_LINE ? "nobody drives the line"
-                                     : "that is no mode; " + device.other_users().suspicion();
+                                     : "that is no mode; " + users.suspicion();
 }
 
 } // namespace stmctl

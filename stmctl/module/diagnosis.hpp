@@ -11,6 +11,7 @@ namespace stmctl
 {
 
 class Device;
+struct DeviceUsers;
 
 inline constexpr uint8_t MODE_QUERY = 0x23;
 inline constexpr uint8_t BOOT_LOADER = 1;
@@ -41,5 +42,6 @@ std::string sentence_of(const Report &report, const Device &device);
 
 // What an answer to the mode query means, for which there is no name: "nothing answers".
 std::string odd_mode_words(uint8_t answer, const Device &device);
+std::string odd_mode_words(uint8_t answer, const DeviceUsers &users);
 
 } // namespace stmctl

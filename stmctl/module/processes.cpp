@@ -112,6 +112,8 @@ DeviceUsers other_users_of(int descriptor)
     struct stat device = {};
     std::error_code error;
     fs::directory_iterator folder("/proc", error);
+    // The first process is always there, but may be shown to nobody else.
+    users.some_hidden = error || access("/proc/1", F_OK) != 0;
     if (fstat(descriptor, &device) != 0 || error) {
         return users;
     }

@@ -15,8 +15,6 @@ namespace stmctl
 namespace
 {
 
-constexpr int SYNCHRONISING_BYTES = 4096;
-
 struct Spoken {
     std::string_view text; // how it begins; whole, if it ends in a newline
     Event event;
@@ -99,17 +97,10 @@ std::string_view meaning_of(std::string_view text)
     return found == std::end(MEANINGS) ? text : found->sentence;
 }
 
-std::optional<long> read_bufsiz()
-{
-    std::ifstream file("/sys/module/spidev/parameters/bufsiz");
-    long bytes = 0;
-    return file >> bytes ? std::optional(bytes) : std::nullopt;
-}
-
 std::string remedy(const Report &report)
 {
     if (report.error == EMSGSIZE && !report.is_length_refused()) {
-        return "; " + bufsiz_words(read_bufsiz());
+        return "; " + bufsiz_words(driver_bufsiz());
     }
     return report.is_device_gone() ? "; the device is gone, see stmctl --help access" : "";
 }
@@ -160,6 +151,13 @@ std::string Report::sentence() const
 bool is_device_gone(const std::vector<Report> &reports)
 {
     return std::ranges::any_of(reports, &Report::is_device_gone);
+}
+
+std::optional<long> driver_bufsiz()
+{
+    std::ifstream file("/sys/module/spidev/parameters/bufsiz");
+    long bytes = 0;
+    return file >> bytes ? std::optional(bytes) : std::nullopt;
 }
 
 std::string bufsiz_words(std::optional<long> bufsiz)

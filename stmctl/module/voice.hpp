@@ -64,6 +64,12 @@ struct Reports {
 
 Reports read_reports(std::string_view captured);
 
+// The length of the exchange that synchronises the link, the longest of all.
+inline constexpr int SYNCHRONISING_BYTES = 4096;
+
+// How many bytes the driver says that it takes at once. None where the kernel does not show it.
+std::optional<long> driver_bufsiz();
+
 // Why the driver takes no exchange of 4096 bytes, and what helps; bufsiz is none if nobody can
 // tell.
 std::string bufsiz_words(std::optional<long> bufsiz);

@@ -10,8 +10,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 
 namespace stmctl
@@ -150,6 +152,24 @@ std::string run_gnuplot(const std::string &script)
     }
     // In front of a drawing in text it wants a new page, which a pipe has no use for.
     return result.front() == '\f' ? result.substr(1) : result;
+}
+
+// Where the call that runs it looks for it.
+std::string find_gnuplot()
+{
+    const char *variable = getenv("PATH");
+    std::string_view folders = variable != nullptr ? variable : "/bin:/usr/bin";
+    for (;;) {
+        const size_t end = std::min(folders.find(':'), folders.size());
+        const std::string path = fmt::format("{}/gnuplot", end > 0 ? folders.substr(0, end) : ".");
+        if (access(path.c_str(), X_OK) == 0) {
+            return path;
+        }
+        if (end == folders.size()) {
+            return "";
+        }
+        folders.remove_prefix(end + 1);
+    }
 }
 
 // In single quotes only the quote itself has a meaning.

@@ -21,6 +21,18 @@ TEST_F(State, version_is_told_in_words_and_numbers)
     EXPECT_EQ(says({"version"}, {"--version", "254"}), "boot loader 1.254 (254)\n");
 }
 
+TEST_F(State, is_told_as_json)
+{
+    EXPECT_EQ(says({"state", "--json"}), "{\"state\":\"application\",\"number\":2}\n");
+    EXPECT_EQ(says({"state", "--json"}, {"--mode", "boot loader"}),
+              "{\"state\":\"boot loader\",\"number\":1}\n");
+    EXPECT_EQ(says({"version", "--json"}), "{\"version\":\"1.5\",\"number\":5}\n");
+    expect_failure(with_fault("silence", {"state", "--json"}), 1,
+                   "state unknown: the answer is 0, nothing answers");
+    expect_failure(with_fault("silence", {"version", "--json"}), 1,
+                   "version unknown: the answer is 0, nothing answers");
+}
+
 TEST_F(State, start_and_reset_are_confirmed_by_the_mode)
 {
     EXPECT_EQ(says({"start"}), "boot loader (1)\n");
@@ -110,6 +122,33 @@ TEST_F(State, a_device_that_cannot_be_opened_is_told_with_the_remedy)
         expect_failure(with_fault("no-device=EIO", {command}), 4,
                        "cannot open /dev/spidev1.0: Input/output error; see stmctl --help access");
     }
+}
+
+// The driver keeps the mode that a program has set, which the board's folder does in its place.
+TEST_F(State, an_odd_spi_mode_is_told_once_and_changes_nothing_else)
+{
+    says({"state"});
+    const auto with_mode = [&](const std::string &mode) {
+        write_file("board/spi-mode", Bytes(mode.begin(), mode.end()));
+        return stmctl({"state"});
+    };
+    const std::string end = ", as another program left it; the co-processor expects 0, see stmctl "
+                            "--help access\n";
+    const Result third = with_mode("3");
+    EXPECT_EQ(third.status, 0);
+    EXPECT_EQ(third.output, "application (2)\n");
+    EXPECT_EQ(third.errors, "stmctl: SPI mode is 3" + end);
+    EXPECT_EQ(with_mode("9").errors, "stmctl: SPI mode is 1 (lsb-first)" + end);
+    EXPECT_EQ(with_mode("0x834").errors,
+              "stmctl: SPI mode is 0 (cs-high, 3wire, loopback, 0x800)" + std::string(end))
+        << "flags without a name are shown as a number";
+    EXPECT_EQ(with_mode("0").errors, "");
+}
+
+TEST_F(State, one_exchange_more_or_less_is_not_made_because_of_the_mode)
+{
+    says({"state"});
+    EXPECT_EQ(transcript().size(), 3U);
 }
 
 } // namespace

@@ -23,10 +23,10 @@ class Usage : public StmctlBench
     }
 };
 
-const char *const COMMANDS[] = {"flash",   "state",      "version", "start",  "reset", "get",
-                                "set",     "list",       "peek",    "poke",   "dump",  "text",
-                                "records", "follow",     "adc",     "raw",    "watch", "ring",
-                                "plot",    "completion", "save",    "restore"};
+const char *const COMMANDS[] = {"flash",   "state",      "version", "start",   "reset", "get",
+                                "set",     "list",       "peek",    "poke",    "dump",  "text",
+                                "records", "follow",     "adc",     "raw",     "watch", "ring",
+                                "plot",    "completion", "save",    "restore", "doctor"};
 
 TEST_F(Usage, every_command_is_in_the_help_and_has_one_with_examples)
 {
@@ -116,6 +116,24 @@ TEST_F(Usage, words_that_are_like_no_other_are_answered_with_none)
     expect_failure(bare({"ad"}), 2, "no command 'ad'; see stmctl --help");
     expect_failure(bare({"statexxx"}), 2, "no command 'statexxx'; see stmctl --help");
     expect_failure(bare({"set", "text-2", "1"}), 2, "no setting 'text-2'; see stmctl list");
+}
+
+TEST_F(Usage, the_device_cannot_be_chosen_and_that_is_said)
+{
+    const std::string sentence = "the device cannot be chosen: the module opens /dev/spidev1.0 and "
+                                 "no other; a link of that name leads to another one, see stmctl "
+                                 "--help access";
+    for (const Words &words :
+         {Words{"--device", "/dev/spidev0.0", "state"}, Words{"--device=/dev/spidev0.0", "state"},
+          Words{"-d", "x", "state"}, Words{"-D", "x", "state"}, Words{"state", "--device", "x"},
+          Words{"state", "--device=x"}, Words{"state", "-d", "x"}, Words{"state", "-D", "x"},
+          Words{"get", "--device", "x", "sampletime", "y"}, Words{"get", "-D"},
+          Words{"ring", "status", "--device", "x"}}) {
+        expect_failure(bare(words), 2, sentence);
+    }
+    EXPECT_NE(shown({"--help", "access"}).find("no other"), std::string::npos);
+    expect_failure(bare({"state", "--devices"}), 2,
+                   "not expected: --devices; see stmctl state --help");
 }
 
 // As from a script whose variable is not set.

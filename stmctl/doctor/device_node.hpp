@@ -1,0 +1,32 @@
+// The device's node: whether it is one, and who may open it.
+#pragma once
+
+#include "stmctl/doctor/finding.hpp"
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <optional>
+#include <vector>
+
+namespace stmctl
+{
+
+struct DeviceNode {
+    int error = 0;                   // the errno with which it cannot be opened; 0 if it can
+    std::optional<struct stat> file; // what was opened, or what has its name
+    bool has_driver = false;         // which answers as one for SPI does
+};
+
+struct Caller {
+    uid_t user = 0;
+    std::vector<gid_t> groups;    // of this session
+    std::vector<gid_t> member_of; // of those of a new one
+};
+
+Caller this_caller();
+
+Finding judge_node(const DeviceNode &node);
+Finding judge_rights(const DeviceNode &node, const Caller &caller);
+
+} // namespace stmctl

@@ -1,0 +1,122 @@
+// Goal: what is said of a node that is none, of one that may not be opened, and what helps.
+#include "stmctl/doctor/device_node.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sys/sysmacros.h>
+
+#include <cerrno>
+
+using namespace stmctl;
+
+namespace
+{
+
+constexpr uid_t NOBODY = 4'000'001; // numbers that no system names
+constexpr gid_t GROUP = 4'000'002;
+constexpr gid_t OTHER_GROUP = 4'000'003;
+
+struct stat file_with(mode_t mode, gid_t group = GROUP)
+{
+    struct stat file = {};
+    file.st_mode = mode;
+    file.st_gid = group;
+    file.st_rdev = makedev(153, 1);
+    return file;
+}
+
+DeviceNode opened(mode_t mode, bool has_driver)
+{
+    return {0, file_with(mode), has_driver};
+}
+
+DeviceNode forbidden(mode_t permissions, gid_t group = GROUP)
+{
+    return {EACCES, file_with(S_IFCHR | permissions, group), false};
+}
+
+void expect_finding(const Finding &finding, Health health, const std::string &words,
+                    const std::string &remedy)
+{
+    EXPECT_EQ(finding.health, health) << words;
+    EXPECT_EQ(finding.words, words);
+    EXPECT_EQ(finding.remedy, remedy);
+}
+
+TEST(DeviceNodeLine, a_device_of_the_driver_is_good)
+{
+    const std::string words = "/dev/spidev1.0, a character device (153, 1)";
+    expect_finding(judge_node(opened(S_IFCHR | 0660, true)), Health::good, words, "");
+    expect_finding(judge_node(forbidden(0660)), Health::good, words, "");
+    expect_finding(judge_node({EPERM, {}, false}), Health::good, "/dev/spidev1.0 is there", "");
+}
+
+TEST(DeviceNodeLine, what_is_no_device_is_bad)
+{
+    const std::string remedy = "remove it: sudo rm -r /dev/spidev1.0; see stmctl --help access";
+    const std::string words = "/dev/spidev1.0 is no device, but ";
+    expect_finding(judge_node(opened(S_IFREG | 0644, false)), Health::bad, words + "a regular file",
+                   remedy);
+    expect_finding(judge_node({EACCES, file_with(S_IFREG), false}), Health::bad,
+                   words + "a regular file", remedy);
+    expect_finding(judge_node(opened(S_IFBLK | 0644, false)), Health::bad, words + "a block device",
+                   remedy);
+    expect_finding(judge_node({EACCES, file_with(S_IFDIR), false}), Health::bad, words + "a folder",
+                   remedy);
+    expect_finding(judge_node(opened(S_IFIFO | 0644, false)), Health::bad,
+                   words + "of another kind", remedy);
+}
+
+TEST(DeviceNodeLine, a_device_of_another_driver_is_bad)
+{
+    expect_finding(judge_node(opened(S_IFCHR | 0660, false)), Health::bad,
+                   "/dev/spidev1.0 is a device, but not for SPI",
+                   "the driver spidev must be bound to it, see stmctl --help access");
+}
+
+TEST(RightsLine, whose_it_is_is_told)
+{
+    const Caller caller = {NOBODY, {}, {}};
+    expect_finding(judge_rights({0, file_with(S_IFCHR | 0660, GROUP), true}, caller), Health::good,
+                   "user 4000001 may read and write it: owner root, group 4000002, mode 0660", "");
+}
+
+TEST(RightsLine, a_user_who_is_not_in_the_group_is_told_how_to_join_it)
+{
+    expect_finding(judge_rights(forbidden(0660), {NOBODY, {OTHER_GROUP}, {OTHER_GROUP}}),
+                   Health::bad,
+                   "user 4000001 may not read and write it: owner root, group 4000002, mode 0660",
+                   "sudo usermod -aG 4000002 4000001, then log in again");
+}
+
+TEST(RightsLine, a_session_from_before_joining_is_told_to_log_in_again)
+{
+    const Finding finding = judge_rights(forbidden(0660), {NOBODY, {OTHER_GROUP}, {GROUP}});
+    EXPECT_EQ(finding.remedy,
+              "log in again: this session is older than being in the group 4000002");
+}
+
+TEST(RightsLine, a_group_that_helps_nobody_needs_a_rule)
+{
+    const std::string rule = "a udev rule gives it to the group spi, see stmctl --help access";
+    const Caller caller = {NOBODY, {}, {}};
+    EXPECT_EQ(judge_rights(forbidden(0660, 0), caller).remedy, rule) << "of root";
+    EXPECT_EQ(judge_rights(forbidden(0600), caller).remedy, rule) << "without rights";
+    EXPECT_EQ(judge_rights(forbidden(0640), caller).remedy, rule) << "with half of them";
+}
+
+TEST(RightsLine, what_else_forbids_it_is_not_blamed_on_the_group)
+{
+    EXPECT_EQ(judge_rights(forbidden(0660), {NOBODY, {GROUP}, {GROUP}}).remedy,
+              "the group would do, something else forbids it: see ls -l, getfacl and dmesg");
+    EXPECT_EQ(judge_rights({EPERM, file_with(S_IFCHR | 0666), false}, {NOBODY, {}, {}}).remedy,
+              "not its mode, but the system forbids it: a container, for instance");
+}
+
+TEST(RightsLine, to_what_is_not_there_nobody_has_rights)
+{
+    expect_finding(judge_rights({ENOENT, {}, false}, {}), Health::unknown,
+                   "there is nothing to have rights to", "");
+}
+
+} // namespace

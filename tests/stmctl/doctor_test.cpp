@@ -1,0 +1,350 @@
+// stmctl doctor: each line with what makes it good, bad or unknown, and the status of all.
+#include "tests/stmctl/ring_bench.hpp"
+
+#include "link/stm_com_funcs.h"
+
+#include <sys/ipc.h>
+#include <sys/shm.h>
+
+#include <sstream>
+
+namespace
+{
+
+constexpr char DEVICE_LINE[] =
+    "device    good     /dev/spidev1.0 is no device node, but behaves like one: virtual\n";
+
+class Doctor : public RingBench
+{
+  protected:
+    // The line of a name, and its remedy below it.
+    static std::string line(const Result &result, const std::string &name)
+    {
+        std::istringstream lines(result.output);
+        std::string found;
+        for (std::string text; std::getline(lines, text);) {
+            const bool goes_on = text.starts_with(" ") && !found.empty();
+            if (!goes_on && !found.empty()) {
+                break;
+            }
+            if (goes_on || text.starts_with(name + " ")) {
+                found += text + '\n';
+            }
+        }
+        return found;
+    }
+
+    Result doctor(const Words &options = {}) { return stmctl({"doctor"}, options); }
+
+    static void expect_bad(const Result &result, const std::string &names, int status = 1)
+    {
+        EXPECT_EQ(result.status, status);
+        EXPECT_EQ(result.errors, "stmctl: doctor: " + names + "\n");
+    }
+
+    // While another process on the same board has the device open, and is no stmctl.
+    Result beside_another(const std::string &before, const Words &arguments)
+    {
+        Words command = {program()};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return run(on_board({}, {"bash", "-c",
+                                 before + "exec 9<>/dev/spidev1.0; (exec 9<&-; " + quoted(command) +
+                                     "); exit $?"}));
+    }
+};
+
+TEST_F(Doctor, all_is_good_on_a_good_board)
+{
+    const Result result = doctor();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    const std::string rights = line(result, "rights");
+    EXPECT_EQ(rights.find("rights    good     user "), 0U) << rights;
+    const std::string gnuplot = line(result, "gnuplot");
+    EXPECT_EQ(result.output,
+              DEVICE_LINE + rights +
+                  "users     good     nobody else has it open\n"
+                  "lock      good     free\n"
+                  "bufsiz    good     the driver takes 4096 bytes at once\n"
+                  "SPI mode  good     0, words of 8 bits\n"
+                  "clock     good     6 MHz, before it was 1 MHz\n"
+                  "link      good     exchanges go through\n"
+                  "exchange  good     4096 bytes take 5.46 ms, the wire alone 5.46 ms\n"
+                  "runs      good     the application\n"
+                  "version   good     boot loader 1.5\n"
+                  "query     good     sampletime is 0\n"
+                  "ring      good     none; stmctl ring write makes one\n" +
+                  gnuplot);
+    EXPECT_EQ(gnuplot.find("gnuplot   good     "), 0U);
+}
+
+TEST_F(Doctor, a_real_exchange_takes_no_less_than_the_wire)
+{
+    const Result result = run(on_board_in_real_time({}, {program(), "doctor"}));
+    double takes = 0;
+    EXPECT_EQ(sscanf(line(result, "exchange").c_str(),
+                     "exchange %*s 4096 bytes take %lf ms, the wire alone 5.46 ms", &takes),
+              1)
+        << result.output;
+    EXPECT_GE(takes, 5.46);
+}
+
+TEST_F(Doctor, the_boot_loader_is_good_and_answers_no_queries)
+{
+    const Result result = doctor({"--mode", "boot loader", "--version", "7"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(line(result, "runs"),
+              "runs      good     the boot loader; stmctl reset starts the application\n");
+    EXPECT_EQ(line(result, "version"), "version   good     boot loader 1.7\n");
+    EXPECT_EQ(line(result, "query"),
+              "query     unknown  not asked: the application does not run\n");
+    EXPECT_EQ(stmctl({"state"}).output, "boot loader (1)\n") << "the mode is never switched";
+}
+
+TEST_F(Doctor, nobody_who_answers_is_bad)
+{
+    const Result silent = doctor({"--fault", "silence"});
+    expect_bad(silent, "1 of 14 bad: runs");
+    EXPECT_EQ(
+        line(silent, "runs"),
+        "runs      bad      the answer is 0, nothing answers\n"
+        "                   has the co-processor power, does it hang? switch it off and on\n");
+    EXPECT_EQ(line(silent, "version"), "version   unknown  the answer is 0, nothing answers\n");
+    const Result undriven = doctor({"--fault", "bus-inactive"});
+    expect_bad(undriven, "1 of 14 bad: runs");
+    EXPECT_NE(line(undriven, "runs").find("the answer is 255, nobody drives the line\n"),
+              std::string::npos);
+}
+
+TEST_F(Doctor, an_application_that_does_not_answer_is_bad)
+{
+    const Result result = doctor({"--fault", "late@0x03=3000"});
+    expect_bad(result, "1 of 14 bad: query");
+    EXPECT_EQ(line(result, "query"),
+              "query     bad      sampletime: no answer in time\n"
+              "                   the application runs, but does not answer: "
+              "stmctl start, stmctl reset\n");
+}
+
+TEST_F(Doctor, what_the_application_answers_is_shown)
+{
+    EXPECT_EQ(line(doctor({"--answer", "0x03=123"}), "query"),
+              "query     good     sampletime is 123\n");
+}
+
+TEST_F(Doctor, failing_exchanges_are_bad_where_they_fail)
+{
+    const Result first = doctor({"--fault", "exchange@1"});
+    expect_bad(first, "1 of 14 bad: link");
+    EXPECT_EQ(line(first, "link"), "link      bad      an exchange fails: Input/output error\n"
+                                   "                   see the lines above, and dmesg\n");
+    EXPECT_EQ(line(first, "runs"), "runs      unknown  not asked: the link fails\n");
+    EXPECT_EQ(transcript().size(), 1U) << "no more is tried";
+    const Result third = doctor({"--fault", "exchange@3"});
+    expect_bad(third, "1 of 14 bad: runs");
+    EXPECT_EQ(line(third, "runs"),
+              "runs      bad      fetching the answer failed: Input/output error\n"
+              "                   see dmesg\n");
+    const Result fifth = doctor({"--fault", "exchange@5"});
+    expect_bad(fifth, "1 of 14 bad: version");
+}
+
+TEST_F(Doctor, a_buffer_that_is_too_small_shows_in_the_longest_exchange)
+{
+    const Result result = doctor({"--bufsiz", "4095"});
+    expect_bad(result, "2 of 14 bad: bufsiz, link");
+    EXPECT_EQ(line(result, "bufsiz").find("bufsiz    bad      the driver does not take 4096 bytes"),
+              0U);
+    EXPECT_NE(line(result, "bufsiz").find("set it where the driver is loaded, see stmctl --help"),
+              std::string::npos);
+    EXPECT_EQ(line(result, "link").find("link      bad      an exchange fails: Message too long\n"),
+              0U);
+}
+
+TEST_F(Doctor, a_refused_clock_is_bad)
+{
+    const Result result = doctor({"--fault", "speed-refused"});
+    expect_bad(result, "1 of 14 bad: clock");
+    EXPECT_EQ(line(result, "clock"),
+              "clock     bad      1 MHz: 6 MHz was refused: Invalid argument\n"
+              "                   spi-max-frequency in the device tree must "
+              "allow it\n");
+    EXPECT_EQ(line(result, "exchange"),
+              "exchange  good     4096 bytes take 32.77 ms, the wire alone 32.77 ms\n");
+}
+
+TEST_F(Doctor, a_mode_that_another_program_left_is_bad_and_told_once)
+{
+    doctor();
+    write_file("board/spi-mode", {'3'});
+    const Result result = doctor();
+    expect_bad(result, "1 of 14 bad: SPI mode");
+    EXPECT_EQ(line(result, "SPI mode"),
+              "SPI mode  bad      3, as another program left it; 0 is needed\n"
+              "                   let it set it back, or restart the system, see stmctl --help "
+              "access\n");
+}
+
+TEST_F(Doctor, a_device_that_cannot_be_opened_is_status_4)
+{
+    const Result missing = doctor({"--fault", "no-device"});
+    expect_bad(missing, "1 of 14 bad: device", 4);
+    EXPECT_EQ(line(missing, "device"),
+              "device    bad      /dev/spidev1.0 cannot be opened: No such file or directory\n"
+              "                   the system has no such SPI device, see stmctl --help access\n");
+    EXPECT_EQ(line(missing, "rights"), "rights    unknown  there is nothing to have rights to\n");
+    for (const char *name : {"users", "lock", "SPI mode", "clock"}) {
+        EXPECT_NE(line(missing, name).find(" unknown  the device cannot be opened\n"),
+                  std::string::npos)
+            << name;
+    }
+    for (const char *name : {"exchange", "runs", "version", "query"}) {
+        EXPECT_NE(line(missing, name).find(" unknown  not asked: the device cannot be opened\n"),
+                  std::string::npos)
+            << name;
+    }
+    const Result forbidden = doctor({"--fault", "no-device=EACCES"});
+    expect_bad(forbidden, "1 of 14 bad: rights", 4);
+    EXPECT_EQ(line(forbidden, "device"), "device    good     /dev/spidev1.0 is there\n");
+    EXPECT_NE(line(forbidden, "rights").find(" may not read and write it\n"), std::string::npos);
+}
+
+TEST_F(Doctor, nothing_is_sent_while_another_program_has_the_device_open)
+{
+    const Result result = beside_another("", {"doctor"});
+    EXPECT_EQ(result.status, 0) << "nothing is known to be bad";
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(line(result, "users").find("users     unknown  process "), 0U) << result.output;
+    EXPECT_NE(line(result, "users").find(") has it open; nothing was sent\n"), std::string::npos);
+    for (const char *name : {"bufsiz", "clock", "link", "exchange", "runs", "version", "query"}) {
+        const std::string said = line(result, name);
+        EXPECT_NE(said.find(" unknown  "), std::string::npos) << said;
+        EXPECT_NE(said.find(") has the device open\n"), std::string::npos) << said;
+    }
+    EXPECT_EQ(line(result, "SPI mode"), "SPI mode  good     0, words of 8 bits\n");
+    EXPECT_EQ(transcript().size(), 0U);
+}
+
+TEST_F(Doctor, several_who_talk_at_once_are_bad)
+{
+    const Result result = beside_another(
+        "exec 9<>/dev/spidev1.0; mkfifo never; cat <>never & cat=$!; trap 'kill $cat' EXIT; ",
+        {"doctor"});
+    expect_bad(result, "1 of 14 bad: users");
+    EXPECT_NE(line(result, "users")
+                  .find(" have it open\n                   end all but one: what "
+                        "they say gets mixed\n"),
+              std::string::npos)
+        << result.output;
+}
+
+TEST_F(Doctor, a_stmctl_at_work_is_named_as_the_holder_of_the_lock)
+{
+    const Result result = in_script(
+        really({"--fault", "silence"}, {"get", "sampletime"}) +
+        " 2>held.err </dev/null & held=$!\n" + "polls 3; " +
+        quoted(on_board({"--transcript", "other"}, {program(), "doctor"})) +
+        "; echo [$?]; kill $held; wait $held; ls other 2>/dev/null | wc -l; wc -l <other\n");
+    EXPECT_NE(result.output.find("\nlock      good     process "), std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("stmctl get sampletime) holds it; --wait waits for it\n"),
+              std::string::npos);
+    EXPECT_NE(result.output.find("\nruns      unknown  not asked: process "), std::string::npos);
+    EXPECT_NE(result.output.find("\n[0]\n"), std::string::npos);
+    EXPECT_TRUE(result.output.ends_with("\n0\n")) << "nothing was sent";
+}
+
+// In namespaces of their own; hidepid=2 takes other users' processes out of /proc altogether.
+TEST_F(Doctor, hidden_processes_leave_it_unknown_who_else_has_the_device_open)
+{
+    const std::string as_nobody = "setpriv --reuid=65534 --regid=65534 --clear-groups ";
+    const std::string hidden = "mount -o remount,hidepid=2 /proc && " + as_nobody;
+    const Words alone = {"unshare", "--mount", "--pid", "--fork", "--mount-proc", "bash", "-c"};
+    const auto run_alone = [&](const std::string &command) {
+        Words words = alone;
+        words.push_back(command);
+        return run(words);
+    };
+    if (run_alone(hidden + "test -x " + program()).status != 0) {
+        GTEST_SKIP() << "namespaces, or another user, are not allowed here";
+    }
+    const Result result = run_alone(
+        "board=$(mktemp -d) && chmod 777 $board && cd $board && " + hidden +
+        quoted({TOOL_VIRTUAL_BOARD, "--count-time", "--board", "board", program(), "doctor"}) +
+        "; status=$?; rm -rf $board; exit $status");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(line(result, "users"),
+              "users     unknown  nobody else that may be seen, but processes are hidden\n"
+              "                   sudo stmctl doctor sees them all\n");
+    EXPECT_EQ(line(result, "runs"), "runs      good     the application\n");
+}
+
+TEST_F(Doctor, gnuplot_is_looked_for_where_plot_looks)
+{
+    const auto with_path = [&](const std::string &folders) {
+        return line(run(on_board({}, {"env", "PATH=" + folders, program(), "doctor"})), "gnuplot");
+    };
+    EXPECT_EQ(with_path("/nowhere"),
+              "gnuplot   good     not installed; only stmctl plot needs it\n");
+    write_file("gnuplot", {});
+    EXPECT_EQ(with_path("/nowhere:" + path("")),
+              "gnuplot   good     not installed; only stmctl plot needs it\n")
+        << "it cannot be run";
+    std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_all);
+    EXPECT_EQ(with_path("/nowhere:" + path(".")), "gnuplot   good     " + path("./gnuplot") + "\n");
+}
+
+TEST_F(Doctor, a_ring_is_good_unless_nobody_can_use_it)
+{
+    const int id = shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, IPC_CREAT | 0666);
+    auto *ring = static_cast<RingBuffer *>(shmat(id, nullptr, 0));
+    const Result foreign = doctor();
+    EXPECT_EQ(foreign.status, 0);
+    EXPECT_EQ(line(foreign, "ring")
+                  .find("ring      good     there; its writer: of another program, "
+                        "if any: process "),
+              0U)
+        << foreign.output;
+    ring->writer_open = 1;
+    expect_bad(doctor(), "1 of 14 bad: ring");
+    ring->writer_open = 0;
+    ring->write_index = 160;
+    const Result damaged = doctor();
+    expect_bad(damaged, "1 of 14 bad: ring");
+    EXPECT_EQ(line(damaged, "ring"),
+              "ring      bad      damaged, see stmctl ring status\n"
+              "                   stmctl ring remove makes way for a new one\n");
+    shmdt(ring);
+    shmctl(id, IPC_RMID, nullptr);
+    const int small = shmget(RINGBUFFER_KEY, 100, IPC_CREAT | 0666);
+    const Result too_small = doctor();
+    expect_bad(too_small, "1 of 14 bad: ring");
+    EXPECT_EQ(
+        line(too_small, "ring").find("ring      bad      too small: 100 bytes instead of 7704"),
+        0U);
+    shmctl(small, IPC_RMID, nullptr);
+}
+
+TEST_F(Doctor, tells_the_same_as_json)
+{
+    const Result result = stmctl({"doctor", "--json"}, {"--fault", "silence"});
+    expect_bad(result, "1 of 14 bad: runs");
+    EXPECT_EQ(result.output.find("{\"overall\":\"bad\",\"checks\":[{\"name\":\"device\",\"state\":"
+                                 "\"good\",\"words\":\"/dev/spidev1.0 is no device node, but "
+                                 "behaves like one: virtual\",\"remedy\":null},"),
+              0U)
+        << result.output;
+    EXPECT_NE(
+        result.output.find("{\"name\":\"runs\",\"state\":\"bad\",\"words\":\"the answer is 0, "
+                           "nothing answers\",\"remedy\":\"has the co-processor power, does "
+                           "it hang? switch it off and on\"},"),
+        std::string::npos);
+    EXPECT_EQ(count(result.output, "\"name\":"), 14U);
+    EXPECT_EQ(says({"doctor", "--json"}).find("{\"overall\":\"good\""), 0U);
+    EXPECT_EQ(
+        says({"doctor", "--json"}, {"--mode", "boot loader"}).find("{\"overall\":\"unknown\""), 0U);
+    EXPECT_EQ(stmctl({"doctor", "--jsn"}).errors,
+              "stmctl: not expected: --jsn; see stmctl doctor --help\n");
+}
+
+} // namespace
