@@ -3,8 +3,11 @@
 
 #include "link/stm_com_funcs.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/ipc.h>
 #include <sys/shm.h>
+#include <unistd.h>
 
 #include <sstream>
 
@@ -252,6 +255,21 @@ TEST_F(Doctor, a_stmctl_at_work_is_named_as_the_holder_of_the_lock)
     EXPECT_NE(result.output.find("\nruns      unknown  not asked: process "), std::string::npos);
     EXPECT_NE(result.output.find("\n[0]\n"), std::string::npos);
     EXPECT_TRUE(result.output.ends_with("\n0\n")) << "nothing was sent";
+}
+
+// Its holder may be hidden from us, as here one that has the device open in order to wait.
+TEST_F(Doctor, nothing_is_sent_while_another_one_holds_the_lock)
+{
+    doctor();
+    const int lock = open(path("board/spidev1.0").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    const Result result = doctor();
+    close(lock);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(line(result, "users"), "users     good     nobody else has it open\n");
+    EXPECT_EQ(line(result, "lock").find("lock      good     process "), 0U) << result.output;
+    EXPECT_NE(line(result, "runs").find(" holds the lock\n"), std::string::npos);
+    EXPECT_EQ(transcript().size(), 0U);
 }
 
 // In namespaces of their own; hidepid=2 takes other users' processes out of /proc altogether.
