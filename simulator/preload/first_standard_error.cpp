@@ -42,9 +42,9 @@ int first_standard_error()
     std::error_code error;
     for (fs::directory_iterator entry("/proc/self/fd", error); entry != fs::directory_iterator();
          entry.increment(error)) {
-        const int descriptor = atoi(entry->path().filename().c_str());
-        if (is_first(descriptor)) {
-            return descriptor;
+        const long descriptor = strtol(entry->path().filename().c_str(), nullptr, 10);
+        if (is_first(static_cast<int>(descriptor))) {
+            return static_cast<int>(descriptor);
         }
     }
     return STDERR_FILENO;
