@@ -167,18 +167,17 @@ std::vector<std::string> anchors_of(const Document &document)
     return anchors;
 }
 
-std::vector<std::string> between(const std::string &line, const std::string &begin,
+std::vector<std::string> between(const Document &document, const std::string &begin,
                                  const std::string &end)
 {
     std::vector<std::string> found;
-    for (size_t at = line.find(begin); at != std::string::npos;) {
-        const size_t from = at + begin.size();
-        const size_t to = line.find(end, from);
-        if (to == std::string::npos) {
-            break;
+    for (const std::string &line : prose_of(document)) {
+        for (size_t at = line.find(begin); at != std::string::npos;) {
+            const size_t from = at + begin.size();
+            const size_t to = std::min(line.find(end, from), line.size());
+            found.push_back(line.substr(from, to - from));
+            at = line.find(begin, std::min(to + end.size(), line.size()));
         }
-        found.push_back(line.substr(from, to - from));
-        at = line.find(begin, to + end.size());
     }
     return found;
 }

@@ -42,6 +42,7 @@ std::vector<std::string> prose_of(const Document &document);
 // The names by which a link reaches the headings: "### The ring's slot" is "the-rings-slot".
 std::vector<std::string> anchors_of(const Document &document);
 
-// What stands between two marks on a line, each time: of "](" and ")" the targets of links.
-std::vector<std::string> between(const std::string &line, const std::string &begin,
+// What stands between two marks on a line of prose, each time: of "](" and ")" the targets of
+// links.
+std::vector<std::string> between(const Document &document, const std::string &begin,
                                  const std::string &end);

@@ -50,6 +50,18 @@ std::string code_around(const std::vector<std::string> &lines, size_t remark)
     return code;
 }
 
+std::vector<std::string> remarks_of(const std::string &file)
+{
+    const std::vector<std::string> lines = read_document(file).lines;
+    std::vector<std::string> codes;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        if (is_remark(lines[i])) {
+            codes.push_back(code_around(lines, i));
+        }
+    }
+    return codes;
+}
+
 // The code around each remark of the module and of update, by the files' names.
 std::map<std::string, std::vector<std::string>> remarks()
 {
@@ -57,11 +69,9 @@ std::map<std::string, std::vector<std::string>> remarks()
     for (const char *folder : FOLDERS) {
         for (const auto &entry : fs::directory_iterator(fs::path(DOCS_ROOT) / folder)) {
             const std::string name = folder + ("/" + entry.path().filename().string());
-            const std::vector<std::string> lines = read_document(name).lines;
-            for (size_t i = 0; i < lines.size(); ++i) {
-                if (is_remark(lines[i])) {
-                    found[name].push_back(code_around(lines, i));
-                }
+            const std::vector<std::string> codes = remarks_of(name);
+            if (!codes.empty()) {
+                found[name] = codes;
             }
         }
     }
