@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace stmctl
 {
@@ -34,6 +35,13 @@ bool is_later(const RingRecord &one, const RingRecord &other)
 {
     const auto step = static_cast<uint32_t>(one.rel_t) - static_cast<uint32_t>(other.rel_t);
     return static_cast<int32_t>(step) > 0;
+}
+
+// Numbers go round, too.
+bool is_next(const RingRecord &one, const RingRecord &other)
+{
+    return is_whole(one) && is_whole(other) &&
+           static_cast<uint32_t>(one.rel_t) - static_cast<uint32_t>(other.rel_t) == 1;
 }
 
 size_t at(int32_t index)
@@ -142,6 +150,8 @@ SlotFollower::Look SlotFollower::accept(int32_t begin, int32_t end)
         ++looks_in_vain_;
         return look;
     }
+    look.restarted =
+        std::exchange(begins_at_start_, false) && !is_next(look.records.front(), known_[SLOTS - 1]);
     for (const RingRecord &record : look.records) {
         known_[at(begin)] = record;
         unsure_ = begin == unsure_ ? NONE : unsure_;
@@ -210,11 +220,33 @@ SlotFollower::Look SlotFollower::start_over()
     return look;
 }
 
+// A writer begins at slot 0: what stands behind its own slots is an earlier one's, unless it has
+// come round; then these rise, and slot 0 goes on where the last of them ends.
+void SlotFollower::leave_out_earlier_writer()
+{
+    Slots slots;
+    const int32_t end = write_index();
+    copy_slots(slots);
+    if (write_index() < end || end == 0) {
+        return; // where slot 0 is filled next, what comes there will tell
+    }
+    bool goes_on = is_next(slots[0], slots[SLOTS - 1]);
+    for (int32_t i = end + 2; i < SLOTS; ++i) {
+        goes_on = goes_on && is_later(slots[at(i)], slots[at(i - 1)]);
+    }
+    if (goes_on) {
+        return;
+    }
+    std::copy(slots.begin() + end, slots.end(), known_.begin() + end);
+}
+
 SlotFollower::Look SlotFollower::everything()
 {
     known_ = {};
+    leave_out_earlier_writer();
     Look look = start_over();
     look.overrun = look.restarted = false;
+    begins_at_start_ = position_ == 0 && !is_empty(known_[SLOTS - 1]);
     return look;
 }
 

@@ -26,7 +26,8 @@ class SlotFollower
 
     explicit SlotFollower(const RingView &view);
 
-    Look everything(); // what the ring holds; then the position is behind it
+    // What the ring holds, without what an earlier writer has left; then the position is behind it.
+    Look everything();
     Look look();
 
   private:
@@ -41,13 +42,15 @@ class SlotFollower
     Look accept(int32_t begin, int32_t end);
     std::vector<RingRecord> rest_of_writer() const;
     Look follow_restart(int32_t end);
+    void leave_out_earlier_writer();
     Look start_over();
 
     const RingView &view_;
     Slots known_ = {}; // what the slots held when they were looked at last
     int32_t position_ = 0;
-    int32_t unsure_ = 0;    // the slot that was being written when we learned it
-    int looks_in_vain_ = 0; // in a row, although the index announced something
+    int32_t unsure_ = 0;           // the slot that was being written when we learned it
+    bool begins_at_start_ = false; // nothing taken since everything, slot 0 is filled next
+    int looks_in_vain_ = 0;        // in a row, although the index announced something
 };
 
 } // namespace stmctl

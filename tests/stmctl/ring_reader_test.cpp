@@ -34,6 +34,72 @@ TEST_F(Reader, everything_is_all_but_the_slot_that_is_filled_next)
     EXPECT_EQ(seen(reader.look()), (Seen{range(401, 402)}));
 }
 
+TEST_F(Reader, everything_is_without_what_an_earlier_writer_has_left)
+{
+    for (const int32_t again : {1, 200, 5000}) { // the board may have begun anew, or gone on
+        ring() = {};
+        put(401, 800);
+        begin_anew();
+        put(again, again + 29);
+        const RingView view(segment());
+        SlotFollower reader(view);
+        EXPECT_EQ(seen(reader.everything()), (Seen{range(again, again + 29)})) << again;
+        put(again + 30, again + 200);
+        EXPECT_EQ(seen(SlotFollower(view).everything()), (Seen{range(again + 42, again + 200)}));
+    }
+}
+
+TEST_F(Reader, everything_is_without_what_several_earlier_writers_have_left)
+{
+    put(1, 160);
+    begin_anew();
+    put(1001, 1100);
+    begin_anew();
+    put(161, 165); // as if it went on where the first one ended
+    const RingView view(segment());
+    EXPECT_EQ(seen(SlotFollower(view).everything()), (Seen{range(161, 165)}));
+}
+
+TEST_F(Reader, everything_of_a_board_that_began_anew_under_one_writer_is_all)
+{
+    put(1, 250);
+    put(1, 20); // from slot 90 on
+    const RingView view(segment());
+    EXPECT_EQ(seen(SlotFollower(view).everything()), (Seen{range(112, 250) + range(1, 20)}));
+}
+
+TEST_F(Reader, a_writer_that_has_put_nothing_yet_is_known_by_its_first_record)
+{
+    put(1, 400);
+    begin_anew();
+    const RingView view(segment());
+    SlotFollower reader(view);
+    EXPECT_EQ(seen(reader.everything()).numbers.size(), 159U);
+    put(1, 3);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(1, 3), false, true}));
+    put(4, 5);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(4, 5)}));
+}
+
+TEST_F(Reader, a_writer_that_has_just_come_round_goes_on)
+{
+    put(1, 320);
+    const RingView view(segment());
+    SlotFollower reader(view);
+    EXPECT_EQ(seen(reader.everything()), (Seen{range(162, 320)}));
+    put(321, 323);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(321, 323)}));
+}
+
+TEST_F(Reader, the_first_record_of_a_new_ring_is_no_new_writer)
+{
+    const RingView view(segment());
+    SlotFollower reader(view);
+    reader.everything();
+    put(7, 9);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(7, 9)}));
+}
+
 TEST_F(Reader, bursts_up_to_the_whole_ring_but_one_are_delivered_from_every_position)
 {
     const RingView view(segment());
