@@ -2,16 +2,12 @@
 #include "stmctl/stream/run.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
+#include "stmctl/command_line/durations.hpp"
 #include "stmctl/command_line/numbers.hpp"
 #include "stmctl/output/output.hpp"
-#include "stmctl/process/failure.hpp"
 #include "stmctl/process/stop.hpp"
 
-#include <fmt/format.h>
-
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <utility>
 
 namespace stmctl
@@ -23,22 +19,9 @@ namespace
 {
 
 // Empty words are none that were given.
-std::optional<std::chrono::milliseconds> parse_seconds(const std::string &words, const char *option)
+std::optional<std::chrono::milliseconds> time_if_given(const std::string &words, const char *option)
 {
-    constexpr double MOST = 1e9;
-    if (words.empty()) {
-        return {};
-    }
-    double seconds = 0;
-    const char *end = words.data() + words.size();
-    const auto [stop, error] =
-        std::from_chars(words.data(), end, seconds, std::chars_format::fixed);
-    if (error != std::errc() || stop != end || !(seconds > 0) || !(seconds <= MOST)) {
-        throw Failure(
-            ExitStatus::usage,
-            fmt::format("{}: seconds above 0, at most 1000000000, not '{}'", option, words));
-    }
-    return std::chrono::milliseconds(std::llround(std::ceil(seconds * 1000)));
+    return words.empty() ? std::nullopt : std::optional(parse_duration(words, option));
 }
 
 } // namespace
@@ -54,12 +37,12 @@ std::optional<uint32_t> RunOptions::wanted() const
 
 std::optional<std::chrono::milliseconds> RunOptions::time() const
 {
-    return parse_seconds(duration, "--duration");
+    return time_if_given(duration, "--duration");
 }
 
 std::optional<std::chrono::milliseconds> RunOptions::silence_given() const
 {
-    return parse_seconds(silence, "--silence");
+    return time_if_given(silence, "--silence");
 }
 
 void add_run_limits(CLI::App &command, RunOptions &options, const char *counted)
@@ -70,7 +53,8 @@ void add_run_limits(CLI::App &command, RunOptions &options, const char *counted)
 
 void add_duration(CLI::App &command, RunOptions &options)
 {
-    add_option(command, "--duration", "SECONDS", options.duration, "end after so many seconds");
+    add_option(command, "--duration", "TIME", options.duration,
+               "end after so long: 90, 90s, 5m, 1.5h, 500ms");
 }
 
 void add_keep_going(CLI::App &command, RunOptions &options)
@@ -81,7 +65,7 @@ void add_keep_going(CLI::App &command, RunOptions &options)
 
 void add_judgement(CLI::App &command, RunOptions &options, const char *silence_default)
 {
-    add_option(command, "--silence", "SECONDS", options.silence, silence_default);
+    add_option(command, "--silence", "TIME", options.silence, silence_default);
     add_flag(command, "--fail-on-loss", options.fail_on_loss,
              "status 1 if any record is lost, rejected or overflowing, or after a silence");
     add_option(command, "--summary", "FILE", options.summary,

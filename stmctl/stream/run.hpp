@@ -19,7 +19,7 @@ namespace stmctl
 
 struct RunOptions {
     std::string count;    // empty: not given
-    std::string duration; // in seconds; empty: not given
+    std::string duration; // empty: not given
     std::string silence;  // likewise
     std::string summary;  // a file
     bool keep_going = false;

@@ -56,17 +56,20 @@ class Judgement : public RingBench
 
 TEST_F(Judgement, words_that_are_no_seconds_of_silence_are_refused)
 {
-    const std::string rest = ": seconds above 0, at most 1000000000, not '";
+    const std::string rest =
+        ": a time as 90, 90s, 5m, 1.5h or 500ms, above 0, at most 1000000000 s, not '";
     for (const Words &command : {Words{"follow"}, Words{"records"}, Words{"watch"},
                                  Words{"ring", "write"}, Words{"ring", "read"}}) {
         for (const std::string words :
-             {"0", "-1", "0.0", "x", "1s", " 1", "1e3", "nan", "inf", "1000000000.1"}) {
+             {"0", "-1", "0.0", "x", " 1", "1e3", "nan", "inf", "1000000000.1", "0s", "-1m", "5 m",
+              "1d", "1hh", "1M", "s", "277777.8h", "1000000000001ms"}) {
             expect_failure(judged(command, {}, {"--silence", words}), 2,
                            "--silence" + rest + words + "'");
             expect_untouched();
         }
     }
-    for (const std::string words : {"0.001", "0.0001", "1000000000", ".5", "3."}) {
+    for (const std::string words : {"0.001", "0.0001", "1000000000", ".5", "3.", "0.1ms", "90s",
+                                    "5m", "1.5h", "500ms", "277777.7h"}) {
         EXPECT_EQ(stmctl({"records", "--silence", words}).status, 0) << words;
     }
     for (const std::string command : {"adc", "raw"}) {

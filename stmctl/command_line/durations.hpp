@@ -1,0 +1,15 @@
+// Times as users type them: "90", "90s", "5m", "2h", "500ms", "1.5h".
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+namespace stmctl
+{
+
+// Throws a Failure that names the forms: "--duration: a time as 90, ..., not 'soon'". What is less
+// than a millisecond counts as one.
+std::chrono::milliseconds parse_duration(const std::string &text, std::string_view what);
+
+} // namespace stmctl
