@@ -54,7 +54,7 @@ constexpr HelpTopic TOPICS[] = {
                "is bad, and in 0 where nothing is, even if something is unknown.\n"},
     {"losses", "Records are lost where rel_t has a gap, rejected where their checksum is\n"
                "wrong, overflowing where more than 190 wait behind them in the co-processor.\n"
-               "A silence is a time in which nothing came: --silence SECONDS, or, unless\n"
+               "A silence is a time in which nothing came: --silence TIME, or, unless\n"
                "that is given, two time-outs in a row (a second) in a stream of more than\n"
                "four records a second, else 10 seconds, with --keep-going and for ring write\n"
                "2.\n"
@@ -67,6 +67,8 @@ constexpr HelpTopic TOPICS[] = {
                "for that would break its dialogue.\n"
                "\n"
                "All of it is counted and said at the end, with --summary FILE also as JSON.\n"
+               "With --quiet the end of a run that is done says nothing: --fail-on-loss and\n"
+               "--summary tell of losses then.\n"
                "The exit status with losses:\n"
                "    0  whatever was lost, overflowed or silent on the way, and with\n"
                "       --keep-going what was rejected; with --fail-on-loss: the log is whole\n"
@@ -75,7 +77,9 @@ constexpr HelpTopic TOPICS[] = {
                "       --fail-on-loss: something was lost, rejected or overflowing, rel_t went\n"
                "       back, or there was a silence\n"
                "    3  a limited run was ended by its user\n"
-               "A ring read whose writer has ended as it should does not end in a silence.\n"},
+               "A ring read whose writer has ended as it should does not end in a silence.\n"
+               "Behind --from-oldest, what an earlier writer has left in the ring is no loss:\n"
+               "it is left out.\n"},
     {"stop", "A command that runs is ended by the line \"s\" on standard input or by Ctrl-C.\n"
              "What was begun is brought to a clean end, and what was read until then is\n"
              "shown whole. A second Ctrl-C ends stmctl at once.\n"

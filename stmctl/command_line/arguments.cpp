@@ -3,6 +3,7 @@
 
 #include "stmctl/command_line/nearest.hpp"
 #include "stmctl/output/output.hpp"
+#include "stmctl/process/failure.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -44,6 +45,14 @@ void make_offer(CLI::Option &option, const Offer &offer)
 std::string is_given(const std::string &word)
 {
     return word.empty() ? "nothing is given" : "";
+}
+
+void choose(Detail wanted)
+{
+    if (detail() != Detail::usual && detail() != wanted) {
+        throw Failure(ExitStatus::usage, "--quiet and --verbose exclude each other");
+    }
+    set_detail(wanted);
 }
 
 } // namespace
@@ -97,12 +106,10 @@ void add_operands(CLI::App &command, const char *name, Presence presence,
 
 void add_detail(CLI::App &command)
 {
-    CLI::Option *quiet = command.add_flag_callback(
-        "-q,--quiet", [] { set_detail(Detail::quiet); }, "no progress and no summary");
-    command
-        .add_flag_callback(
-            "-v,--verbose", [] { set_detail(Detail::verbose); }, "say more of what is done")
-        ->excludes(quiet);
+    command.add_flag_callback(
+        "-q,--quiet", [] { choose(Detail::quiet); }, "no progress and no summary");
+    command.add_flag_callback(
+        "-v,--verbose", [] { choose(Detail::verbose); }, "say more of what is done");
 }
 
 void add_offer(const CLI::Option &flag, const Offer &offer)

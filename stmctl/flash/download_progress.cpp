@@ -2,20 +2,31 @@
 #include "stmctl/flash/download_progress.hpp"
 
 #include "stmctl/output/counted.hpp"
+#include "stmctl/output/live_fields.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/output/terminal.hpp"
 
 #include <fmt/format.h>
 
-#include <unistd.h>
-
 #include <algorithm>
+#include <climits>
+#include <vector>
 
 namespace stmctl
 {
 
+namespace
+{
+
+std::string share_words(const DownloadSteps &steps)
+{
+    return fmt::format("{} of {}", steps.acknowledged(), counted(steps.size(), "byte", "bytes"));
+}
+
+} // namespace
+
 DownloadProgress::DownloadProgress()
-    : begin_(std::chrono::steady_clock::now()), on_terminal_(is_terminal(STDOUT_FILENO))
+    : begin_(std::chrono::steady_clock::now()), on_terminal_(is_on_terminal(Screen::errors))
 {
 }
 
@@ -26,6 +37,9 @@ double DownloadProgress::seconds() const
 
 void DownloadProgress::show(const DownloadSteps &steps)
 {
+    if (detail() == Detail::quiet) {
+        return;
+    }
     if (on_terminal_) {
         show_bar(steps);
     } else {
@@ -35,19 +49,23 @@ void DownloadProgress::show(const DownloadSteps &steps)
 
 void DownloadProgress::show_bar(const DownloadSteps &steps) const
 {
-    const double done = steps.acknowledged();
-    const double all = steps.size();
-    const double left = done > 0 ? seconds() * (all - done) / done : 0;
-    std::string behind =
-        fmt::format("  {} of {}", steps.acknowledged(), counted(steps.size(), "byte", "bytes"));
-    if (done > 0) {
-        behind += fmt::format("  {}  {} left", rate_words(steps.acknowledged(), seconds()),
-                              clock_words(left));
-    }
     constexpr int LEAST = 20;
     constexpr int MOST = 50;
-    const int columns = terminal_width() - 1 - static_cast<int>(behind.size());
-    show_live_line(progress_bar(done / all, std::clamp(columns, LEAST, MOST)) + behind);
+    const double done = steps.acknowledged();
+    const double all = steps.size();
+    std::vector<LiveField> fields = {
+        {1, progress_bar(done / all, LEAST)},
+        {4, share_words(steps)},
+    };
+    if (done > 0) {
+        fields.push_back({3, rate_words(steps.acknowledged(), seconds())});
+        fields.push_back({2, clock_words(seconds() * (all - done) / done) + " left"});
+    }
+    const int columns = width_of(Screen::errors);
+    const auto behind = fitted_line(fields, INT_MAX).size() - fields[0].words.size();
+    const int left = columns - static_cast<int>(behind);
+    fields[0].words = progress_bar(done / all, std::clamp(left, LEAST, MOST));
+    show_live_line(Screen::errors, fitted_line(fields, columns));
 }
 
 void DownloadProgress::show_tenths(const DownloadSteps &steps)
@@ -55,9 +73,28 @@ void DownloadProgress::show_tenths(const DownloadSteps &steps)
     const uint64_t tenths = uint64_t{steps.acknowledged()} * 10 / steps.size();
     if (tenths > shown_tenths_) {
         shown_tenths_ = static_cast<uint32_t>(tenths);
-        print(fmt::format("{:3} %  {} of {}\n", tenths * 10, steps.acknowledged(),
-                          counted(steps.size(), "byte", "bytes")));
-        flush_output();
+        pass_on(fmt::format("{:3} %  {}\n", tenths * 10, share_words(steps)));
+    }
+}
+
+void DownloadProgress::tell(const Heard &heard) const
+{
+    if (detail() != Detail::verbose) {
+        return;
+    }
+    const std::string time = fmt::format("flash: after {:.3f} s", seconds());
+    switch (heard.event) {
+    case Event::image_begun:
+        say(time + " the boot loader has taken the command");
+        break;
+    case Event::block_sent:
+        say(fmt::format("{} block {} is sent, all before it is acknowledged", time, heard.number));
+        break;
+    case Event::image_ended:
+        say(fmt::format("{} all {} bytes are acknowledged", time, heard.number));
+        break;
+    default:
+        break;
     }
 }
 

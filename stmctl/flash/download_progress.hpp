@@ -1,4 +1,5 @@
-// Shows how far a download is: a bar on a terminal, a line for each tenth otherwise.
+// Shows how far a download is, on standard error: a bar on a terminal, a line for each tenth
+// otherwise, and nothing if quiet.
 #pragma once
 
 #include "stmctl/flash/download_steps.hpp"
@@ -14,6 +15,9 @@ class DownloadProgress
     DownloadProgress();
 
     void show(const DownloadSteps &steps);
+
+    // Says which step is done, if much is to be said.
+    void tell(const Heard &heard) const;
 
     // Leaves the bar standing, so that something can be said below it.
     void end();

@@ -137,6 +137,7 @@ Download download(ImageFile &image, const Region &region)
             return 0;
         },
         [&](const char *text, int) {
+            progress.tell(hear(text));
             if (steps.take(text)) {
                 progress.show(steps);
             }
@@ -238,6 +239,7 @@ Action declare_flash(CLI::App &command)
     add_option(command, "--retries", "N", options->retries,
                "try so many times again after a failure");
     add_device_options(command, options->device);
+    add_detail(command);
     return [options] { return flash(*options); };
 }
 

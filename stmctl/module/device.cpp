@@ -14,10 +14,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 namespace stmctl
 {
+
+using std::chrono::steady_clock;
 
 namespace
 {
@@ -32,6 +35,15 @@ const Report *failure_of_opening(const Outcome &outcome)
         say(fmt::format("{}; going on with the device's own", report.sentence()));
     }
     return nullptr;
+}
+
+void tell_of_opening(steady_clock::duration to_lock, steady_clock::duration to_open)
+{
+    using Seconds = std::chrono::duration<double>;
+    if (detail() == Detail::verbose) {
+        say(fmt::format("{}: locked after {:.3f} s, opened and synchronised in {:.3f} s", DEVICE,
+                        Seconds(to_lock).count(), Seconds(to_open).count()));
+    }
 }
 
 } // namespace
@@ -90,10 +102,13 @@ Device::Device(const DeviceOptions &options) : lock_(open_to_lock())
                                   remedy_of_opening(error)));
     }
     try {
+        const auto begin = steady_clock::now();
         lock_device(lock_, DEVICE, options.wait);
         tell_odd_mode(lock_);
+        const auto locked = steady_clock::now();
         const Outcome outcome = open_link();
         open_ = true;
+        tell_of_opening(locked - begin, steady_clock::now() - locked);
         if (const Report *failure = failure_of_opening(outcome)) {
             throw Failure(ExitStatus::failed, failure->sentence());
         }
@@ -135,13 +150,16 @@ bool Device::await_return(const Pause &pause)
 // A device that goes away again while it is opened is waited for once more.
 bool Device::reopen(const Pause &pause)
 {
+    const auto begin = steady_clock::now();
     lock_ = open_to_lock();
     if (lock_ < 0 || !wait_for_lock(lock_, DEVICE, pause)) {
         close();
         return false;
     }
+    const auto locked = steady_clock::now();
     const Outcome outcome = open_link();
     open_ = true;
+    tell_of_opening(locked - begin, steady_clock::now() - locked);
     if (is_device_gone(outcome.failures)) {
         close();
         return false;

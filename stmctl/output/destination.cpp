@@ -3,6 +3,7 @@
 
 #include "stmctl/output/old_content.hpp"
 #include "stmctl/output/output.hpp"
+#include "stmctl/output/terminal.hpp"
 #include "stmctl/process/failure.hpp"
 
 #include <fmt/format.h>
@@ -160,6 +161,20 @@ void Destination::finish()
     if (file_.error() != 0) {
         fail(file_.error());
     }
+}
+
+bool Destination::is_out_of_sight() const
+{
+    return is_output_ ? size().has_value() : !is_terminal(file_.descriptor());
+}
+
+std::optional<uint64_t> Destination::size() const
+{
+    struct stat status = {};
+    if (fstat(descriptor(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return {};
+    }
+    return static_cast<uint64_t>(status.st_size);
 }
 
 int Destination::descriptor() const

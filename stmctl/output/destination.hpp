@@ -6,6 +6,8 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -38,6 +40,10 @@ class Destination
 
     // What both write would stand in the same file or pipe.
     bool mixes_with(const Destination &other) const;
+
+    // It is a file, and no terminal: whoever looks on sees nothing of it.
+    bool is_out_of_sight() const;
+    std::optional<uint64_t> size() const; // of a regular file, as far as it is written
 
   private:
     void check_beginning() const;

@@ -26,6 +26,7 @@ constinit BufferedWriter results(STDOUT_FILENO);
 Detail chosen_detail = Detail::usual;
 
 volatile sig_atomic_t shown_columns = 0; // of the live line
+volatile sig_atomic_t shown_on_errors = 0;
 
 bool is_read_by_line()
 {
@@ -45,13 +46,31 @@ void occupy(int descriptor, int flags)
     }
 }
 
-void clear_live_line()
+int descriptor_of(Screen screen)
 {
-    if (shown_columns > 0) {
-        print(fmt::format("\r{:{}}\r", "", static_cast<int>(shown_columns)));
-        flush_output();
-        shown_columns = 0;
+    return screen == Screen::output ? STDOUT_FILENO : error_descriptor();
+}
+
+Screen live_screen()
+{
+    return shown_on_errors != 0 ? Screen::errors : Screen::output;
+}
+
+void write_errors(std::string_view text)
+{
+    if (!text.empty() && write(error_descriptor(), text.data(), text.size()) < 0) {
+        // There is nobody left to tell.
     }
+}
+
+void draw(Screen screen, std::string_view text)
+{
+    if (screen == Screen::errors) {
+        write_errors(text);
+        return;
+    }
+    print(text);
+    flush_output();
 }
 
 } // namespace
@@ -84,14 +103,23 @@ ExitStatus status_of_failed_output()
     return reader_has_left() ? ExitStatus::done : ExitStatus::failed;
 }
 
-void show_live_line(std::string_view line)
+bool is_on_terminal(Screen screen)
 {
-    // The last column stays free: some terminals begin a new line behind it.
-    const auto most = static_cast<size_t>(std::max(terminal_width() - 1, 1));
-    line = line.substr(0, most);
+    return is_terminal(descriptor_of(screen));
+}
+
+// The last column stays free: some terminals begin a new line behind it.
+int width_of(Screen screen)
+{
+    return std::max(terminal_width(descriptor_of(screen)) - 1, 1);
+}
+
+void show_live_line(Screen screen, std::string_view line)
+{
+    line = line.substr(0, static_cast<size_t>(width_of(screen)));
     const int columns = static_cast<int>(line.size());
-    print(fmt::format("\r{}{:{}}", line, "", std::max(shown_columns - columns, 0)));
-    flush_output();
+    shown_on_errors = screen == Screen::errors ? 1 : 0;
+    draw(screen, fmt::format("\r{}{:{}}", line, "", std::max(shown_columns - columns, 0)));
     shown_columns = columns;
 }
 
@@ -99,18 +127,23 @@ void leave_live_line()
 {
     if (shown_columns > 0) {
         shown_columns = 0;
-        if (write(STDOUT_FILENO, "\n", 1) < 0) {
+        if (write(descriptor_of(live_screen()), "\n", 1) < 0) {
             // There is nobody left to show it to.
         }
     }
 }
 
+void remove_live_line()
+{
+    if (shown_columns > 0) {
+        draw(live_screen(), fmt::format("\r{:{}}\r", "", static_cast<int>(shown_columns)));
+        shown_columns = 0;
+    }
+}
+
 void say(std::string_view sentence)
 {
-    clear_live_line();
-    flush_output(); // on a terminal both are read in the order of their writing
-    const std::string line = fmt::format("stmctl: {}\n", sentence);
-    pass_on(line);
+    pass_on(fmt::format("stmctl: {}\n", sentence));
 }
 
 void set_detail(Detail detail)
@@ -139,9 +172,12 @@ void say_more(std::string_view sentence)
 
 void pass_on(std::string_view text)
 {
-    if (!text.empty() && write(error_descriptor(), text.data(), text.size()) < 0) {
-        // There is nobody left to tell.
+    if (text.empty()) {
+        return;
     }
+    remove_live_line();
+    flush_output(); // on a terminal both are read in the order of their writing
+    write_errors(text);
 }
 
 ExitStatus finish_output(ExitStatus status)

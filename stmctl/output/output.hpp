@@ -18,10 +18,17 @@ bool output_failed();
 bool reader_has_left();               // of a pipe; nobody wants to hear more
 ExitStatus status_of_failed_output(); // done if its reader went away
 
+// Where a live line is shown: where results go if it is one, else where remarks go, also while
+// standard error is captured.
+enum class Screen { output, errors };
+bool is_on_terminal(Screen screen);
+int width_of(Screen screen); // in columns that a line may fill
+
 // On a terminal: a line that refreshes itself, cut to the terminal's width. It is taken away in
-// front of a remark, and may be left standing, which a signal handler may do, too.
-void show_live_line(std::string_view line);
+// front of a remark, and at the end; or it is left standing, which a signal handler may do, too.
+void show_live_line(Screen screen, std::string_view line);
 void leave_live_line();
+void remove_live_line();
 
 // Remarks and failures, as "stmctl: SENTENCE" to standard error, also while that is captured.
 void say(std::string_view sentence);

@@ -17,11 +17,11 @@ bool is_terminal(int descriptor)
     return isatty(descriptor) != 0;
 }
 
-int terminal_width()
+int terminal_width(int descriptor)
 {
     constexpr int USUAL = 80;
     winsize size = {};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : USUAL;
+    return ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : USUAL;
 }
 
 std::string progress_bar(double share, int columns)

@@ -8,8 +8,8 @@ namespace stmctl
 
 bool is_terminal(int descriptor);
 
-// Columns of the terminal on standard output; 80 where that is none.
-int terminal_width();
+// Columns of a terminal; 80 where that is none.
+int terminal_width(int descriptor = 1);
 
 // "[#####.....]  50 %" of so many columns in all.
 std::string progress_bar(double share, int columns);

@@ -9,6 +9,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -21,12 +22,12 @@ namespace
 
 // The module ends the process when it cannot open or attach: its reason must not be lost, and an
 // object is not destroyed then.
-Capture *current = nullptr;
+std::atomic<Capture *> current = nullptr; // for signal handlers, too
 
 void pass_on_at_exit()
 {
-    if (current != nullptr) {
-        current->~Capture();
+    if (Capture *capture = current) {
+        capture->~Capture();
     }
 }
 
@@ -75,7 +76,8 @@ std::string Capture::take()
 
 int error_descriptor()
 {
-    return current == nullptr ? STDERR_FILENO : current->real_errors();
+    const Capture *capture = current;
+    return capture == nullptr ? STDERR_FILENO : capture->real_errors();
 }
 
 } // namespace stmctl

@@ -1,10 +1,12 @@
 // What adc and raw have in common: frames, read one after another.
 #include "stmctl/records/frames.hpp"
 
+#include "stmctl/command_line/arguments.hpp"
 #include "stmctl/module/device.hpp"
 #include "stmctl/module/diagnosis.hpp"
 #include "stmctl/output/destination.hpp"
 #include "stmctl/output/output.hpp"
+#include "stmctl/stream/live_line.hpp"
 #include "stmctl/stream/repetition.hpp"
 #include "stmctl/stream/verdict.hpp"
 
@@ -136,15 +138,23 @@ std::string cause_of(const RecordTally &tally, const Device &device)
     return tally.records == 0 && tally.timeouts > 0 && !told ? "; " + diagnose(device).words : "";
 }
 
-void say_summary(const FrameKind &kind, const RecordTally &tally, std::optional<uint32_t> wanted,
-                 const Device &device)
+std::string summary_of(const FrameKind &kind, const RecordTally &tally,
+                       std::optional<uint32_t> wanted, const Device &device)
 {
     const std::string of = wanted ? fmt::format("{} of ", tally.records) : "";
-    say(fmt::format("{}: {}{}, {} rejected, {} not ready in time, {}{}", kind.name, of,
-                    counted(wanted ? *wanted : tally.records, "frame", "frames"), tally.rejected,
-                    tally.timeouts,
-                    counted(tally.failures, "failing exchange", "failing exchanges"),
-                    cause_of(tally, device)));
+    return fmt::format("{}: {}{}, {} rejected, {} not ready in time, {}{}", kind.name, of,
+                       counted(wanted ? *wanted : tally.records, "frame", "frames"), tally.rejected,
+                       tally.timeouts,
+                       counted(tally.failures, "failing exchange", "failing exchanges"),
+                       cause_of(tally, device));
+}
+
+ExitStatus judge(const Options &options, const RecordTally &tally, bool missing, Ending ending)
+{
+    if (ending == Ending::stopped) {
+        return ExitStatus::stopped;
+    }
+    return missing ? ExitStatus::failed : status_of(ending, options.run, tally);
 }
 
 ExitStatus read(const FrameKind &kind, const Options &options)
@@ -161,7 +171,9 @@ ExitStatus read(const FrameKind &kind, const Options &options)
                             beginning_of_frames(kind, options.format, several));
     Device device(options.device);
     destination.begin();
-    Run run(time, [&](Run::Time) {
+    LiveLine line(kind.name, tally, &destination, FRAMES);
+    Run run(time, [&](Run::Time now) {
+        line.tick(now);
         if (destination.failed()) {
             run.finish();
         }
@@ -175,17 +187,15 @@ ExitStatus read(const FrameKind &kind, const Options &options)
         return status_of_failed_output();
     }
     const bool missing = wanted && tally.records < *wanted;
+    const ExitStatus status = judge(options, tally, missing, ending);
     if (!tally.is_flawless() || ending != Ending::done || missing || destination.failed()) {
-        say_summary(kind, tally, wanted, device);
+        sum_up(summary_of(kind, tally, wanted, device), status);
     }
     destination.finish();
     if (output_failed()) {
         return status_of_failed_output(); // the end of every run tells why
     }
-    if (ending == Ending::stopped) {
-        return ExitStatus::stopped;
-    }
-    return missing ? ExitStatus::failed : status_of(ending, options.run, tally);
+    return status;
 }
 
 } // namespace
@@ -197,6 +207,7 @@ Action declare_frames(CLI::App &command, const FrameKind &kind)
     add_format_options(command, options->format, {"text", "csv", "hex", "jsonl"});
     add_keep_going(command, options->run);
     add_device_options(command, options->device);
+    add_detail(command);
     return [options, &kind] { return read(kind, *options); };
 }
 

@@ -7,6 +7,7 @@
 #include "stmctl/process/failure.hpp"
 #include "stmctl/record/record_writer.hpp"
 #include "stmctl/records/variants.hpp"
+#include "stmctl/stream/live_line.hpp"
 #include "stmctl/stream/record_stream.hpp"
 #include "stmctl/stream/repetition.hpp"
 #include "stmctl/stream/verdict.hpp"
@@ -35,12 +36,12 @@ Outcome ask(const Variant &variant, bool live, uint32_t count, int mode, const S
         sink, [&run] { return run.ask(); });
 }
 
-void say_summary(const char *name, const RecordTally &tally, std::optional<uint32_t> wanted,
-                 Ending ending)
+std::string summary_of(const char *name, const RecordTally &tally, std::optional<uint32_t> wanted,
+                       Ending ending)
 {
     const bool early = ending == Ending::stopped && wanted;
-    say(fmt::format("{}: {}{}", name, tally.summary(wanted),
-                    early ? "; stopped before all had come" : ""));
+    return fmt::format("{}: {}{}", name, tally.summary(wanted),
+                       early ? "; stopped before all had come" : "");
 }
 
 ExitStatus judge(const ReadoutOptions &options, const RecordTally &tally,
@@ -94,10 +95,12 @@ ExitStatus read_records(const char *name, const ReadoutOptions &options, bool li
     RecordWriter writer(format, options.format.timestamps, columns_of(variant.kind), destination,
                         form);
     RegularFlush flush(destination);
+    LiveLine line(name, tally, &destination);
     RecordStream *watched = nullptr;
     Run run(time, [&](Run::Time now) {
         flush(now);
         watched->look(now);
+        line.tick(now);
         if (destination.failed()) {
             run.finish();
         }
@@ -115,15 +118,16 @@ ExitStatus read_records(const char *name, const ReadoutOptions &options, bool li
     if (reader_has_left()) {
         return status_of_failed_output();
     }
+    const ExitStatus status = judge(options, tally, wanted, ending);
     if (live || !tally.is_flawless() || ending != Ending::done || destination.failed()) {
-        say_summary(name, tally, wanted, ending);
+        sum_up(summary_of(name, tally, wanted, ending), status);
     }
     destination.finish();
     summary.finish();
     if (output_failed()) {
         return status_of_failed_output(); // the end of every run tells why
     }
-    return judge(options, tally, wanted, ending);
+    return status;
 }
 
 std::shared_ptr<ReadoutOptions> declare_readout(CLI::App &command, const char *counted)
@@ -136,6 +140,7 @@ std::shared_ptr<ReadoutOptions> declare_readout(CLI::App &command, const char *c
     add_keep_going(command, options->run);
     add_judgement(command, options->run, SILENCE_HELP);
     add_device_options(command, options->device);
+    add_detail(command);
     return options;
 }
 

@@ -1,40 +1,34 @@
 // Shows how a stream of records goes.
 #include "stmctl/records/stream_watch.hpp"
 
+#include "stmctl/output/live_fields.hpp"
 #include "stmctl/output/output.hpp"
-#include "stmctl/output/terminal.hpp"
 
 #include <fmt/format.h>
 
-#include <unistd.h>
+#include <climits>
 
 namespace stmctl
 {
 
-using std::chrono::steady_clock;
-
 namespace
 {
 
-double seconds(steady_clock::duration time)
-{
-    return std::chrono::duration<double>(time).count();
-}
+constexpr std::chrono::milliseconds ON_TERMINAL(250);
+constexpr std::chrono::milliseconds ELSEWHERE(1000);
 
 } // namespace
 
 StreamWatch::StreamWatch(RecordTally &tally)
-    : tally_(tally), on_terminal_(is_terminal(STDOUT_FILENO)), start_(steady_clock::now()),
-      last_line_(start_)
+    : tally_(tally), on_terminal_(is_on_terminal(Screen::output)),
+      pace_(on_terminal_ ? ON_TERMINAL : ELSEWHERE, std::chrono::steady_clock::now())
 {
 }
 
 void StreamWatch::tick(Time now)
 {
-    constexpr std::chrono::milliseconds ON_TERMINAL(250);
-    constexpr std::chrono::milliseconds ELSEWHERE(1000);
     show_events();
-    if (now - last_line_ >= (on_terminal_ ? ON_TERMINAL : ELSEWHERE)) {
+    if (pace_.is_due(now)) {
         show_line(now);
     }
 }
@@ -75,30 +69,34 @@ void StreamWatch::show_event(const std::string &event) const
 
 void StreamWatch::show_line(Time now)
 {
-    const double rate =
-        static_cast<double>(tally_.records - shown_.records) / seconds(now - last_line_);
-    const std::string line = fmt::format(
-        "{}  {} records  {:.0f}/s  lost {}  rejected {}  overflowing {}  fill {} of 255",
-        clock_words(seconds(now - start_)), tally_.records, rate, tally_.lost, tally_.rejected,
-        tally_.overflowing, tally_.fullest);
     if (on_terminal_) {
-        show_live_line(line);
+        show_live_line(Screen::output, line(now, width_of(Screen::output)));
     } else {
-        print(line + '\n');
+        print(line(now, INT_MAX) + '\n');
         flush_output();
     }
-    last_line_ = now;
-    shown_ = tally_;
     tally_.fullest = 0;
+}
+
+std::string StreamWatch::line(Time now, int columns)
+{
+    const LiveField fields[] = {
+        {5, pace_.elapsed(now)},
+        {4, fmt::format("{} records", tally_.records), fmt::format("{} rec", tally_.records)},
+        {2, pace_.take(tally_.records, now)},
+        {1, fmt::format("lost {}", tally_.lost)},
+        {3, fmt::format("rejected {}", tally_.rejected), fmt::format("rej {}", tally_.rejected)},
+        {6, fmt::format("overflowing {}", tally_.overflowing),
+         fmt::format("over {}", tally_.overflowing)},
+        {7, fmt::format("fill {} of 255", tally_.fullest), fmt::format("fill {}", tally_.fullest)},
+    };
+    return fitted_line(fields, columns);
 }
 
 void StreamWatch::finish()
 {
     show_events();
     leave_live_line();
-    if (!reader_has_left()) {
-        say(fmt::format("watch: {}", tally_.summary({})));
-    }
 }
 
 } // namespace stmctl

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "stmctl/record/record_tally.hpp"
+#include "stmctl/stream/pace.hpp"
 
 #include <chrono>
 #include <string>
@@ -24,14 +25,13 @@ class StreamWatch
     void show_events();
     void show_event(const std::string &event) const;
     void show_line(Time now);
+    std::string line(Time now, int columns);
 
     RecordTally &tally_;
     RecordTally seen_;      // at the last look for events
-    RecordTally shown_;     // in the last line
     bool overflow_ = false; // goes on
     bool on_terminal_;
-    Time start_;
-    Time last_line_;
+    Pace pace_;
 };
 
 } // namespace stmctl

@@ -57,7 +57,12 @@ ExitStatus watch(const Options &options)
     const Ending ending = repeat({device, stream, once}, run, tally);
     summary.finish();
     display.finish();
-    return output_failed() ? status_of_failed_output() : status_of(ending, options.run, tally);
+    if (reader_has_left()) {
+        return status_of_failed_output();
+    }
+    const ExitStatus status = status_of(ending, options.run, tally);
+    sum_up("watch: " + tally.summary({}), status);
+    return output_failed() ? status_of_failed_output() : status; // the end of every run tells why
 }
 
 } // namespace
@@ -71,6 +76,7 @@ Action declare_watch(CLI::App &command)
     add_keep_going(command, options->run);
     add_judgement(command, options->run, SILENCE_HELP);
     add_device_options(command, options->device);
+    add_detail(command);
     return [options] { return watch(*options); };
 }
 

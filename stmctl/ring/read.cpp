@@ -7,6 +7,7 @@
 #include "stmctl/record/ring_slot.hpp"
 #include "stmctl/ring/ring.hpp"
 #include "stmctl/ring/slot_follower.hpp"
+#include "stmctl/stream/live_line.hpp"
 #include "stmctl/stream/record_stream.hpp"
 #include "stmctl/stream/verdict.hpp"
 
@@ -93,6 +94,16 @@ class WriterWatch
         return is_alone() ? "its writer was killed" : "its writer is there, but puts nothing";
     }
 
+    // The same, where no writer may ever have been there.
+    const char *state() const
+    {
+        const WriterMark mark = view_.writer_mark();
+        if (!is_alone() || mark == WriterMark::writing) {
+            return cause();
+        }
+        return mark == WriterMark::ended ? "its writer has ended" : "no writer is there";
+    }
+
   private:
     Segment current_segment() const
     {
@@ -143,11 +154,11 @@ class RingReadout
 
     bool is_complete() const { return wanted_ && tally_.records >= *wanted_; }
 
-    void say_summary() const
+    std::string summary() const
     {
-        say(fmt::format("ring read: {}, {}, {} of the writer", tally_.summary(wanted_),
-                        counted(overruns_, "overrun", "overruns"),
-                        counted(restarts_, "restart", "restarts")));
+        return fmt::format("ring read: {}, {}, {} of the writer", tally_.summary(wanted_),
+                           counted(overruns_, "overrun", "overruns"),
+                           counted(restarts_, "restart", "restarts"));
     }
 
     ExitStatus status(Ending ending, const RunOptions &options) const
@@ -206,6 +217,9 @@ class RingReading
         }
     }
 
+    // Why nothing came, for the end of a sentence.
+    const std::string &reason() const { return reason_; }
+
     Ending read_until_over(Run &run)
     {
         constexpr std::chrono::milliseconds MOMENT(1);
@@ -237,12 +251,19 @@ class RingReading
         return true;
     }
 
+    // That nothing came in a limited time needs a word.
+    std::string reason_of_nothing() const
+    {
+        return tally_.records + tally_.rejected > 0 ? "" : fmt::format("; {}", watch_.state());
+    }
+
     bool is_over(Run &run) const { return readout_.is_complete() || run.over() || output_failed(); }
 
     Ending end(Ending ending)
     {
         const auto now = steady_clock::now();
         if (!silence_.is_silence(now) || watch_.has_ended_well()) {
+            reason_ = ending == Ending::done ? reason_of_nothing() : "";
             return ending;
         }
         tally_.take_silence(silence_.lasting(now));
@@ -257,6 +278,7 @@ class RingReading
     RingReadout &readout_;
     RecordTally &tally_;
     Silence silence_;
+    std::string reason_;
 };
 
 ExitStatus read(const Options &options)
@@ -282,8 +304,10 @@ ExitStatus read(const Options &options)
     RingReadout readout(options, destination, tally);
     RingReading reading(options, segment, readout, tally);
     RegularFlush flush(destination);
+    LiveLine line("ring read", tally, &destination);
     Run run(time, [&](Run::Time now) {
         flush(now);
+        line.tick(now);
         if (destination.failed()) {
             run.finish();
         }
@@ -293,13 +317,14 @@ ExitStatus read(const Options &options)
     if (reader_has_left()) {
         return status_of_failed_output();
     }
-    readout.say_summary();
+    const ExitStatus status = readout.status(ending, options.run);
+    sum_up(readout.summary() + reading.reason(), status);
     destination.finish();
     summary.finish();
     if (output_failed()) {
         return status_of_failed_output(); // the end of every run tells why
     }
-    return readout.status(ending, options.run);
+    return status;
 }
 
 } // namespace
@@ -311,7 +336,9 @@ Action declare_ring_read(CLI::App &command)
     add_format_options(command, options->format, {"text", "csv", "jsonl"});
     add_judgement(command, options->run, "what counts as a silence (10)");
     add_flag(command, "--from-now", options->from_now, "begin with the next record (the default)");
-    add_flag(command, "--from-oldest", options->from_oldest, "begin with the oldest that is there");
+    add_flag(command, "--from-oldest", options->from_oldest,
+             "begin with the writer's oldest that is there");
+    add_detail(command);
     return [options] { return read(*options); };
 }
 

@@ -1,17 +1,13 @@
 // ring write: the co-processor's stream of records goes into the ring.
+#include "stmctl/command_line/arguments.hpp"
 #include "stmctl/module/device.hpp"
-#include "stmctl/output/output.hpp"
-#include "stmctl/output/terminal.hpp"
 #include "stmctl/process/failure.hpp"
 #include "stmctl/record/ring_slot.hpp"
 #include "stmctl/ring/ring.hpp"
 #include "stmctl/ring/segment.hpp"
+#include "stmctl/stream/live_line.hpp"
 #include "stmctl/stream/repetition.hpp"
 #include "stmctl/stream/verdict.hpp"
-
-#include <fmt/format.h>
-
-#include <unistd.h>
 
 #include <chrono>
 #include <memory>
@@ -51,26 +47,6 @@ class PutCounter
     const RingView &view_;
     RecordStream &stream_;
     int32_t index_ = 0;
-};
-
-class LiveLine
-{
-  public:
-    explicit LiveLine(const RecordTally &tally) : tally_(tally) {}
-
-    void show(Run::Time now)
-    {
-        constexpr std::chrono::milliseconds INTERVAL(250);
-        if (now - shown_ >= INTERVAL && is_terminal(STDOUT_FILENO)) {
-            shown_ = now;
-            show_live_line(fmt::format("{} records, {} lost, {} rejected", tally_.records,
-                                       tally_.lost, tally_.rejected));
-        }
-    }
-
-  private:
-    const RecordTally &tally_;
-    Run::Time shown_;
 };
 
 void take_report(RecordStream &stream, std::string_view text)
@@ -114,14 +90,12 @@ class RemovalCheck
 Outcome acquire(PutCounter &counter, RecordStream &stream, Run &run)
 {
     counter.begin();
-    Outcome outcome = perform(
+    return perform(
         [](StmPollFn poll, StmOutputFn output) {
             stm_ringbuffer_acquire(poll, output);
             return 0;
         },
         [&](const char *text, int) { take_report(stream, text); }, [&run] { return run.ask(); });
-    counter.count(); // the last block was followed by no poll
-    return outcome;
 }
 
 // All that works on the stream while it runs.
@@ -130,7 +104,7 @@ Ending write_stream(Device &device, int id, const Options &options, RecordTally 
     const RingView view(id);
     leave_mark(id, WriterMark::writing);
     RemovalCheck check_removal(id);
-    LiveLine line(tally);
+    LiveLine line("ring write", tally, nullptr);
     std::function<void(Run::Time)> look;
     Run run(options.run.time(), [&](Run::Time now) { look(now); });
     RecordStream stream({"ring write", {}, true, options.run.silence_given()}, run, tally);
@@ -138,7 +112,7 @@ Ending write_stream(Device &device, int id, const Options &options, RecordTally 
     look = [&](Run::Time now) {
         counter.count();
         stream.look(now);
-        line.show(now);
+        line.tick(now);
         check_removal(now);
     };
     const auto once = [&] { return acquire(counter, stream, run); };
@@ -161,9 +135,9 @@ ExitStatus write(const Options &options)
     summary.begin();
     const Ending ending = write_stream(device, existing_segment().id, options, tally);
     summary.finish();
-    leave_live_line();
-    say(fmt::format("ring write: {}", tally.summary({})));
-    return status_of(ending, options.run, tally);
+    const ExitStatus status = status_of(ending, options.run, tally);
+    sum_up("ring write: " + tally.summary({}), status);
+    return status;
 }
 
 } // namespace
@@ -174,6 +148,7 @@ Action declare_ring_write(CLI::App &command)
     add_duration(command, options->run);
     add_judgement(command, options->run, "what counts as a silence (2)");
     add_device_options(command, options->device);
+    add_detail(command);
     return [options] { return write(*options); };
 }
 

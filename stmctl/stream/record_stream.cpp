@@ -60,6 +60,7 @@ void RecordStream::take_report(std::string_view text)
     case Event::timed_out:
         tally_.take_timeout();
         silence_.timed_out();
+        tell_of_timeout();
         break;
     case Event::rejected:
         tally_.take_rejected();
@@ -67,6 +68,15 @@ void RecordStream::take_report(std::string_view text)
         break;
     default:
         say(text.substr(0, text.find('\n')));
+    }
+}
+
+void RecordStream::tell_of_timeout() const
+{
+    if (detail() == Detail::verbose) {
+        const auto silent = silence_.lasting(std::chrono::steady_clock::now());
+        say(fmt::format("{}: time-out {}, nothing came for {}", options_.name, tally_.timeouts,
+                        seconds_words(silent)));
     }
 }
 

@@ -56,6 +56,7 @@ class RecordStream
 
   private:
     void look_in_silence(Run::Time now);
+    void tell_of_timeout() const;
 
     StreamOptions options_;
     Run &run_;

@@ -96,6 +96,16 @@ class Attempts
         }
     }
 
+    void tell_of_asking() const
+    {
+        if (detail() == Detail::verbose) {
+            const RecordStream &stream = repetition_.stream;
+            const auto silent = stream.silence().lasting(steady_clock::now());
+            say(fmt::format("{}: asking again, {} after the last {}", stream.options().name,
+                            seconds_words(silent), tally_.records > 0 ? "came" : "was asked for"));
+        }
+    }
+
     // What was cut off has waited by then.
     bool recover(const Outcome &outcome)
     {
@@ -112,6 +122,7 @@ class Attempts
         if (!recovery_.await_application(outcome.failures)) {
             return false;
         }
+        tell_of_asking();
         stream.silence().asked(steady_clock::now());
         stream.go_on();
         return true;

@@ -26,6 +26,15 @@ ExitStatus status_of(Ending ending, const RunOptions &options, const RecordTally
     return tally.records > 0 ? ExitStatus::done : ExitStatus::failed;
 }
 
+void sum_up(const std::string &sentence, ExitStatus status)
+{
+    if (status == ExitStatus::failed) {
+        say(sentence);
+    } else {
+        remark(sentence);
+    }
+}
+
 SummaryFile::SummaryFile(const std::string &name, const RecordTally &tally,
                          std::optional<uint32_t> wanted, const Destination *results)
     : tally_(tally), wanted_(wanted)

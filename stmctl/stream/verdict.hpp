@@ -18,6 +18,9 @@ namespace stmctl
 // losses.
 ExitStatus status_of(Ending ending, const RunOptions &options, const RecordTally &tally);
 
+// Says what came of a run. It is all that is said of why one has failed: that is said quiet, too.
+void sum_up(const std::string &sentence, ExitStatus status);
+
 // Writes the tally as JSON, also of a run that ends in a failure.
 class SummaryFile
 {

@@ -58,7 +58,8 @@ TEST_F(Completion, offers_names_in_their_direction)
 
 TEST_F(Completion, offers_the_options_of_a_command)
 {
-    EXPECT_EQ(offered({"stmctl", "flash", "--"}), "--help --yes --start --limit --retries --wait");
+    EXPECT_EQ(offered({"stmctl", "flash", "--"}),
+              "--help --yes --start --limit --retries --wait --quiet --verbose");
     EXPECT_EQ(offered({"stmctl", "list", "--"}), "--help --json");
     EXPECT_EQ(offered({"stmctl", "peek", "0", "--l"}), "--long");
 }
@@ -67,7 +68,7 @@ TEST_F(Completion, offers_short_names_too)
 {
     write_file("image.bin", {1});
     EXPECT_EQ(offered({"stmctl", "flash", "-"}),
-              "--help -h --yes -y --start --limit --retries --wait");
+              "--help -h --yes -y --start --limit --retries --wait --quiet -q --verbose -v");
     EXPECT_EQ(offered({"stmctl", "records", "-o", "im"}), "image.bin");
 }
 

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <sstream>
 
 namespace
 {
@@ -17,6 +18,26 @@ class Flash : public StmctlBench
 {
   protected:
     void SetUp() override { write_file("image.bin", noise(5000, 9)); }
+
+    static std::string tenths_of_image()
+    {
+        return " 20 %  1024 of 5000 bytes\n"
+               " 40 %  2048 of 5000 bytes\n"
+               " 60 %  3072 of 5000 bytes\n"
+               " 80 %  4096 of 5000 bytes\n"
+               "100 %  5000 of 5000 bytes\n";
+    }
+
+    // What standard error has besides how far it is.
+    static std::string without_tenths(const std::string &errors)
+    {
+        std::string rest;
+        std::istringstream lines(errors);
+        for (std::string line; std::getline(lines, line);) {
+            rest += line.find(" %  ") == 3 ? "" : line + "\n";
+        }
+        return rest;
+    }
 
     Result flash_with(const std::string &fault, const Words &more = {})
     {
@@ -30,7 +51,7 @@ class Flash : public StmctlBench
     {
         const Result result = flash_with(fault);
         EXPECT_EQ(result.status, 1) << fault;
-        EXPECT_EQ(result.errors, "stmctl: flash incomplete " + why + "\n") << fault;
+        EXPECT_EQ(without_tenths(result.errors), "stmctl: flash incomplete " + why + "\n") << fault;
         EXPECT_EQ(result.output.find("written"), std::string::npos) << fault;
     }
 
@@ -38,7 +59,7 @@ class Flash : public StmctlBench
     {
         const Result result = flash_with(fault);
         EXPECT_EQ(result.status, 0) << fault;
-        EXPECT_EQ(result.errors, "") << fault;
+        EXPECT_EQ(result.errors, tenths_of_image()) << fault;
         EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin")) << fault;
     }
 
@@ -51,12 +72,10 @@ class Flash : public StmctlBench
 
 TEST_F(Flash, shows_tenths_and_then_what_was_written_and_how_fast)
 {
-    EXPECT_EQ(says({"flash", "firmware", "image.bin"}),
-              " 20 %  1024 of 5000 bytes\n"
-              " 40 %  2048 of 5000 bytes\n"
-              " 60 %  3072 of 5000 bytes\n"
-              " 80 %  4096 of 5000 bytes\n"
-              "100 %  5000 of 5000 bytes\n"
+    const Result result = stmctl({"flash", "firmware", "image.bin"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, tenths_of_image());
+    EXPECT_EQ(result.output,
               "5000 bytes of firmware written to 0x08004000 in 0.09 s, 57.3 KiB/s; stmctl reset "
               "starts it\n");
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
@@ -75,8 +94,8 @@ TEST_F(Flash, one_byte_is_told_in_the_singular)
 TEST_F(Flash, shows_no_tenth_twice)
 {
     write_file("image.bin", noise(30000, 4));
-    const std::string output = says({"flash", "firmware", "image.bin"});
-    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 10 + 1);
+    const std::string errors = stmctl({"flash", "firmware", "image.bin"}).errors;
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 10);
 }
 
 class SizeOf : public Flash, public testing::WithParamInterface<size_t>
@@ -134,8 +153,9 @@ TEST_F(Flash, limit_replaces_that_of_the_region)
     write_file("image.bin", noise(16385, 1));
     const Result result = stmctl({"flash", "booter", "image.bin", "--yes", "--limit", "99999"});
     EXPECT_EQ(result.status, 1) << "the co-processor has the last word";
-    EXPECT_EQ(result.errors, "stmctl: flash incomplete at the header: address error, the "
-                             "co-processor does not take this address or size\n");
+    EXPECT_EQ(without_tenths(result.errors),
+              "stmctl: flash incomplete at the header: address error, the "
+              "co-processor does not take this address or size\n");
 }
 
 // Of a rate only what says something is shown.
@@ -322,8 +342,9 @@ TEST_F(Flash, refused_clock_is_a_warning)
 {
     const Result result = flash_with("speed-refused");
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.errors, "stmctl: the device refused the clock of 6 MHz: Invalid argument; "
-                             "going on with the device's own\n");
+    EXPECT_EQ(without_tenths(result.errors),
+              "stmctl: the device refused the clock of 6 MHz: Invalid argument; "
+              "going on with the device's own\n");
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
 }
 
@@ -331,7 +352,7 @@ TEST_F(Flash, retries_begin_again_from_the_start)
 {
     const Result result = flash_with("exchange@9", {"--retries", "1"});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.errors,
+    EXPECT_EQ(without_tenths(result.errors),
               "stmctl: attempt 1 of 2 failed at block 1, after 1024 of 5000 bytes: asking for the "
               "acknowledge failed: Input/output error; trying again\n");
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
@@ -344,7 +365,7 @@ TEST_F(Flash, link_that_cannot_be_synchronised_before_another_attempt_is_told)
     const Result result = stmctl({"flash", "firmware", "image.bin", "--retries", "1"},
                                  {"--fault", "exchange@9", "--fault", "exchange@10"});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.errors,
+    EXPECT_EQ(without_tenths(result.errors),
               "stmctl: attempt 1 of 2 failed at block 1, after 1024 of 5000 bytes: asking for the "
               "acknowledge failed: Input/output error; trying again\n"
               "stmctl: synchronising the link failed: Input/output error\n");
@@ -356,17 +377,18 @@ TEST_F(Flash, retries_are_not_endless)
     const std::string why = " at block 0, after 0 of 5000 bytes: checksum error, the co-processor "
                             "got other bytes than were sent";
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.errors, "stmctl: attempt 1 of 3 failed" + why + "; trying again\n" +
-                                 "stmctl: attempt 2 of 3 failed" + why + "; trying again\n" +
-                                 "stmctl: flash incomplete" + why + "\n");
+    EXPECT_EQ(without_tenths(result.errors),
+              "stmctl: attempt 1 of 3 failed" + why + "; trying again\n" +
+                  "stmctl: attempt 2 of 3 failed" + why + "; trying again\n" +
+                  "stmctl: flash incomplete" + why + "\n");
 }
 
 TEST_F(Flash, reader_that_goes_away_does_not_end_it)
 {
     const Result result =
-        in_shell({"flash", "firmware", "image.bin"}, "| head -n 1; exit ${PIPESTATUS[0]}");
+        in_shell({"flash", "firmware", "image.bin"}, "| true; exit ${PIPESTATUS[0]}");
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.errors, tenths_of_image());
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
 }
 
@@ -375,7 +397,7 @@ TEST_F(Flash, progress_is_seen_while_it_goes_on)
     const pid_t pid = start(on_board_in_real_time({"--fault", "silence@2"},
                                                   {program(), "flash", "firmware", "image.bin"}));
     wait_for_lines(10);
-    EXPECT_EQ(read_text(".output"), " 20 %  1024 of 5000 bytes\n 40 %  2048 of 5000 bytes\n");
+    EXPECT_EQ(read_text(".errors"), " 20 %  1024 of 5000 bytes\n 40 %  2048 of 5000 bytes\n");
     kill(pid, SIGKILL);
     finish(pid);
 }
@@ -384,8 +406,9 @@ TEST_F(Flash, full_disk_does_not_end_it_but_is_told)
 {
     const Result result = in_shell({"flash", "firmware", "image.bin"}, ">/dev/full");
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.errors, "stmctl: flash: all bytes are written\n"
-                             "stmctl: cannot write the output: No space left on device\n");
+    EXPECT_EQ(without_tenths(result.errors),
+              "stmctl: flash: all bytes are written\n"
+              "stmctl: cannot write the output: No space left on device\n");
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
 }
 

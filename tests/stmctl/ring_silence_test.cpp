@@ -128,6 +128,36 @@ TEST_F(RingSilence, a_writer_of_another_program_that_is_away_is_no_failure)
     expect_done(read("--duration 60"));
 }
 
+// In too short a time for a silence.
+TEST_F(RingSilence, nothing_in_a_limited_time_has_a_reason)
+{
+    const std::string zero = "stmctl: ring read: 0 records, 0 lost, 0 rejected, 0 overflowing, 0 "
+                             "overruns, 0 restarts of the writer; ";
+    const auto expect_reason = [&](const std::string &reason) {
+        const Result result = script("$BOARD --count-time $STMCTL ring read --duration 0.5");
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errors, zero + reason + "\n");
+    };
+    other_writer(20);
+    expect_reason("its writer is there, but puts nothing");
+    end_other_writer();
+    expect_reason("no writer is there");
+    script("fill 0.1");
+    expect_reason("its writer has ended");
+    kill_writer();
+    expect_reason("its writer was killed");
+}
+
+TEST_F(RingSilence, an_earlier_writer_s_slots_are_no_loss)
+{
+    script("fill 0.4; fill 0.1");
+    expect_done(read("--duration 1 --fail-on-loss"));
+    script("rm -rf board; $BOARD --count-time --board board $STMCTL ring write --duration 0.4\n"
+           "$BOARD --count-time --board board $STMCTL ring write --duration 0.1");
+    expect_done(read("--duration 1 --fail-on-loss"));
+    EXPECT_EQ(count(read_text("read.csv"), "\n"), 100U);
+}
+
 TEST_F(RingSilence, a_mark_that_nobody_leaves_is_as_good_as_none)
 {
     RingBuffer &ring = other_writer(20);

@@ -98,7 +98,7 @@ TEST_F(Stop, typed_s_may_come_through_a_pipe)
 
 TEST_F(Stop, lines_for_others_are_left_to_them)
 {
-    const std::string flash = quoted(on_board_with({}, {"flash", "firmware", "image.bin"}));
+    const std::string flash = quoted(on_board_with({}, {"flash", "firmware", "image.bin", "-q"}));
     const std::string reset = quoted(on_board_with({}, {"reset"}));
     const std::string get = quoted(on_board_with({}, {"get", "sampleskip"}));
     const std::string loop = "while read -r line; do { " + flash + ";" + reset +

@@ -50,7 +50,7 @@ TEST_F(SurvivalFlash, image_is_in_the_flash_in_the_end)
 TEST_F(SurvivalFlash, each_attempt_in_vain_is_told_with_where_it_failed)
 {
     const Result result = on_fresh_board(restart("boot-loader", 0.3),
-                                         {"flash", "firmware", "ours.bin", "--retries", "1"});
+                                         {"flash", "firmware", "ours.bin", "--retries", "1", "-q"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors.find("stmctl: attempt 1 of 2 failed at block 2"), 0U);
     EXPECT_TRUE(result.errors.ends_with(

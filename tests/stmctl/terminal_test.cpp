@@ -1,98 +1,19 @@
 // stmctl on a terminal: the progress bar, the question before a boot loader, Ctrl-C from the
 // keyboard.
-#include "tests/stmctl/stmctl_bench.hpp"
+#include "tests/stmctl/terminal_bench.hpp"
 
-#include <poll.h>
-#include <pty.h>
 #include <sched.h>
-#include <sys/ioctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 namespace
 {
 
-class Terminal : public StmctlBench
+class Terminal : public TerminalBench
 {
   protected:
     void SetUp() override { write_file("image.bin", noise(5000, 9)); }
-
-    void open_terminal(const Words &words, unsigned short columns = 80)
-    {
-        const winsize size = {24, columns, 0, 0};
-        const std::string folder = path("");
-        child_ = forkpty(&keyboard_, nullptr, nullptr, &size);
-        if (child_ == 0) {
-            std::vector<char *> arguments;
-            for (const std::string &word : words) {
-                arguments.push_back(const_cast<char *>(word.c_str()));
-            }
-            arguments.push_back(nullptr);
-            if (chdir(folder.c_str()) == 0) {
-                execvp(arguments[0], arguments.data());
-            }
-            _exit(127);
-        }
-    }
-
-    void type(const std::string &keys) const
-    {
-        EXPECT_EQ(write(keyboard_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
-    }
-
-    // Reads on until the words are on the screen.
-    void read_until(const std::string &words)
-    {
-        const auto give_up = std::chrono::steady_clock::now() + std::chrono::minutes(5);
-        while (screen_.find(words) == std::string::npos &&
-               std::chrono::steady_clock::now() < give_up && read_on()) {
-        }
-        EXPECT_NE(screen_.find(words), std::string::npos) << screen_;
-    }
-
-    // All that was shown, from the start; returns the exit status.
-    int close_terminal()
-    {
-        while (read_on()) {
-        }
-        int status = 0;
-        waitpid(child_, &status, 0);
-        close(keyboard_);
-        return WEXITSTATUS(status);
-    }
-
-    // Whether the program has begun another one.
-    bool has_child() const
-    {
-        const std::string pid = std::to_string(child_);
-        std::ifstream children("/proc/" + pid + "/task/" + pid + "/children");
-        return !std::string(std::istreambuf_iterator<char>(children), {}).empty();
-    }
-
-    const std::string &screen() const { return screen_; }
-
-  private:
-    bool read_on()
-    {
-        pollfd shown = {keyboard_, POLLIN, 0};
-        poll(&shown, 1, 300'000);
-        char piece[4096];
-        const ssize_t size = read(keyboard_, piece, sizeof(piece));
-        if (size > 0) {
-            screen_.append(piece, static_cast<size_t>(size));
-        }
-        return size > 0;
-    }
-
-    pid_t child_ = -1;
-    int keyboard_ = -1;
-    std::string screen_;
 };
 
 TEST_F(Terminal, shows_a_bar_that_refreshes_itself)
@@ -114,7 +35,7 @@ TEST_F(Terminal, bar_is_cut_to_a_narrow_terminal)
 {
     open_terminal(on_board_with({}, {"flash", "firmware", "image.bin"}), 30);
     EXPECT_EQ(close_terminal(), 0);
-    EXPECT_NE(screen().find("\r[###########] 100 %  5000 of \r\n"), std::string::npos) << screen();
+    EXPECT_NE(screen().find("\r[###########] 100 %\r\n"), std::string::npos) << screen();
 }
 
 TEST_F(Terminal, failure_stands_below_the_bar)
@@ -209,8 +130,8 @@ TEST_F(Terminal, ring_write_refreshes_one_line)
     }
     open_terminal(on_board_with({"--rate", "1000"}, {"ring", "write", "--duration", "0.6"}));
     EXPECT_EQ(close_terminal(), 0);
-    EXPECT_EQ(screen(), "\r0 records, 0 lost, 0 rejected\r249 records, 0 lost, 0 rejected"
-                        "\r499 records, 0 lost, 0 rejected\r\n"
+    EXPECT_EQ(screen(), "\r0:00  249 records  996/s  lost 0\r0:01  499 records  1000/s  lost 0"
+                        "\r                                 \r"
                         "stmctl: ring write: 599 records, 0 lost, 0 rejected, 0 overflowing\r\n");
 }
 
@@ -259,6 +180,45 @@ TEST_F(Terminal, time_left_goes_down_to_nothing)
               std::string::npos);
 }
 
+TEST_F(Terminal, watch_shows_what_matters_on_a_narrow_one)
+{
+    open_terminal(on_board_with({"--rate", "6000"}, {"watch", "--duration", "0.3"}), 80);
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(screen().substr(0, screen().find("stmctl: ")),
+              "\r0:00  766 rec  2476/s  lost 204  rej 0  over 448  fill 254\r\n");
+}
+
+TEST_F(Terminal, watch_shows_losses_rejected_ones_and_the_rate_on_a_very_narrow_one)
+{
+    open_terminal(on_board_with({"--rate", "6000"}, {"watch", "--duration", "0.3"}), 40);
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(screen().substr(0, screen().find("stmctl: ")),
+              "\r0:00  766 rec  2476/s  lost 204  rej 0\r\n");
+}
+
+TEST_F(Terminal, a_narrow_one_shows_the_time_left_behind_the_bar)
+{
+    open_terminal(on_board_with({}, {"flash", "firmware", "image.bin"}), 40);
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_NE(screen().find("\r[#########..]  81 %  0:00 left\r"), std::string::npos) << screen();
+}
+
+TEST_F(Terminal, progress_is_seen_where_the_result_goes_to_a_file)
+{
+    open_terminal({"bash", "-c",
+                   quoted(on_board_with({}, {"flash", "firmware", "image.bin"})) + " > result"});
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_TRUE(screen().ends_with("0:00 left\r\n")) << screen();
+    EXPECT_EQ(read_text("result").substr(0, 22), "5000 bytes of firmware");
+}
+
+TEST_F(Terminal, a_quiet_flash_shows_its_result_alone)
+{
+    open_terminal(on_board_with({}, {"flash", "firmware", "image.bin", "-q"}));
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(screen().substr(0, 22), "5000 bytes of firmware");
+}
+
 TEST_F(Terminal, watch_refreshes_a_line_four_times_a_second_and_shows_no_events)
 {
     open_terminal(on_board_with({"--rate", "6000"}, {"watch", "--duration", "1.1"}), 100);
@@ -278,10 +238,8 @@ TEST_F(Terminal, ring_writer_refreshes_a_line_four_times_a_second)
     }
     open_terminal(on_board_with({}, {"ring", "write", "--duration", "1"}));
     EXPECT_EQ(close_terminal(), 0);
-    EXPECT_EQ(screen(), "\r0 records, 0 lost, 0 rejected"
-                        "\r249 records, 0 lost, 0 rejected"
-                        "\r499 records, 0 lost, 0 rejected"
-                        "\r749 records, 0 lost, 0 rejected\r\n"
+    EXPECT_EQ(screen(), "\r0:00  249 records  996/s  lost 0\r0:01  499 records  1000/s  lost 0"
+                        "\r0:01  749 records  1000/s  lost 0\r                                 \r"
                         "stmctl: ring write: 999 records, 0 lost, 0 rejected, 0 overflowing\r\n");
 }
 
