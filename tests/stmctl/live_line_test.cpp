@@ -39,17 +39,17 @@ TEST_F(LiveLine, follow_refreshes_one_line_and_takes_it_away)
 {
     EXPECT_EQ(shown({"follow", "--duration", "0.6", "--format", "csv", "-o", "a.csv"}),
               "\r0:00  249 records  996/s  lost 0  19.8 KiB"
-              "\r0:01  499 records  1000/s  lost 0  40.1 KiB" +
-                  blanks("0:01  499 records  1000/s  lost 0  40.1 KiB") +
+              "\r0:01  499 records  1000/s  lost 0  40.0 KiB" +
+                  blanks("0:01  499 records  1000/s  lost 0  40.0 KiB") +
                   "stmctl: follow: 599 records, 0 lost, 0 rejected, 0 overflowing\r\n");
 }
 
 TEST_F(LiveLine, records_that_come_without_a_flaw_leave_nothing)
 {
     EXPECT_EQ(shown({"records", "-n", "8000", "--format", "csv", "-o", "a.csv"}),
-              "\r0:00  3358 records  13356/s  lost 0  277.5 KiB"
-              "\r0:01  6716 records  13357/s  lost 0  561.1 KiB" +
-                  blanks("0:01  6716 records  13357/s  lost 0  561.1 KiB"));
+              "\r0:00  3358 records  13356/s  lost 0  276.9 KiB"
+              "\r0:01  6716 records  13357/s  lost 0  559.8 KiB" +
+                  blanks("0:01  6716 records  13357/s  lost 0  559.8 KiB"));
 }
 
 TEST_F(LiveLine, frames_are_counted)
@@ -108,8 +108,8 @@ TEST_F(LiveLine, is_shown_beside_a_redirected_output)
     const std::string all =
         shown_by_shell({"follow", "--duration", "0.6", "--format", "csv"}, "> a.csv");
     EXPECT_EQ(all, "\r0:00  249 records  996/s  lost 0  19.8 KiB"
-                   "\r0:01  499 records  1000/s  lost 0  40.1 KiB" +
-                       blanks("0:01  499 records  1000/s  lost 0  40.1 KiB") +
+                   "\r0:01  499 records  1000/s  lost 0  40.0 KiB" +
+                       blanks("0:01  499 records  1000/s  lost 0  40.0 KiB") +
                        "stmctl: follow: 599 records, 0 lost, 0 rejected, 0 overflowing\r\n");
 }
 
