@@ -362,7 +362,7 @@ TEST_F(Doctor, tells_the_same_as_json)
     EXPECT_EQ(
         says({"doctor", "--json"}, {"--mode", "boot loader"}).find("{\"overall\":\"unknown\""), 0U);
     EXPECT_EQ(stmctl({"doctor", "--jsn"}).errors,
-              "stmctl: not expected: --jsn; see stmctl doctor --help\n");
+              "stmctl: not expected: --jsn; did you mean --json?; see stmctl doctor --help\n");
 }
 
 } // namespace

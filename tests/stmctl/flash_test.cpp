@@ -163,8 +163,8 @@ TEST_F(Flash, tiny_image_has_a_rate_in_bytes)
 {
     write_file("image.bin", {1});
     EXPECT_EQ(says({"flash", "firmware", "image.bin"}),
-              "100 %  1 of 1 bytes\n"
-              "1 bytes of firmware written to 0x08004000 in 0.04 s, 28 B/s; stmctl reset starts "
+              "100 %  1 of 1 byte\n"
+              "1 byte of firmware written to 0x08004000 in 0.04 s, 28 B/s; stmctl reset starts "
               "it\n");
     const Result slow = with_fault("late@0=1400", {"flash", "firmware", "image.bin"});
     EXPECT_NE(slow.output.find("written to 0x08004000 in 15.44 s; stmctl reset"), std::string::npos)
