@@ -161,7 +161,7 @@ std::string find_gnuplot()
     std::string_view folders = variable != nullptr ? variable : "/bin:/usr/bin";
     for (;;) {
         const size_t end = std::min(folders.find(':'), folders.size());
-        const std::string path = fmt::format("{}/gnuplot", end > 0 ? folders.substr(0, end) : ".");
+        std::string path = fmt::format("{}/gnuplot", end > 0 ? folders.substr(0, end) : ".");
         if (access(path.c_str(), X_OK) == 0) {
             return path;
         }
