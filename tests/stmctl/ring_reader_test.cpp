@@ -49,6 +49,18 @@ TEST_F(Reader, everything_is_without_what_an_earlier_writer_has_left)
     }
 }
 
+TEST_F(Reader, everything_is_without_an_earlier_writer_s_slots_that_rise)
+{
+    for (const int32_t again : {1, 162, 5000}) {
+        ring() = {};
+        put(1, 160);
+        begin_anew();
+        put(again, again + 29);
+        const RingView view(segment());
+        EXPECT_EQ(seen(SlotFollower(view).everything()), (Seen{range(again, again + 29)})) << again;
+    }
+}
+
 TEST_F(Reader, everything_is_without_what_several_earlier_writers_have_left)
 {
     put(1, 160);
