@@ -1,6 +1,8 @@
 // Writes text to a descriptor in large pieces.
 #include "stmctl/output/buffered_writer.hpp"
 
+#include "stmctl/process/stop.hpp"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -45,8 +47,8 @@ void BufferedWriter::send(std::string_view text)
         if (size > 0) {
             note_sent(text.substr(0, static_cast<size_t>(size)));
             text.remove_prefix(static_cast<size_t>(size));
-        } else if (size == 0 || errno != EINTR) {
-            error_ = size < 0 ? errno : EIO;
+        } else if (size == 0 || errno != EINTR || interrupted()) {
+            error_ = size < 0 ? errno : EIO; // an interrupt ends a write that nobody reads
             cut_half_line();
         }
     }

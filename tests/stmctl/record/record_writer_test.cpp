@@ -34,6 +34,7 @@ class Writer : public testing::Test
         destination.begin();
         RecordWriter writer(format, timestamps, TEMP, destination);
         work(writer);
+        writer.finish();
         destination.finish();
         std::ostringstream text;
         text << std::ifstream(path_).rdbuf();
