@@ -290,8 +290,12 @@ TEST_F(Follow, a_reader_that_goes_away_ends_it_quietly)
 
 TEST_F(Follow, a_file_that_cannot_be_written_ends_it_soon)
 {
-    expect_failure(stmctl({"follow", "--duration", "1000", "-o", "/dev/full"}), 1,
-                   "cannot write '/dev/full': No space left on device");
+    const Result result = stmctl({"follow", "--duration", "1000", "-o", "/dev/full"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors.find("stmctl: follow: "), 0U) << result.errors;
+    EXPECT_TRUE(
+        result.errors.ends_with("\nstmctl: cannot write '/dev/full': No space left on device\n"))
+        << result.errors;
     EXPECT_LT(transcript().back().microseconds, 2'000'000);
 }
 
