@@ -18,9 +18,10 @@
  *               1.3 us a byte, 1.4 ms for a download frame.
  *   Results     where nothing else is stated, 0 or a positive value is success, -1 is failure; 0
  *               can also mean that the operator stopped a wait.
- *   Reports     there are two channels. A failing system call (open, clock, exchange, shared
- * memory) goes to standard error through perror, with a fixed text. Everything else goes to the
- * output callback, but for the few remarks that stm_stream_readout writes to standard error.
+ *   Reports     there are two channels. A failing system call (open, clock, exchange, shared memory)
+ *               goes to standard error through perror, with a fixed text. Everything else goes to
+ *               the output callback, but for the few remarks that stm_stream_readout writes to
+ *               standard error.
  *   Numbers     multi-byte numbers travel little-endian where nothing else is said.
  */
 #ifndef STM_COM_FUNCS_H
@@ -817,8 +818,8 @@ RingRecord *RingBuffer_PeekValue(int handle, int n);
  * time, those with a temperature.
  *
  * format: a ReadoutMode. READOUT_CSV calls the temperature "omega_t" in its header. READOUT_HEX
- * shows the first 48 bytes of the block for each of its records. With any other value records are
- *         checked, and only errors are shown.
+ *         shows the first 48 bytes of the block for each of its records. With any other value
+ *         records are checked, and only errors are shown.
  *
  * Failing exchanges are reported as "SPI datatransfer". The one for records with a temperature
  * pauses for 20 ms after each block, and for 60 ms more after each tenth; the others do not pause.
