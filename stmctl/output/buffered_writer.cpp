@@ -72,8 +72,9 @@ void BufferedWriter::cut_half_line() const
         end != status.st_size) {
         return;
     }
-    if (ftruncate(descriptor_, end - half_line_) == 0) {
-        lseek(descriptor_, end - half_line_, SEEK_SET);
+    const off_t whole = end - static_cast<off_t>(half_line_);
+    if (ftruncate(descriptor_, whole) == 0) {
+        lseek(descriptor_, whole, SEEK_SET);
     }
 }
 

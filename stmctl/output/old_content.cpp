@@ -11,7 +11,7 @@
 namespace stmctl
 {
 
-off_t size_of_regular(int descriptor)
+int64_t size_of_regular(int descriptor)
 {
     struct stat status = {};
     const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
@@ -26,7 +26,7 @@ std::string first_bytes(int descriptor, size_t size)
     return bytes;
 }
 
-std::optional<off_t> end_of_last_line(int descriptor)
+std::optional<int64_t> end_of_last_line(int descriptor)
 {
     std::array<char, 4096> piece;
     for (off_t end = size_of_regular(descriptor); end > 0;) {

@@ -1,8 +1,7 @@
 // What a regular file holds that somebody is to write on.
 #pragma once
 
-#include <sys/types.h>
-
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -10,12 +9,12 @@ namespace stmctl
 {
 
 // Of a file that is open for reading; 0 if it is no regular one.
-off_t size_of_regular(int descriptor);
+int64_t size_of_regular(int descriptor);
 
 // At most so many bytes of it.
 std::string first_bytes(int descriptor, size_t size);
 
 // Where its last whole line ends; nothing if it holds no newline.
-std::optional<off_t> end_of_last_line(int descriptor);
+std::optional<int64_t> end_of_last_line(int descriptor);
 
 } // namespace stmctl

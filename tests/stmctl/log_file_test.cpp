@@ -187,4 +187,16 @@ TEST_F(LogFile, a_summary_goes_elsewhere)
     EXPECT_EQ(records({"-o", "/dev/null", "--summary", "/dev/null"}).errors, "");
 }
 
+// More than 32 bits with a sign can number, as it is after a few hours of logging.
+TEST_F(LogFile, beyond_two_gibibytes_are_continued)
+{
+    ASSERT_EQ(run({"bash", "-c", "echo {} >log && truncate -s 3G log && echo >>log"}).status, 0);
+    const Result result = stmctl({"records", "--format", "jsonl", "-o", "log", "--append"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    const std::string end = run({"tail", "-c", "+3221225473", "log"}).output;
+    EXPECT_EQ(end.substr(0, 7), "\n{\"nr\":");
+    EXPECT_TRUE(end.ends_with("}\n")) << end;
+}
+
 } // namespace
