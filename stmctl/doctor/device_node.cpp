@@ -7,6 +7,7 @@
 
 #include <grp.h>
 #include <pwd.h>
+#include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
@@ -42,10 +43,10 @@ std::string group_name(gid_t group)
     return entry != nullptr ? entry->gr_name : fmt::format("{}", group);
 }
 
-std::string owner_words(const struct stat &file)
+std::string owner_words(const NodeFile &file)
 {
-    return fmt::format("owner {}, group {}, mode {:04o}", user_name(file.st_uid),
-                       group_name(file.st_gid), file.st_mode & 07777U);
+    return fmt::format("owner {}, group {}, mode {:04o}", user_name(file.owner),
+                       group_name(file.group), file.mode & 07777U);
 }
 
 const char *kind_words(mode_t mode)
@@ -56,27 +57,27 @@ const char *kind_words(mode_t mode)
                            : "of another kind";
 }
 
-Finding judge_file(const struct stat &file)
+Finding judge_file(const NodeFile &file)
 {
-    if (!S_ISCHR(file.st_mode)) {
-        return bad(fmt::format("{} is no device, but {}", DEVICE, kind_words(file.st_mode)),
+    if (!S_ISCHR(file.mode)) {
+        return bad(fmt::format("{} is no device, but {}", DEVICE, kind_words(file.mode)),
                    fmt::format("remove it: sudo rm -r {}; see stmctl --help access", DEVICE));
     }
-    return good(fmt::format("{}, a character device ({}, {})", DEVICE, major(file.st_rdev),
-                            minor(file.st_rdev)));
+    return good(fmt::format("{}, a character device ({}, {})", DEVICE, major(file.number),
+                            minor(file.number)));
 }
 
-std::string remedy_of_rights(const struct stat &file, const Caller &caller)
+std::string remedy_of_rights(const NodeFile &file, const Caller &caller)
 {
     constexpr mode_t GROUP_MAY = S_IRGRP | S_IWGRP;
-    const std::string group = group_name(file.st_gid);
-    if (file.st_gid == 0 || (file.st_mode & GROUP_MAY) != GROUP_MAY) {
+    const std::string group = group_name(file.group);
+    if (file.group == 0 || (file.mode & GROUP_MAY) != GROUP_MAY) {
         return "a udev rule gives it to the group spi, see stmctl --help access";
     }
-    if (has(caller.groups, file.st_gid)) {
+    if (has(caller.groups, file.group)) {
         return "the group would do, something else forbids it: see ls -l, getfacl and dmesg";
     }
-    if (has(caller.member_of, file.st_gid)) {
+    if (has(caller.member_of, file.group)) {
         return fmt::format("log in again: this session is older than being in the group {}", group);
     }
     return fmt::format("sudo usermod -aG {} {}, then log in again", group, user_name(caller.user));
@@ -118,7 +119,7 @@ Finding judge_node(const DeviceNode &node)
         return bad(fmt::format("{} cannot be opened: {}", DEVICE, strerror(node.error)),
                    remedy_of_opening(node.error));
     }
-    const bool is_character_device = node.file && S_ISCHR(node.file->st_mode);
+    const bool is_character_device = node.file && S_ISCHR(node.file->mode);
     if (node.has_driver && !is_character_device) {
         return good(fmt::format("{} is no device node, but behaves like one: virtual", DEVICE));
     }

@@ -3,7 +3,6 @@
 
 #include "stmctl/doctor/finding.hpp"
 
-#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <optional>
@@ -12,10 +11,17 @@
 namespace stmctl
 {
 
+struct NodeFile {
+    mode_t mode = 0;
+    uid_t owner = 0;
+    gid_t group = 0;
+    dev_t number = 0; // of a device
+};
+
 struct DeviceNode {
-    int error = 0;                   // the errno with which it cannot be opened; 0 if it can
-    std::optional<struct stat> file; // what was opened, or what has its name
-    bool has_driver = false;         // which answers as one for SPI does
+    int error = 0;                // the errno with which it cannot be opened; 0 if it can
+    std::optional<NodeFile> file; // what was opened, or what has its name
+    bool has_driver = false;      // which answers as one for SPI does
 };
 
 struct Caller {

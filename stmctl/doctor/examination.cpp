@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -36,11 +37,13 @@ class Descriptor
     int number_;
 };
 
-std::optional<struct stat> file_of(int descriptor)
+std::optional<NodeFile> file_of(int descriptor)
 {
     struct stat file = {};
     const int result = descriptor < 0 ? stat(DEVICE, &file) : fstat(descriptor, &file);
-    return result == 0 ? std::optional(file) : std::nullopt;
+    return result == 0
+               ? std::optional(NodeFile{file.st_mode, file.st_uid, file.st_gid, file.st_rdev})
+               : std::nullopt;
 }
 
 void look_at_lock(int descriptor, Examination &examination)

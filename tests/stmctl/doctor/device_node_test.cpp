@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <sys/sysmacros.h>
 
 #include <cerrno>
@@ -16,13 +17,9 @@ constexpr uid_t NOBODY = 4'000'001; // numbers that no system names
 constexpr gid_t GROUP = 4'000'002;
 constexpr gid_t OTHER_GROUP = 4'000'003;
 
-struct stat file_with(mode_t mode, gid_t group = GROUP)
+NodeFile file_with(mode_t mode, gid_t group = GROUP)
 {
-    struct stat file = {};
-    file.st_mode = mode;
-    file.st_gid = group;
-    file.st_rdev = makedev(153, 1);
-    return file;
+    return {mode, 0, group, makedev(153, 1)};
 }
 
 DeviceNode opened(mode_t mode, bool has_driver)
