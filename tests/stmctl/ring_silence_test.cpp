@@ -158,6 +158,18 @@ TEST_F(RingSilence, an_earlier_writer_s_slots_are_no_loss)
     EXPECT_EQ(count(read_text("read.csv"), "\n"), 100U);
 }
 
+TEST_F(RingSilence, a_loss_fails_the_reader_that_is_to_fail_on_it)
+{
+    RingBuffer &ring = other_writer(20);
+    ring.slots[ring.write_index++] = numbered(30);
+    end_other_writer();
+    EXPECT_EQ(read("--duration 1").status, 0);
+    const Result failed = read("--duration 1 --fail-on-loss");
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_EQ(failed.errors, "stmctl: ring read: 21 records, 9 lost, 0 rejected, 0 overflowing, 0 "
+                             "overruns, 0 restarts of the writer\n");
+}
+
 TEST_F(RingSilence, a_mark_that_nobody_leaves_is_as_good_as_none)
 {
     RingBuffer &ring = other_writer(20);

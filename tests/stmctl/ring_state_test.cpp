@@ -1,4 +1,5 @@
 // ring status and ring remove: what is told of a ring that is new, odd, damaged or another's.
+#include "tests/stmctl/numbered_record.hpp"
 #include "tests/stmctl/ring_bench.hpp"
 
 #include "link/stm_com_funcs.h"
@@ -7,6 +8,8 @@
 #include <sys/shm.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstddef>
 #include <regex>
 
 namespace
@@ -144,6 +147,24 @@ TEST_F(RingState, a_program_that_leaves_no_mark_may_be_its_writer)
     shmdt(ring);
 }
 
+// From among other processes those that have it attached cannot be seen.
+TEST_F(RingState, a_process_that_cannot_be_seen_may_be_its_writer)
+{
+    RingBuffer *ring = attached();
+    const auto writer = [&](uint8_t mark) {
+        reinterpret_cast<uint8_t *>(ring)[offsetof(RingBuffer, reader_open) + 1] = mark;
+        return script("unshare --pid --fork --mount-proc $STMCTL ring status | grep ^writer")
+            .output;
+    };
+    const std::string next = "; its flag is free; fills slot 0 next\n";
+    const std::string unseen =
+        "writer      unknown: who has it attached may not be looked at" + next;
+    EXPECT_EQ(writer(0), unseen);
+    EXPECT_EQ(writer(1), unseen);
+    EXPECT_EQ(writer(2), "writer      ended cleanly" + next);
+    shmdt(ring);
+}
+
 TEST_F(RingState, is_told_as_json)
 {
     RingBuffer *ring = attached();
@@ -167,13 +188,54 @@ TEST_F(RingState, is_told_as_json)
                       "\"damaged\":false}\n");
 }
 
+TEST_F(RingState, each_number_has_its_place_in_json)
+{
+    RingBuffer *ring = attached();
+    ring->slots[3] = numbered(-2);
+    ring->write_index = 4;
+    ring->mark = 5;
+    ring->read_pos = 6;
+    ring->values_left = 7;
+    ring->count = 8;
+    ring->reader_open = 1;
+    shmdt(ring);
+    const std::string us = std::to_string(getpid());
+    const std::string first = script("$STMCTL ring status --json").output;
+    for (const std::string &words :
+         {std::string("\"flag\":0,\"next_slot\":4},\"reader\":{\"flag\":1,\"slot\":6,\"mark\":5,"
+                      "\"values_left\":7},\"count\":8,"),
+          std::string("\"newest\":{\"rel_t\":4294967294,\"nr\":"),
+          "\"made_by\":" + us + ",\"last_use\":" + us + ",\"attached_at\":\"2"}) {
+        EXPECT_NE(first.find(words), std::string::npos) << words << '\n' << first;
+    }
+    const std::string second = script("$STMCTL ring status --json").output;
+    EXPECT_NE(second.find("\"made_by\":" + us + ","), std::string::npos);
+    EXPECT_EQ(second.find("\"last_use\":" + us + ","), std::string::npos) << "stmctl has looked";
+    EXPECT_NE(status().output.find("newest      rel_t 4294967294, nr "), std::string::npos);
+}
+
+TEST_F(RingState, its_last_times_are_told_apart)
+{
+    const auto begin = std::chrono::system_clock::now();
+    RingBuffer *ring = attached();
+    const auto second = std::chrono::seconds(2); // at least one between the two, in whole ones
+    wait_until("later", [&] { return std::chrono::system_clock::now() > begin + second; });
+    shmdt(ring);
+    const std::string json = script("$STMCTL ring status --json").output;
+    std::smatch times;
+    ASSERT_TRUE(std::regex_search(
+        json, times, std::regex("\"attached_at\":\"([^\"]*)\",\"detached_at\":\"([^\"]*)\"")));
+    EXPECT_LT(times[1].str(), times[2].str());
+}
+
 TEST_F(RingState, damage_is_told_in_json_too)
 {
     RingBuffer *ring = attached();
+    ring->slots[RINGBUFFER_SLOTS - 1] = numbered(9); // in front of the index, taken round
     ring->write_index = 160;
     const Result result = script("$STMCTL ring status --json");
     EXPECT_EQ(result.status, 1);
-    EXPECT_TRUE(result.output.ends_with(",\"damaged\":true}\n")) << result.output;
+    EXPECT_TRUE(result.output.ends_with(",\"newest\":null,\"damaged\":true}\n")) << result.output;
     EXPECT_NE(result.output.find("\"processes\":[{\"process\":" + std::to_string(getpid())),
               std::string::npos);
     shmdt(ring);

@@ -74,6 +74,7 @@ TEST_F(Ring, status_names_the_processes_that_use_it)
 TEST_F(Ring, removal_may_be_forced)
 {
     EXPECT_EQ(script("fill 0.1; $STMCTL ring remove").output, "removed\n");
+    EXPECT_EQ(script("fill 0.1; $STMCTL ring remove --force").output, "removed\n");
     RingBuffer *ring = segment();
     const Result kept = script("$STMCTL ring remove");
     EXPECT_EQ(kept.status, 1);
@@ -140,6 +141,19 @@ TEST_F(Ring, number_and_time_and_user_end_the_reader)
     EXPECT_EQ(script("$STMCTL ring read --from-now --from-oldest").status, 2);
     EXPECT_EQ(script("$STMCTL ring read --timestamps").status, 2);
     EXPECT_EQ(script("$STMCTL ring").status, 2);
+}
+
+TEST_F(Ring, the_reader_s_file_is_written_as_is_asked_for)
+{
+    const std::string read = "$STMCTL ring read --from-oldest -n 2 --format csv --separator , "
+                             "-o read.csv ";
+    EXPECT_EQ(script("fill 0.1; " + read + "&& " + read + "--append").status, 0);
+    const std::string text = read_text("read.csv");
+    EXPECT_EQ(count(text, "\n"), 5U);
+    EXPECT_EQ(text.substr(0, 19), "\"nr\",\"temp\",\"rel_t\"");
+    const Result kept = script(read + "--no-clobber");
+    expect_failure(kept, 1, "'read.csv' is there already; --no-clobber keeps it");
+    EXPECT_EQ(read_text("read.csv"), text);
 }
 
 TEST_F(Ring, a_slot_that_does_not_check_is_rejected)

@@ -1,13 +1,12 @@
 // Goal: a file that cannot be written whole stays as it was, and nothing is left beside it.
 #include "stmctl/output/whole_file.hpp"
 #include "stmctl/process/failure.hpp"
+#include "tests/stmctl/output/small_disk.hpp"
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -18,25 +17,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-// Files of this process may not grow beyond a size, as on a disk that is full.
-class SmallDisk
-{
-  public:
-    explicit SmallDisk(rlim_t size)
-    {
-        signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit = {size, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~SmallDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-    SmallDisk(const SmallDisk &) = delete;
-    SmallDisk &operator=(const SmallDisk &) = delete;
-
-  private:
-    rlimit before_ = {};
-};
 
 class WholeFile : public testing::Test
 {

@@ -8,7 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <limits>
+#include <numeric>
 
 using namespace stmctl;
 
@@ -69,6 +71,31 @@ TEST(RingSlot, is_whole_with_its_own_checksum_alone)
         EXPECT_FALSE(is_whole(damaged)) << byte;
     }
     EXPECT_FALSE(is_whole({}));
+}
+
+// Byte 0 is 0x00 on the wire, byte 1 is 0x01 and so on: no two fields are alike.
+TEST(RingSlot, has_its_checksum_over_the_order_of_the_wire)
+{
+    uint8_t wire[46];
+    std::iota(std::begin(wire), std::end(wire), uint8_t{0});
+    RingRecord slot = {};
+    slot.nr = 0x01;
+    slot.temp = 0x0302;
+    slot.rel_t = 0x07060504;
+    slot.Uen = 0x0B0A0908;
+    slot.U1e = 0x0F0E0D0C;
+    slot.U2e = 0x13121110;
+    slot.U3e = 0x17161514;
+    slot.negIe = 0x1B1A1918;
+    slot.I1 = 0x1F1E1D1C;
+    slot.I2 = 0x23222120;
+    slot.I3 = 0x27262524;
+    slot.BE1 = 0x2928;
+    slot.BE2 = 0x2B2A;
+    slot.BE = 0x2C;
+    slot.buffered = 0x2D;
+    slot.checksum = stm_crc16(wire, sizeof(wire));
+    EXPECT_TRUE(is_whole(slot));
 }
 
 TEST(RingSlot, is_empty_until_anything_is_in_it)
