@@ -280,6 +280,17 @@ TEST_F(Follow, a_silent_board_is_said_once)
     EXPECT_NE(result.errors.find(" time-outs\n"), std::string::npos);
 }
 
+// Forty records fill no buffer: what waits for a full one is there when all have come.
+TEST_F(Follow, what_has_come_is_soon_to_be_seen)
+{
+    const std::string follow = really({"--rate", "1"}, {"follow", "-n", "40", "--format", "csv"});
+    for (const char *where : {"-o log", ">log"}) {
+        const Result result =
+            in_script("rm -f log; " + follow + where + " < <(await '^2;' log; printf 's\\n')");
+        EXPECT_EQ(result.status, 3) << where << result.errors;
+    }
+}
+
 TEST_F(Follow, a_reader_that_goes_away_ends_it_quietly)
 {
     const Result result =

@@ -77,6 +77,19 @@ TEST_F(Judgement, words_that_are_no_seconds_of_silence_are_refused)
     }
 }
 
+TEST_F(Judgement, help_tells_what_counts_as_a_silence)
+{
+    const std::string stream = "(10; with --keep-going 2)\n";
+    const std::vector<std::pair<Words, std::string>> commands = {
+        {{"follow"}, stream},         {{"records"}, stream},        {{"watch"}, stream},
+        {{"ring", "write"}, "(2)\n"}, {{"ring", "read"}, "(10)\n"},
+    };
+    for (const auto &[command, silence] : commands) {
+        const std::string help = stmctl(with(command, {"--help"})).output;
+        EXPECT_NE(help.find("  what counts as a silence " + silence), std::string::npos) << help;
+    }
+}
+
 // The board is silent for 1.9 s, 3 s before the end.
 TEST_F(Judgement, silence_is_what_its_user_calls_so)
 {
@@ -90,6 +103,23 @@ TEST_F(Judgement, silence_is_what_its_user_calls_so)
         << shorter.errors;
     const Result longer = judged(follow, silent, {"--silence", "3"});
     EXPECT_EQ(longer.errors.find("silent for"), std::string::npos) << longer.errors;
+}
+
+TEST_F(Judgement, every_command_takes_its_user_s_word_for_a_silence)
+{
+    const Words silent = {"--fault", "silence@t=2s..3.9s"};
+    for (const Words &command : {Words{"watch", "--keep-going"}, Words{"ring", "write"}}) {
+        const Words limited = with(command, {"--duration", "7"});
+        const std::string usual = judged(limited, silent, {}).errors;
+        EXPECT_NE(usual.find(", silent for 2."), std::string::npos) << usual;
+        const std::string longer = judged(limited, silent, {"--silence", "3"}).errors;
+        EXPECT_EQ(longer.find("silent for"), std::string::npos) << longer;
+        EXPECT_NE(longer.find(", 4 time-outs\n"), std::string::npos) << longer;
+    }
+    const Words records = {"records", "-n", "200", "--variant", "temp", "--keep-going"};
+    const std::string waits =
+        judged(records, {"--fault", "silence@t=0.006s..2.6s"}, {"--silence", "10"}).errors;
+    EXPECT_NE(waits.find(", silent for 10.1 s, 20 time-outs\n"), std::string::npos) << waits;
 }
 
 TEST_F(Judgement, a_silence_that_goes_on_ends_the_run_at_the_time_given)

@@ -1,6 +1,8 @@
 // plot: a CSV as a picture or in the terminal; nothing in it is a word of gnuplot's.
 #include "tests/stmctl/record_bench.hpp"
 
+#include <csignal>
+
 namespace
 {
 
@@ -64,7 +66,8 @@ TEST_F(Plot, values_that_are_all_the_same_are_drawn_without_a_warning)
 {
     write_lines("one.csv", {"\"rel_t\";\"U1e\";", "7;1;"});
     write_lines("same.csv", {"\"rel_t\";\"U1e\";", "7;1;", "8;1;"});
-    for (const char *file : {"one.csv", "same.csv"}) {
+    write_lines("above.csv", {"\"rel_t\";\"U1e\";", "7;900;", "8;900;"});
+    for (const char *file : {"one.csv", "same.csv", "above.csv"}) {
         const Result result = plot({file, "--columns", "U1e"});
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.errors, "");
@@ -101,6 +104,9 @@ TEST_F(Plot, what_cannot_be_drawn_is_said)
     write_lines("control.csv", {"\"U1e\";", "5;", "\x1B[2J;"});
     expect_failure(plot({"control.csv", "--columns", "U1e"}), 1,
                    "control.csv: line 3: '\\x1B[2J' is no number");
+    write_lines("delete.csv", {"\"U1e\";", "\x7F;"});
+    expect_failure(plot({"delete.csv", "--columns", "U1e"}), 1,
+                   "delete.csv: line 2: '\\x7F' is no number");
     expect_failure(plot({"records.csv", "--columns", "U1e,,I1"}), 2,
                    "--columns: names with commas between them, not 'U1e,,I1'");
 }
@@ -218,6 +224,19 @@ TEST_F(Plot, a_gnuplot_that_fails_is_told_and_no_picture_made)
         expect_failure(run(words), 1, "gnuplot failed");
         EXPECT_FALSE(std::filesystem::exists(path("a.svg"))) << gnuplot;
     }
+}
+
+// Signals 13 and 25, which stmctl itself ignores: a shell, too, leaves those ignored that are so.
+TEST_F(Plot, gnuplot_ends_by_a_closed_pipe_and_a_full_disk_as_ever)
+{
+    write_lines("gnuplot", {"#!/bin/sh", "cat >/dev/null", "grep SigIgn /proc/self/status"});
+    std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_all);
+    const Result result =
+        run(directly({"PATH=" + path("") + ":/usr/bin:/bin"}, {program(), "plot", "records.csv"}));
+    ASSERT_TRUE(result.output.starts_with("SigIgn:")) << result.output;
+    const uint64_t ignored = std::stoull(result.output.substr(sizeof("SigIgn:") - 1), nullptr, 16);
+    EXPECT_EQ(ignored & (uint64_t{1} << (SIGPIPE - 1)), 0U);
+    EXPECT_EQ(ignored & (uint64_t{1} << (SIGXFSZ - 1)), 0U);
 }
 
 TEST_F(Plot, what_its_user_has_set_up_for_other_plots_has_no_place_in_it)

@@ -69,6 +69,24 @@ TEST_F(Samples, a_cause_is_told_once)
     }
 }
 
+TEST_F(Samples, a_cause_that_ends_the_run_is_not_in_its_summary_again)
+{
+    for (const char *command : {"adc", "raw"}) {
+        const std::string errors =
+            with_fault("silence", {command, "--duration", "5", "--keep-going"}).errors;
+        EXPECT_EQ(count(errors, "nothing answers at all"), 1U) << errors;
+    }
+}
+
+// After pauses of 0.5 s, 1 s and so on up to 32 s, and then of a minute.
+TEST_F(Samples, what_keeps_failing_is_asked_for_once_a_minute_in_the_end)
+{
+    const std::string errors =
+        with_fault("deaf@0xC4=100000", {"adc", "--keep-going", "--duration", "20m"}).errors;
+    EXPECT_NE(errors.find("adc: 0 frames, 0 rejected, 26 not ready in time, "), std::string::npos)
+        << errors;
+}
+
 TEST_F(Samples, raw_bytes_in_every_format)
 {
     const std::string text = says({"raw"});

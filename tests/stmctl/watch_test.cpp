@@ -53,6 +53,16 @@ TEST_F(Watch, every_variant_can_be_watched)
     EXPECT_EQ(stmctl({"watch", "--duration", "0"}).status, 2);
 }
 
+// As many records as fit into a block: the larger they are, the fewer.
+TEST_F(Watch, the_variant_is_the_one_asked_for)
+{
+    const char *const blocks[][2] = {{"base", "73"}, {"omega", "78"}, {"temp", "85"}};
+    for (const auto &[variant, records] : blocks) {
+        stmctl({"watch", "--duration", "0.1", "--variant", variant});
+        EXPECT_EQ(transcript().at(1).note, std::string(records) + " records asked for") << variant;
+    }
+}
+
 TEST_F(Watch, a_failing_exchange_ends_it_or_is_overcome)
 {
     const Result ended = with_fault("exchange@60", {"watch", "--duration", "5"});
