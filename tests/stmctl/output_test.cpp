@@ -89,6 +89,12 @@ TEST_F(Output, closed_standard_output_is_an_error)
     EXPECT_EQ(result.errors, "stmctl: cannot write the output: Bad file descriptor\n");
 }
 
+TEST_F(Output, closed_standard_input_is_an_error_for_who_reads_it)
+{
+    expect_failure(run({"bash", "-c", quoted(directly({}, {program(), "plot"})) + "<&-"}), 1,
+                   "cannot read standard input: Bad file descriptor");
+}
+
 TEST_F(Output, the_device_never_becomes_a_standard_descriptor)
 {
     const Result result = in_shell({"state"}, "<&- 2>&-");

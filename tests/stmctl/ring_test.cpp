@@ -156,6 +156,16 @@ TEST_F(Ring, the_reader_s_file_is_written_as_is_asked_for)
     EXPECT_EQ(read_text("read.csv"), text);
 }
 
+TEST_F(Ring, reader_ends_quietly_when_nobody_takes_what_it_shows)
+{
+    const Result result =
+        script("fill 0.1; { await_command test -e closed\n"
+               "$STMCTL ring read --from-oldest -n 5 --format csv; echo $? >status; } |\n"
+               "{ exec <&-; touch closed; }");
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(read_text("status"), "0\n");
+}
+
 TEST_F(Ring, a_slot_that_does_not_check_is_rejected)
 {
     script("fill 0.5");

@@ -54,6 +54,15 @@ TEST_F(WholeFile, gets_all_of_the_text)
     EXPECT_EQ(files(), 1);
 }
 
+TEST_F(WholeFile, keeps_its_rights)
+{
+    for (const auto rights : {fs::perms(0600), fs::perms(0751)}) {
+        fs::permissions(file(), rights);
+        write_whole(file(), "new");
+        EXPECT_EQ(fs::status(file()).permissions(), rights);
+    }
+}
+
 TEST_F(WholeFile, stays_as_it_was_on_a_disk_that_is_full)
 {
     try {
