@@ -73,10 +73,12 @@ Destination::Destination(std::string name, OldContent old, std::string beginning
     }
 }
 
+// What somebody else has put into a file that we made, and did not begin, is theirs.
 Destination::~Destination()
 {
+    const bool nobody_needs_it = made_ && size_of_regular(file_.descriptor()) == 0;
     file_.close();
-    if (made_) {
+    if (nobody_needs_it) {
         unlink(name_.c_str());
     }
 }

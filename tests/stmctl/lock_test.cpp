@@ -54,6 +54,23 @@ TEST_F(Lock, the_second_refuses_and_names_the_first)
     EXPECT_EQ(finish(holder).status, 3);
 }
 
+TEST_F(Lock, what_was_written_meanwhile_to_the_log_is_not_continued)
+{
+    const pid_t holder = hold({"follow", "--keep-going"});
+    const Result second =
+        beside({"records", "-o", path("log"), "--format", "csv", "--append", "--wait"},
+               "(for i in $(seq 6000); do grep -qs 'waiting for' " + path("errors") +
+                   " && break; sleep 0.05; done; echo other >" + path("log") + "; kill -INT " +
+                   std::to_string(holder) + ") & ");
+    finish(holder);
+    EXPECT_EQ(second.status, 1);
+    EXPECT_NE(second.errors.find("stmctl: cannot append to '" + path("log") +
+                                 "': its first line is another one; "),
+              std::string::npos)
+        << second.errors;
+    EXPECT_EQ(read_text("log"), "other\n");
+}
+
 TEST_F(Lock, the_second_waits_when_told_and_the_dialogues_do_not_mix)
 {
     const pid_t holder = hold();
