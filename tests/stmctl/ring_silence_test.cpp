@@ -148,6 +148,15 @@ TEST_F(RingSilence, nothing_in_a_limited_time_has_a_reason)
     expect_reason("its writer was killed");
 }
 
+TEST_F(RingSilence, that_nothing_comes_is_said_after_two_seconds)
+{
+    script("fill 0.1");
+    const std::string said = "stmctl: ring read: no writer is there; waiting for one\n";
+    EXPECT_EQ(count(read("--duration 1.9").errors, said), 0U);
+    EXPECT_EQ(count(read("--duration 2.1").errors, said), 1U);
+    EXPECT_EQ(count(read("--duration 30").errors, said), 1U);
+}
+
 TEST_F(RingSilence, an_earlier_writer_s_slots_are_no_loss)
 {
     script("fill 0.4; fill 0.1");
