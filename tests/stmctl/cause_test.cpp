@@ -312,4 +312,20 @@ TEST_F(RingCause, a_ring_of_another_user_cannot_be_removed)
     EXPECT_NE(shmget(RINGBUFFER_KEY, 0, 0), -1);
 }
 
+TEST_F(RingCause, a_writer_of_another_user_is_unknown_and_who_sees_it_is_told)
+{
+    make(0666);
+    const void *ring = shmat(shmget(RINGBUFFER_KEY, 0, 0), nullptr, 0);
+    const std::string unknown = "unknown: who has it attached may not be looked at";
+    const Result status = as_nobody({"ring", "status"});
+    EXPECT_NE(status.output.find("writer      " + unknown + ";"), std::string::npos)
+        << status.output;
+    const Result doctor = as_nobody({"doctor"});
+    EXPECT_NE(doctor.output.find("ring      unknown  there; its writer: " + unknown +
+                                 "\n                   sudo stmctl doctor sees them\n"),
+              std::string::npos)
+        << doctor.output;
+    shmdt(ring);
+}
+
 } // namespace

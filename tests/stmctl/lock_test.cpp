@@ -1,7 +1,10 @@
 // Two stmctl at once: one refuses or waits, and their dialogues do not mix.
 #include "tests/stmctl/stmctl_bench.hpp"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <thread>
@@ -115,6 +118,52 @@ TEST_F(Lock, waiting_ends_by_a_typed_s)
     EXPECT_EQ(second.status, 3);
     kill(holder, SIGINT);
     finish(holder);
+}
+
+TEST_F(Lock, every_command_of_the_device_waits_when_told_and_refuses_otherwise)
+{
+    write_file("image.bin", {1});
+    write_file("settings.txt", {'s', 'a', 'm', 'p', 'l', 'e', 's', 'k', 'i', 'p', ' ', '5'});
+    says({"state"});
+    const int lock = open(path("board/spidev1.0").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    const Words commands[] = {
+        {"flash", "firmware", "image.bin"},
+        {"flash", "booter", "image.bin", "--yes"},
+        {"state"},
+        {"version"},
+        {"start"},
+        {"reset"},
+        {"get", "sampletime"},
+        {"get", "--all"},
+        {"set", "sampletime", "100"},
+        {"save", "saved.txt"},
+        {"restore", "settings.txt"},
+        {"peek", "0"},
+        {"poke", "0", "1"},
+        {"dump", "0", "1"},
+        {"text", "0"},
+        {"records"},
+        {"follow"},
+        {"adc"},
+        {"raw"},
+        {"watch"},
+    };
+    for (Words words : commands) {
+        SCOPED_TRACE(joined(words));
+        const Result refused = in_shell(words, "</dev/null");
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_NE(refused.errors.find("); --wait waits for it\n"), std::string::npos);
+        words.emplace_back("--wait");
+        const Result stopped = in_shell(words, "<<<s");
+        EXPECT_EQ(stopped.status, 3);
+        EXPECT_EQ(stopped.errors.find("stmctl: waiting for process "), 0U) << stopped.errors;
+        EXPECT_TRUE(
+            stopped.errors.ends_with(")\nstmctl: stopped while waiting for /dev/spidev1.0\n"))
+            << stopped.errors;
+        EXPECT_EQ(refused.output + stopped.output, "");
+    }
+    close(lock);
 }
 
 TEST_F(Lock, commands_without_the_device_do_not_care)

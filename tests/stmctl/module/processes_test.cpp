@@ -168,6 +168,29 @@ TEST_F(Users, what_is_no_open_file_has_no_users)
     EXPECT_FALSE(other_users_of(-1).some_hidden);
 }
 
+// A program that writes over its own name leaves such words, too.
+TEST_F(Users, a_process_is_named_without_the_empty_words_at_its_end)
+{
+    int ends[2] = {};
+    int begun[2] = {};
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC) + pipe2(begun, O_CLOEXEC), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(ends[0], STDIN_FILENO);
+        execl("/bin/cat", "/bin/cat", "-", "", "", "", nullptr);
+        _exit(127);
+    }
+    close(begun[1]);
+    char none = 0;
+    EXPECT_EQ(read(begun[0], &none, 1), 0); // closed by what the child becomes
+    EXPECT_EQ(process_words(child), "process " + std::to_string(child) + " (cat -)");
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    close(begun[0]);
+    close(ends[0]);
+    close(ends[1]);
+}
+
 TEST_F(Users, a_process_that_has_ended_has_no_command_line)
 {
     const pid_t child = fork();
