@@ -239,6 +239,7 @@ TEST_F(Doctor, several_who_talk_at_once_are_bad)
                         "they say gets mixed\n"),
               std::string::npos)
         << result.output;
+    EXPECT_TRUE(line(result, "runs").ends_with(") have the device open\n")) << result.output;
 }
 
 TEST_F(Doctor, a_stmctl_at_work_is_named_as_the_holder_of_the_lock)

@@ -214,6 +214,13 @@ TEST_F(Settings, file_without_any_is_refused)
                      "stmctl: large.txt: more than 1048576 bytes, these are no settings\n");
 }
 
+TEST_F(Settings, file_of_just_the_largest_size_is_taken)
+{
+    const std::string setting = "sampletime 100\n";
+    write_text("settings.txt", setting + std::string((1 << 20) - setting.size(), ' '));
+    EXPECT_EQ(stmctl({"restore", "settings.txt"}).output, "sampletime = 100 (answer 1)\n");
+}
+
 TEST_F(Settings, written_by_hand_may_be_such_as_cannot_be_asked_for)
 {
     write_text("settings.txt", "adc-value-pair 3 12.5 0.25\nbe-word-97 1 = 0xFFFF\n");

@@ -44,6 +44,40 @@ TEST_F(Usage, every_command_is_in_the_help_and_has_one_with_examples)
     EXPECT_EQ(shown({"help"}), all);
 }
 
+TEST_F(Usage, help_sums_up_each_command)
+{
+    const std::string all = shown({"--help"});
+    const std::pair<std::string, std::string> summaries[] = {
+        {"flash", "write an image into the co-processor's flash"},
+        {"state", "show what the co-processor runs"},
+        {"version", "show the version of the boot loader"},
+        {"start", "start the boot loader"},
+        {"reset", "leave the boot loader and start the application"},
+        {"get", "ask for a value"},
+        {"set", "change a setting"},
+        {"list", "list all settings and queries"},
+        {"save", "write the settings into a file"},
+        {"restore", "send the settings of a file"},
+        {"peek", "read a byte, or four, of the co-processor's memory"},
+        {"poke", "write bytes into the co-processor's memory"},
+        {"dump", "show a range of the co-processor's memory"},
+        {"text", "read the text that an address gives byte by byte, or write one"},
+        {"records", "read measurement records"},
+        {"follow", "show the live stream of records"},
+        {"adc", "read a frame of the converter's values"},
+        {"raw", "read 50 bytes that only the firmware understands; 48 are shown"},
+        {"watch", "watch how well the live stream of records goes"},
+        {"ring", "hand records to other processes through shared memory"},
+        {"plot", "draw columns of records"},
+        {"doctor", "look at all that a board needs, and tell what is wrong"},
+        {"completion", "print the completions for a shell"},
+    };
+    for (const auto &[name, summary] : summaries) {
+        const std::string line = "  " + name + std::string(28 - name.size(), ' ') + summary + "\n";
+        EXPECT_NE(all.find("\n" + line), std::string::npos) << line;
+    }
+}
+
 TEST_F(Usage, help_has_topics)
 {
     EXPECT_NE(shown({"--help", "access"}).find("usermod -aG spi"), std::string::npos);

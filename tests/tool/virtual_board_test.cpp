@@ -109,6 +109,9 @@ TEST_F(VirtualBoard, says_when_there_is_no_such_command_or_it_cannot_be_run)
     result = run({TOOL_VIRTUAL_BOARD, "./plain"});
     EXPECT_EQ(result.status, 126);
     EXPECT_EQ(result.errors, "virtual-board: ./plain: Permission denied\n");
+    result = run({TOOL_VIRTUAL_BOARD, "./plain/command"});
+    EXPECT_EQ(result.status, 126);
+    EXPECT_EQ(result.errors, "virtual-board: ./plain/command: Not a directory\n");
 }
 
 TEST_F(VirtualBoard, refuses_programs_that_no_library_can_be_loaded_into)

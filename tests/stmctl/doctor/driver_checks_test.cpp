@@ -1,0 +1,77 @@
+// Goal: what is said of a wire whose settings and pace the virtual board never has.
+#include "stmctl/doctor/checks.hpp"
+
+#include <gtest/gtest.h>
+
+using namespace stmctl;
+
+namespace
+{
+
+Examination with_bits(std::optional<uint8_t> bits_per_word)
+{
+    Examination examination;
+    examination.left = {0, 6'000'000, bits_per_word};
+    return examination;
+}
+
+// At a clock with which the wire takes 4096 bytes in a second.
+Finding exchange_of(double seconds)
+{
+    Examination examination;
+    examination.dialogue = Dialogue();
+    examination.dialogue->speed_hz = 32'768;
+    examination.dialogue->exchange_seconds = {seconds, {}};
+    return judge_exchange(examination);
+}
+
+TEST(WireMode, words_of_no_bits_are_words_of_eight)
+{
+    for (const std::optional<uint8_t> bits :
+         {std::optional<uint8_t>(), std::optional<uint8_t>(0), std::optional<uint8_t>(8)}) {
+        const Finding finding = judge_wire_mode(with_bits(bits));
+        EXPECT_EQ(finding.health, Health::good);
+        EXPECT_EQ(finding.words, "0, words of 8 bits");
+    }
+}
+
+TEST(WireMode, words_of_other_bits_are_bad)
+{
+    const Finding finding = judge_wire_mode(with_bits(16));
+    EXPECT_EQ(finding.health, Health::bad);
+    EXPECT_EQ(finding.words, "0, but words of 16 bits, as another program left them");
+    EXPECT_EQ(finding.remedy, "let it set them back to 8, or restart the system");
+}
+
+TEST(Clock, that_was_the_same_before_is_named_once)
+{
+    Examination examination = with_bits(8);
+    examination.dialogue = Dialogue();
+    examination.dialogue->speed_hz = 6'000'000;
+    EXPECT_EQ(judge_clock(examination).words, "6 MHz");
+    examination.left.speed_hz = 500'000;
+    EXPECT_EQ(judge_clock(examination).words, "6 MHz, before it was 0.5 MHz");
+    examination.left.speed_hz.reset();
+    EXPECT_EQ(judge_clock(examination).words, "6 MHz");
+}
+
+TEST(Exchange, of_more_than_ten_times_the_time_of_the_wire_is_bad)
+{
+    EXPECT_EQ(exchange_of(10.0).health, Health::good);
+    const Finding slow = exchange_of(10.5);
+    EXPECT_EQ(slow.health, Health::bad);
+    EXPECT_EQ(slow.words, "4096 bytes take 10500.00 ms, the wire alone 1000.00 ms");
+    EXPECT_EQ(slow.remedy, "is the machine busy, does the controller work without DMA?");
+}
+
+TEST(Lock, that_cannot_be_tried_is_bad_and_nothing_is_said_of_a_holder)
+{
+    Examination examination;
+    examination.lock_failure = "cannot lock /dev/spidev1.0: No locks available";
+    const Finding finding = judge_lock(examination);
+    EXPECT_EQ(finding.health, Health::bad);
+    EXPECT_EQ(finding.words, "cannot lock /dev/spidev1.0: No locks available");
+    EXPECT_EQ(finding.remedy, "see dmesg");
+}
+
+} // namespace
