@@ -344,6 +344,15 @@ TEST_F(Doctor, a_ring_is_good_unless_nobody_can_use_it)
     shmctl(small, IPC_RMID, nullptr);
 }
 
+// The boot loader is asked nothing for which the module looks at its user's wishes.
+TEST_F(Doctor, is_ended_by_its_user_whatever_it_asks)
+{
+    for (const std::string mode : {"application", "boot loader"}) {
+        expect_failure(in_shell({"doctor"}, "<<<s", {"--mode", mode}), 3,
+                       "doctor: stopped before it was done");
+    }
+}
+
 TEST_F(Doctor, tells_the_same_as_json)
 {
     const Result result = stmctl({"doctor", "--json"}, {"--fault", "silence"});

@@ -58,4 +58,22 @@ TEST_F(SurvivalFlash, each_attempt_in_vain_is_told_with_where_it_failed)
         << result.errors;
 }
 
+// It is there to be opened, and gone by the exchange that synchronises the link.
+TEST_F(SurvivalFlash, device_that_goes_away_again_while_it_is_opened_is_waited_for_once_more)
+{
+    const Words flashing = {"flash", "firmware", "ours.bin", "--retries", "1", "-q"};
+    EXPECT_EQ(stmctl(flashing, spell("gone", 0.3, 5)).status, 0);
+    const std::vector<Line> lines = transcript();
+    const auto back = std::ranges::find_if(
+        lines, [](const Line &line) { return line.microseconds >= 5'000'000; });
+    ASSERT_NE(back, lines.end());
+    EXPECT_EQ(back->length, 4096U);
+    const std::string again = "exchange@" + std::to_string(back->number) + "=ENODEV";
+    const Result result = stmctl(flashing, both(spell("gone", 0.3, 5), {"--fault", again}));
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(result.errors.ends_with("\nstmctl: the device is gone; waiting for it\n"))
+        << result.errors;
+    EXPECT_TRUE(flash(FIRMWARE_OFFSET, IMAGE_SIZE) == read_file("ours.bin"));
+}
+
 } // namespace

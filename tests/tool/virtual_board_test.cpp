@@ -133,6 +133,10 @@ TEST_F(VirtualBoard, refuses_libraries_that_cannot_be_loaded)
     std::filesystem::copy_file(TOOL_PRELOAD, path("a:b/l.so"));
     expect_refused({"--preload", "a:b/l.so", "true"},
                    path("a:b/l.so") + ": a library whose path has one of :;$ cannot be loaded");
+    std::filesystem::create_directory(path("a,b"));
+    std::filesystem::copy_file(TOOL_PRELOAD, path("a,b/l.so"));
+    expect_refused({"--emulator", "qemu", "--preload", "a,b/l.so", "true"},
+                   path("a,b/l.so") + ": a library whose path has one of :;$, cannot be loaded");
     if (!std::string(TOOL_EMULATOR).empty()) {
         const Result result = run({TOOL_VIRTUAL_BOARD, "--preload", TOOL_PRELOAD, "true"});
         EXPECT_EQ(result.status, 125);
