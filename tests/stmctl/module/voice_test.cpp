@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstring>
 #include <set>
 
 using namespace stmctl;
@@ -49,6 +50,16 @@ TEST(Voice, each_text_to_the_output_is_an_event)
     expect_heard("Transmitting datablock 12 (size: 0x0400, checksum: 0x1234)\n", Event::block_sent,
                  12);
     expect_heard("Transmitted data: 5000 Byte\n", Event::image_ended, 5000);
+}
+
+TEST(Voice, every_error_that_the_system_knows_ends_a_report)
+{
+    for (const int error : {EPERM, EREMOTEIO, ECANCELED, EHWPOISON}) {
+        const Report report = only_report(printed("SPI command", strerror(error)));
+        EXPECT_EQ(report.error, error);
+        EXPECT_EQ(report.reason, strerror(error));
+        EXPECT_EQ(report.text, "SPI command");
+    }
 }
 
 TEST(Voice, data_is_no_event)
