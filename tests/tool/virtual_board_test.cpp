@@ -238,6 +238,27 @@ TEST_F(VirtualBoard, without_a_folder_hands_signals_on_and_cleans_up)
     EXPECT_FALSE(std::filesystem::exists(folder));
 }
 
+TEST_F(VirtualBoard, without_a_folder_hands_every_signal_on_that_would_end_it)
+{
+    for (const std::string name :
+         {"HUP", "INT", "QUIT", "TERM", "USR1", "USR2", "ALRM", "PIPE", "PROF", "XCPU", "VTALRM"}) {
+        const Result result =
+            run({"env", "--default-signal", "bash", "-c", "\"$@\"", "bash", TOOL_VIRTUAL_BOARD,
+                 "bash", "-c",
+                 "trap 'echo caught; exit 5' " + name + "; kill -" + name +
+                     " $PPID; for ((i = 0; i < 3000; ++i)); do sleep 0.01; done"});
+        EXPECT_EQ(result.status, 5) << name;
+        EXPECT_EQ(result.output, "caught\n") << name;
+    }
+}
+
+TEST_F(VirtualBoard, without_a_folder_leaves_ignored_ends_of_children_ignored_for_its_command)
+{
+    const Result result = run({"env", "--default-signal", "--ignore-signal=CHLD",
+                               TOOL_VIRTUAL_BOARD, "grep", "SigIgn", "/proc/self/status"});
+    EXPECT_EQ(result.output, "SigIgn:\t0000000000010000\n");
+}
+
 TEST_F(VirtualBoard, in_a_folder_is_the_same_board_for_one_command_after_another)
 {
     EXPECT_EQ(update_with({"--version", "77"}, {"-start"}).status, 0);
