@@ -84,6 +84,8 @@ TEST_F(VirtualBoard, refuses_what_it_does_not_understand)
         words.emplace_back("true");
         expect_refused(words, "--through leaves the device real: it goes with --transcript only");
     }
+    expect_refused({"--seed", "3", "--through", "--transcript", "-", "true"},
+                   "--through leaves the device real: it goes with --transcript only");
     expect_refused({"--emulator", "qemu", "true"},
                    "--emulator needs --preload, a library of the command's architecture");
     expect_refused({"--preload", "no.so", "true"}, "--preload cannot be 'no.so'");
