@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Goal: the packages have what they should, lintian finds no error in them, and unpacked somewhere they
-# run. They are made of a build for use, as script/package makes it.
+# run. They are made of the build that is there: script/package makes them of one for use.
 #
-#   debian_test.sh <source folder> <build folder>
+#   debian_test.sh <build folder>
 set -euo pipefail
 
-source=$1 build=$2
+build=$1
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 
@@ -17,8 +17,8 @@ for tool in dpkg-deb dpkg-shlibdeps lintian; do
     command -v "$tool" >/dev/null || { echo "there is no $tool"; exit 77; }
 done
 
-"$source/script/package" "$build" >"$root/log" 2>&1 || { tail -n 30 "$root/log"; fail "script/package"; }
-packages=("$build"/packages/*.deb)
+cpack --config "$build/CPackConfig.cmake" -B "$root/packages" >"$root/log" 2>&1 || { cat "$root/log"; fail "cpack"; }
+packages=("$root"/packages/*.deb)
 [ ${#packages[@]} -eq 4 ] || fail "not four packages: ${packages[*]}"
 lintian --fail-on error --allow-root "${packages[@]}" || fail "lintian finds errors"
 
@@ -32,11 +32,11 @@ has bin/virtual-board
 has include/stm_com_funcs.h
 has share/bash-completion/completions/stmctl
 has share/man/man1/stmctl.1.gz
-owner() { grep -q " \./usr/$2" <<<"$(dpkg-deb -c "$build"/packages/"$1"_*.deb)" || fail "$2 is not in $1"; }
-owner libstm-com-funcs0 'lib/.*/libstm_com_funcs\.so\.0 ->'
-owner libstm-com-funcs-dev 'lib/.*/libstm_com_funcs\.so ->'
+owner() { grep -q " \./usr/$2" <<<"$(dpkg-deb -c "$root"/packages/"$1"_*.deb)" || fail "$2 is not in $1"; }
+owner libstm-com-funcs0 'lib/.*libstm_com_funcs\.so\.0 ->'
+owner libstm-com-funcs-dev 'lib/.*libstm_com_funcs\.so ->'
 owner stm-com-tools lib/udev/rules.d/60-spidev.rules
-owner virtual-board 'lib/.*/virtual-board/libvirtual-board\.so$'
+owner virtual-board 'lib/.*virtual-board/libvirtual-board\.so$'
 
 # A path of their own: nothing of the machine's is meant.
 cd "$root"
