@@ -1,6 +1,7 @@
 // The documents' transcripts: a fenced block that begins with "$ COMMAND" shows what its commands
 // say, on both channels, without blanks at the ends of lines. "..." stands for a part of a line,
-// and alone for any lines.
+// and alone for any lines. "$ virtual-board ... bash" opens a shell on a virtual board, in which the
+// further commands of a document run.
 #include "tests/docs/document.hpp"
 #include "tests/tool/workbench.hpp"
 
@@ -16,6 +17,11 @@ constexpr char ELISION[] = "...";
 bool is_command(const std::string &line)
 {
     return line.starts_with("$ ");
+}
+
+bool opens_board(const std::string &command)
+{
+    return command.starts_with("virtual-board ") && command.ends_with(" bash");
 }
 
 bool shows_commands(const Block &block)
@@ -70,10 +76,19 @@ class Transcripts : public Workbench
   protected:
     Lines run_in_shell(const std::string &command)
     {
-        const Result result = run({"bash", "-c",
-                                   "PATH=" DOCS_PROGRAMS ":$PATH; export LC_ALL=C; { " + command +
-                                       "\n} 2>&1 </dev/null"});
-        std::istringstream text(result.output);
+        const std::string in_path = "PATH=" DOCS_PROGRAMS ":$PATH; export LC_ALL=C; ";
+        write_text("commands", "{ " + command + "\n} 2>&1 </dev/null\n");
+        return lines_of(run({"bash", "-c", in_path + shell_ + " commands"}).output);
+    }
+
+    void write_text(const std::string &name, const std::string &text)
+    {
+        write_file(name, {text.begin(), text.end()});
+    }
+
+    static Lines lines_of(const std::string &output)
+    {
+        std::istringstream text(output);
         Lines lines;
         for (std::string line; std::getline(text, line);) {
             lines.push_back(line.substr(0, line.find_last_not_of(' ') + 1));
@@ -90,25 +105,49 @@ class Transcripts : public Workbench
             for (++i; i < block.lines.size() && !is_command(block.lines[i]); ++i) {
                 shown.push_back(block.lines[i]);
             }
-            const Lines real = run_in_shell(command);
+            if (opens_board(command)) {
+                shell_ = command;
+            }
+            const Lines real = run_in_shell(opens_board(command) ? "true" : command);
             const std::string wrong = difference(real, shown);
             EXPECT_EQ(wrong, "") << document << ": $ " << command << "\n" << joined(real);
         }
     }
-};
 
-TEST_F(Transcripts, are_what_the_commands_really_say)
-{
-    int blocks = 0;
-    for (const std::string &name : document_names()) {
+    // Returns the number of blocks.
+    int check_document(const std::string &name)
+    {
+        int blocks = 0;
+        shell_ = "bash";
         for (const Block &block : blocks_of(read_document(name))) {
             if (shows_commands(block)) {
                 ++blocks;
                 check(block, name);
             }
         }
+        return blocks;
     }
-    EXPECT_GE(blocks, 8);
+
+    std::string shell_; // runs a file of commands
+};
+
+TEST_F(Transcripts, are_what_the_commands_really_say)
+{
+    int blocks = 0;
+    for (const std::string &name : document_names()) {
+        blocks += check_document(name);
+    }
+    EXPECT_GE(blocks, 15);
+}
+
+TEST_F(Transcripts, draw_the_picture_that_readme_begins_with)
+{
+    check_document("README.md");
+    const auto drawing = [](const std::string &picture) {
+        return picture.substr(picture.find("<g id=")); // above are gnuplot's version and its pens
+    };
+    EXPECT_EQ(drawing(read_text("voltages.svg")),
+              drawing(joined(read_document("docs/voltages.svg").lines)));
 }
 
 TEST(Elisions, stand_for_any_lines_and_for_parts_of_one)
