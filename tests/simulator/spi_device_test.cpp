@@ -61,6 +61,32 @@ TEST_F(SpiDeviceTest, numbers_every_exchange_also_those_that_it_refuses)
     EXPECT_EQ(seen, (std::vector<int>{1, 2, 3, 4}));
 }
 
+TEST_F(SpiDeviceTest, sends_what_a_buffer_holds_now_and_not_what_it_held_before)
+{
+    SpiDevice device = device_with({});
+    Bytes sent = {0x91};
+    Bytes received(3);
+    EXPECT_EQ(exchange(device, sent, received), 1);
+    sent[0] = 0x44;
+    EXPECT_EQ(exchange(device, sent, received), 1);
+    EXPECT_EQ(received[0], 5);
+}
+
+TEST_F(SpiDeviceTest, sends_as_many_bytes_of_a_buffer_as_are_asked_for_each_time)
+{
+    SpiDevice device = device_with({});
+    const Bytes sent = {0x91, 0, 0};
+    Bytes received(3);
+    for (const uint32_t length : {3U, 1U, 2U}) {
+        spi_ioc_transfer descriptor = transfer(sent, received);
+        descriptor.len = length;
+        EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(1), &descriptor), static_cast<int>(length));
+    }
+    spi_ioc_transfer two[] = {transfer(sent, received), transfer(sent, received)};
+    two[0].len = 2;
+    EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(2), two), 5);
+}
+
 TEST_F(SpiDeviceTest, refuses_more_than_its_buffer_in_either_direction)
 {
     SpiDevice device = device_with({});

@@ -71,6 +71,11 @@ static void use_bad_pointers(void)
     say("no speed", ioctl(fd, SPI_IOC_RD_MAX_SPEED_HZ, NULL));
     say("too long", exchange(fd, bad, bad, 5000));
     say_version("afterwards", fd);
+    uint8_t *page = mmap(NULL, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    say("a good buffer", exchange(fd, page, &byte, 1));
+    mprotect(page, 4096, PROT_NONE);
+    say("the same when it has gone", exchange(fd, page, &byte, 1));
+    say_version("from another one", fd);
 }
 
 static void use_odd_transfers(void)
@@ -180,6 +185,24 @@ static void fork_from_threads(void)
     printf("children that could use the device: %d\n", whole);
 }
 
+/* A fork of which no handler hears: the child's bytes count, not those that the parent has there. */
+static void fork_unheard(void)
+{
+    static uint8_t byte = 0x91;
+    const int fd = open(DEVICE, O_RDWR);
+    uint8_t received = 0;
+    exchange(fd, &byte, &received, 1);
+    const pid_t child = _Fork();
+    if (child == 0) {
+        byte = 0x44;
+        exchange(fd, &byte, &received, 1);
+        _exit(received);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    printf("the child gets version %d\n", WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+}
+
 static void sleep_oddly(void)
 {
     struct timespec time = {1, 0};
@@ -263,6 +286,7 @@ static const struct {
     {"descriptors", use_descriptors}, {"interrupts", be_interrupted},
     {"forks", fork_from_threads},     {"times", sleep_oddly},
     {"delays", be_delayed},           {"cancel", cancel_thread},
+    {"unheard", fork_unheard},
 };
 
 int main(int argc, char **argv)

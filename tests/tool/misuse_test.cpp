@@ -34,6 +34,9 @@ TEST_F(Misuse, addresses_that_are_none_are_refused)
                                   "no speed: EFAULT",
                                   "too long: EMSGSIZE",
                                   "afterwards: version 5",
+                                  "a good buffer: 1",
+                                  "the same when it has gone: EFAULT",
+                                  "from another one: version 5",
                               }));
 }
 
@@ -92,6 +95,11 @@ TEST_F(Misuse, a_child_of_a_threaded_program_can_use_the_device)
         GTEST_SKIP() << "the emulator's own locks do not survive such forks";
     }
     EXPECT_EQ(of("forks"), "children that could use the device: 50\n");
+}
+
+TEST_F(Misuse, a_child_of_which_nobody_heard_sends_its_own_bytes)
+{
+    EXPECT_EQ(of("unheard"), "the child gets version 5\n");
 }
 
 TEST_F(Misuse, odd_times_are_refused_and_times_left_are_told)
