@@ -7,7 +7,7 @@
  *     ./front_end show 1
  *     ./front_end records 200 3 >records.csv
  *
- * A line "s" on standard input stops a wait for the co-processor, and so the live stream.
+ * A line "s" on standard input stops a wait for the co-processor, and with it the live stream.
  */
 #include "link/stm_com_funcs.h"
 
@@ -16,8 +16,7 @@
 #include <string.h>
 #include <unistd.h>
 
-/* Reads a line if there is one. The co-processor goes on waiting meanwhile, so this must not block.
- */
+/* Reads a line if there is one. It is called between polls, so it must not block. */
 static int typed_line(char *line)
 {
     struct pollfd input = {STDIN_FILENO, POLLIN, 0};
@@ -34,7 +33,7 @@ static int typed_line(char *line)
     return 1;
 }
 
-/* Pieces are shown as they come, also where standard output is a pipe. */
+/* Complete messages are shown at once, even if standard output is a pipe. */
 static int print(const char *text, int more)
 {
     const int written = fputs(text, stdout);
@@ -42,7 +41,7 @@ static int print(const char *text, int more)
     return more ? written : fflush(stdout);
 }
 
-/* Results below 0 are failures, which the module has reported. */
+/* Results below 0 are failures, which the module has already reported. */
 
 static int set_mode(const double *value)
 {
@@ -208,7 +207,7 @@ static int explain(void)
 {
     size_t i;
 
-    fputs("Usage: front_end OPERATION ARGUMENTS, which are numbers, decimal or with 0x\n", stderr);
+    fputs("Usage: front_end OPERATION ARGUMENTS (numbers, decimal or with 0x)\n", stderr);
     for (i = 0; i < OPERATIONS; ++i) {
         fprintf(stderr, "  %-10s  %s\n", operations[i].name, operations[i].arguments);
     }

@@ -17,14 +17,14 @@ static void stop(int signal_number)
     stopped = 1;
 }
 
-/* Asked at every poll: the stop line ends the stream. */
+/* Called at every poll; the stop line ends the stream. */
 static int ask(char *line)
 {
     strcpy(line, stopped ? STM_STOP_LINE : "");
     return stopped;
 }
 
-/* Records come with the flag 1; what comes with 0 is a report, such as a time-out. */
+/* Records have the flag 1; texts with the flag 0 are reports, such as a time-out. */
 static int take(const char *text, int more)
 {
     fputs(text, more ? stdout : stderr);

@@ -1,13 +1,13 @@
 /*
- * Reads records from the ring while another process writes them, and loses none that it could have
- * had.
+ * Reads records from the ring while another process writes them, and loses none as long as it keeps
+ * up.
  *
  *     cc -I. examples/ring_reader.c -Lbuild/lib -lstm_com_funcs -o ring_reader
  *     ./ring_reader 1000
  *
- * prints so many records as "nr rel_t U1e U2e U3e". It keeps its own place in the ring instead of
- * relying on the counter that both processes change, copies a slot before it looks at it, and puts
- * the fields back into the wire's order, over which the checksum was made.
+ * prints that many records as "nr rel_t U1e U2e U3e". It keeps its own place in the ring instead of
+ * relying on the counter that both processes change, copies a slot before using it, and puts the
+ * fields back into the wire's order, over which the checksum was computed.
  */
 #include "link/stm_com_funcs.h"
 
@@ -20,7 +20,7 @@
 
 static unsigned rejected = 0;
 
-/* A slot's place, from its address in the segment. */
+/* A slot's index, from its address in the segment. */
 static int place_of(RingBuffer *ring, const RingRecord *slot)
 {
     return (int)(slot - ring->slots);
@@ -31,7 +31,7 @@ static void put(uint8_t *to, const void *field, size_t size)
     memcpy(to, field, size); /* slots have the machine's byte order, which is the wire's */
 }
 
-/* On the wire Uen stands before U1e, and negIe before I1. */
+/* On the wire Uen comes before U1e, and negIe before I1. */
 static int is_whole(const RingRecord *record)
 {
     uint8_t wire[RINGBUFFER_SLOT_SIZE];

@@ -1,4 +1,4 @@
-# The shells look for a command's completions where a file of its name lies.
+# The shells look for a command's completions in a file of the command's name.
 function(stm_completion command component)
   install(FILES completions/${command}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${component})

@@ -1,9 +1,9 @@
-# Debian packages: cpack --config build/package/CPackConfig.cmake, or script/package, which does it all.
+# Debian packages: cpack --config build/package/CPackConfig.cmake, or script/package, which does everything.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME stm-com)
 set(CPACK_PACKAGE_VENDOR "")
 set(CPACK_PACKAGE_CONTACT "the stm_com_funcs contributors <stm-com-funcs@contributors.invalid>" CACHE
-  STRING "Who answers for the packages: NAME <ADDRESS>")
+  STRING "Maintainer of the packages: NAME <ADDRESS>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -16,7 +16,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS OFF)
 
-# Every package has its licence and its changelog in a folder of its own name.
+# Every package has its licence and changelog in a folder named after it.
 configure_file(changelog.in changelog @ONLY)
 stm_compressed(${CMAKE_CURRENT_BINARY_DIR}/changelog changelog.gz changelog_file)
 stm_compressed(${PROJECT_SOURCE_DIR}/CHANGELOG.md CHANGELOG.md.gz changes_file)
@@ -35,19 +35,19 @@ endmacro()
 
 stm_package(runtime libstm-com-funcs0 libs
   "byte protocol of an STM32 measuring co-processor"
-  "Opens the SPI link to the co-processor, loads images, changes settings, asks
-for values, reads measurements, and streams them through shared memory.")
+  "Opens the SPI link to the co-processor, loads images, changes settings,
+queries values, reads measurements, and streams them through shared memory.")
 stm_package(development libstm-com-funcs-dev libdevel
   "byte protocol of an STM32 measuring co-processor - development files"
-  "Header, archive, and what pkg-config and CMake need to build front ends.")
+  "Header, archive, and the files with which pkg-config and CMake find them.")
 stm_package(tools stm-com-tools utils
   "tools for an STM32 measuring co-processor"
-  "update loads firmware and boot loaders; stmctl does everything else, too:
+  "update loads firmware and boot loaders; stmctl does that and everything else:
 settings, queries, memory, measurements, live streams and plots.")
 stm_package(simulator virtual-board utils
   "virtual STM32 measuring co-processor"
-  "Runs programs that talk to the co-processor on a machine that has none: a
-virtual one answers behind /dev/spidev1.0.")
+  "Runs programs that talk to the co-processor on machines that have none: a
+virtual co-processor answers on /dev/spidev1.0.")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
   ${CMAKE_CURRENT_SOURCE_DIR}/shlibs ${CMAKE_CURRENT_SOURCE_DIR}/triggers)

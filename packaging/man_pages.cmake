@@ -1,4 +1,4 @@
-# Pages and changelogs are compressed, as man expects them and Debian wants them, where gzip is at hand.
+# Pages and changelogs are compressed if gzip is available, as man expects and Debian requires.
 find_program(STM_GZIP gzip)
 
 # stm_compressed(source name result): result is the file to install.
