@@ -1,5 +1,5 @@
-// Tables of rows that each begin with a command code: every code once, and a look-up that the
-// compiler makes, so that an operation without a row does not compile.
+// Tables of rows that each start with a command code. Every code occurs once, and the compiler does
+// the look-up, so that an operation without a row does not compile.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ consteval bool codes_are_unique(const Row (&rows)[COUNT])
     return true;
 }
 
-void no_row_has_this_code(); // never defined: row_of cannot be evaluated once it comes to it
+void no_row_has_this_code(); // never defined: a call makes row_of impossible to evaluate
 
 template <typename Row, size_t COUNT>
 consteval const Row &row_of(const Row (&rows)[COUNT], uint8_t code)

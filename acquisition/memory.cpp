@@ -1,4 +1,4 @@
-// Reads by address: 'b' fetches the byte at one, 'u' a range from one on.
+// Reads by address: 'b' fetches the byte at an address, 'u' a range that starts there.
 #include "acquisition/reply.hpp"
 #include "link/bytes.hpp"
 #include "link/link.hpp"
@@ -15,7 +15,7 @@ namespace
 constexpr int32_t LONGEST_TEXT = 50;
 
 // Fetches the byte at an address to the start of rx_buffer.
-// Kept: a reply of no bytes counts as one; what was received last is then taken for the byte.
+// Kept: an empty reply counts as a reply; the byte received last is then used.
 bool fetch_byte(uint16_t address, StmPollFn poll, StmOutputFn output)
 {
     return stm_read_reply(
@@ -58,7 +58,7 @@ uint32_t stm_read_u32_be(uint16_t address, StmPollFn poll, StmOutputFn output)
     uint32_t number = 0;
     for (uint32_t i = 0; i < 4; ++i) {
         const int32_t byte = stm_read_byte(static_cast<uint16_t>(address + i), poll, output);
-        // Kept: a byte that cannot be read is -1, whose sign fills all bytes above it.
+        // Kept: a byte that cannot be read is -1, and sign extension sets all bytes above it.
         number = number << 8 | static_cast<uint32_t>(byte);
     }
     return number;
@@ -97,7 +97,7 @@ int32_t stm_dump_bytes(uint16_t address, uint16_t count, StmPollFn poll, StmOutp
     if (!stm_read_reply(length)) {
         return -1;
     }
-    // Kept: the caller's count is printed, whatever the length of the reply.
+    // Kept: count bytes are printed, whatever the length of the reply.
     const int32_t printed = count < STM_BUFFER_SIZE ? count : STM_BUFFER_SIZE;
     for (int32_t i = 0; i < printed; ++i) {
         const bool last = i == printed - 1;

@@ -1,5 +1,5 @@
 // The queries of single values: one row each, one line each, and one algorithm for all of them. A
-// transaction answers the length of the reply, the reply follows, and is printed by its kind.
+// transaction gives the length of the reply; then the reply is fetched and printed by its kind.
 #include "acquisition/code_table.hpp"
 #include "acquisition/reply.hpp"
 #include "link/bytes.hpp"
@@ -45,7 +45,7 @@ constexpr Query QUERIES[] = {
     {0x95, Reply::number16,   1, "BE channel"},
     {0x96, Reply::number16,   1, "BE channel"},
     {0x99, Reply::number32,   7, "ADC channel"},
-    {0x9A, Reply::number32,   7, "BE channel"}, // Kept: says BE, but has eight channels
+    {0x9A, Reply::number32,   7, "BE channel"}, // Kept: says BE, although it has eight channels
 };
 // clang-format on
 
@@ -68,7 +68,7 @@ consteval const Query &query(uint8_t code)
 
 constexpr int32_t TEXT_SIZE = 128;
 
-// Kept: nothing here goes through the link's message buffer.
+// Kept: nothing here uses the link's message buffer.
 [[gnu::format(printf, 2, 3)]] void print(StmOutputFn output, const char *format, ...)
 {
     char text[TEXT_SIZE];
@@ -81,7 +81,7 @@ constexpr int32_t TEXT_SIZE = 128;
 
 void print_text(int32_t length, StmOutputFn output)
 {
-    constexpr int32_t MOST = TEXT_SIZE - 2; // a line feed and a NUL come behind
+    constexpr int32_t MOST = TEXT_SIZE - 2; // a line feed and a NUL follow
     char text[TEXT_SIZE];
     const size_t taken = static_cast<size_t>(length < MOST ? length : MOST);
     memcpy(text, stm_link.rx_buffer, taken);

@@ -13,7 +13,7 @@ using namespace stm;
 namespace
 {
 
-// Which part of the argument the range test looks at. Kept: byte and word tests let arguments pass
+// The part of the argument that the range test covers. Kept: byte and word tests accept arguments
 // that are far out of range, as long as their low bits are in it.
 enum class Tested { low_byte, low_word, whole };
 
@@ -108,7 +108,7 @@ uint32_t tested_part(Tested tested, int argument)
     case Tested::whole:
         break;
     }
-    return static_cast<uint32_t>(argument); // numbers below 0 are too large, then
+    return static_cast<uint32_t>(argument); // makes negative numbers too large
 }
 
 int32_t set(const Setting &row, int argument, const Parameters &params, StmPollFn poll,
@@ -128,7 +128,7 @@ uint32_t stm_scale100(float value)
     constexpr float TOO_LARGE = 4294967296.0F; // 2^32
     const float product = value * 100.0F;
     if (!(product > 0.0F)) {
-        return 0; // also what is no number
+        return 0; // also for NaN
     }
     return product < TOO_LARGE ? static_cast<uint32_t>(product) : UINT32_MAX;
 }

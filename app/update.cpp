@@ -1,8 +1,8 @@
-// update: loads firmware or a boot loader into the co-processor, switches its mode or shows it.
+// update: loads firmware or a boot loader into the co-processor, and switches or shows its mode.
 //
 //     arguments - SIGINT handler - open the link - one operation - close the link - exit
 //
-// Kept: the exit status is 0 after every operation that was started, whatever came of it.
+// Kept: the exit status is 0 after any operation that was started, whatever its outcome.
 #include "app/update_options.hpp"
 #include "link/stm_com_funcs.h"
 
@@ -26,7 +26,7 @@ int console_output(const char *text, int)
 
 void sigint_handler(int)
 {
-    // Leaving at once is the point: what the interrupted call held is given back by the exit.
+    // The point is to end at once: the exit releases what the interrupted call held.
     // NOLINTBEGIN(bugprone-signal-handler,cert-sig30-c)
     puts("\nClean up...");
     puts("Program is shut down now");
@@ -60,7 +60,7 @@ void report_missing_image(const UpdateOptions &options)
     }
 }
 
-// Kept: the link is open by now; a missing image is told only after it was synchronised.
+// Kept: a missing image is reported only now, after the link has been opened and synchronised.
 void load_image(const UpdateOptions &options, const char *default_name, uint32_t address)
 {
     FILE *image = fopen(options.has_file_name ? options.file_name : default_name, "rb");
@@ -69,7 +69,7 @@ void load_image(const UpdateOptions &options, const char *default_name, uint32_t
         exit(1);
     }
     stm_download_image(image, address, console_poll, console_output);
-    // Kept: the stream stays open; the process ends with this one operation.
+    // Kept: the stream stays open; the process ends after this operation.
 }
 
 void run_action(const UpdateOptions &options)

@@ -80,7 +80,7 @@ UpdateOptions parse_options(int argc, char **argv)
         puts("Wrong parameter");
         print_usage();
     }
-    // Kept: a name is taken only if it is the one argument behind the option; with more, none is.
+    // Kept: a name is used only if it is the only argument after the option; with more, none is.
     // Options that load nothing ignore it, however long it is.
     if (argc == 3 && loads_image(options.action)) {
         take_file_name(options, argv[2]);

@@ -20,6 +20,6 @@ struct UpdateOptions {
     char file_name[FILE_NAME_SIZE]; // NUL-terminated; valid if has_file_name
 };
 
-// Reads the arguments. A call without a known option prints the usage text, and a file name that is
-// too long for an image to load is told on standard error; both end the process with status 1.
+// Reads the arguments. Without a known option, the usage text is printed; an image's file name that
+// is too long is reported on standard error. Both end the process with status 1.
 UpdateOptions parse_options(int argc, char **argv);

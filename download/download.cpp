@@ -1,4 +1,4 @@
-// Image download: mode command, header frame, one frame a block; an acknowledge after each of them.
+// Image download: mode command, header frame, a frame for each block; each one is acknowledged.
 //
 //     host          0x81 | 0x82 frame    header frame    block 0    block 1 ...
 //     co-processor                   ACK             ACK        ACK
@@ -11,7 +11,7 @@ using namespace stm;
 namespace
 {
 
-// Kept: an operator's stop (0) is no failure here; the download goes on.
+// Kept: an operator's stop (0) is no failure here; the download continues.
 bool acknowledged(StmPollFn poll, StmOutputFn output)
 {
     return stm_wait_for_ack(poll, output) >= 0;
@@ -20,7 +20,7 @@ bool acknowledged(StmPollFn poll, StmOutputFn output)
 bool frame_acknowledged(uint16_t checksum, StmPollFn poll, StmOutputFn output)
 {
     if (!acknowledged(poll, output)) {
-        // Kept: without leading zeros, unlike the same checksum in the texts before.
+        // Kept: no leading zeros, unlike the same checksum in the texts before.
         report_message(output, "Checksum sent: %X\n", checksum);
         return false;
     }
@@ -29,7 +29,7 @@ bool frame_acknowledged(uint16_t checksum, StmPollFn poll, StmOutputFn output)
 
 // Returns the number of bytes of the mode command.
 // Kept: bytes 1 to 6 of the boot loader's frame are whatever the transmit buffer holds, and an
-// address that has no mode command makes an exchange of no bytes all the same.
+// address without a mode command still causes an exchange, of no bytes.
 int32_t build_mode_command(uint32_t address)
 {
     switch (address) {
@@ -61,7 +61,7 @@ bool send_header(FILE *file, uint32_t address, StmPollFn poll, StmOutputFn outpu
     report_message(output, "Filesize: %d Byte\n", size);
     image_frame_begin();
     const uint16_t checksum = image_frame_finish(address, static_cast<uint32_t>(size));
-    // Kept: the text shows the low 16 bits of the size, and comes before the exchange.
+    // Kept: the text shows the low 16 bits of the size and comes before the exchange.
     report_message(output, "Transmitting information header (size: 0x%04hX, checksum: 0x%04hX)\n",
                    static_cast<uint16_t>(size), checksum);
     if (image_frame_send() < 0) {
@@ -86,8 +86,8 @@ bool send_block(int32_t number, uint32_t address, uint32_t size, StmPollFn poll,
 }
 
 // Reads the next block into a fresh frame; 0 at the end of the file.
-// Kept: only the end-of-file flag is looked at. A read error ends the file where nothing could be
-// read; after a short block that is not the end, reading goes on.
+// Kept: only the end-of-file flag is checked. A read error ends the file where nothing could be
+// read; after a short block that is not the end, reading continues.
 uint32_t read_block(FILE *file)
 {
     if (feof(file) != 0) {

@@ -4,8 +4,8 @@
 //     2  flash start address              10  the block's bytes
 //
 // Kept: clearing stops at byte 1024, ten bytes short of the frame's end. A header, or a block of
-// fewer than 1024 bytes, therefore sends there what an earlier frame left (after opening: 0x66),
-// and the checksum covers it. The size tells the co-processor how many bytes count.
+// fewer than 1024 bytes, therefore sends whatever an earlier frame left there (after opening:
+// 0x66), and the checksum covers it. The size says how many bytes are data.
 #pragma once
 
 #include "link/link.hpp"
@@ -13,7 +13,7 @@
 namespace stm
 {
 
-// Clears the frame, but for its tail, and returns the place of its data: STM_BLOCK_SIZE bytes.
+// Clears the frame except for its tail, and returns where its STM_BLOCK_SIZE bytes of data go.
 uint8_t *image_frame_begin();
 
 // Completes the frame with its address, its size and its checksum, which it returns.

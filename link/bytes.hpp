@@ -1,5 +1,5 @@
-// Numbers of the wire, read and written byte by byte: the buffers have no alignment and the host
-// any order.
+// Numbers of the wire, read and written byte by byte: the buffers have no alignment, and the host
+// may have either byte order.
 #pragma once
 
 #include <bit>

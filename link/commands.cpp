@@ -1,5 +1,5 @@
-// The single-byte commands: one exchange out; a query fetches its answer with another, 100 ms
-// later.
+// The single-byte commands: each is one exchange; a query fetches its answer with another one
+// 100 ms later.
 #include "link/link.hpp"
 #include "link/report.hpp"
 #include "link/stm_com_funcs.h"
@@ -13,7 +13,7 @@ using namespace stm;
 namespace
 {
 
-// Sends a command of length bytes; a full frame gets its end byte.
+// Sends a command of length bytes; a full frame includes its end byte.
 int send_command(uint8_t command, int32_t length)
 {
     link_clear_command_bytes();
@@ -42,7 +42,7 @@ int stm_reset()
 
 int stm_query_byte(uint8_t command, uint8_t *answer)
 {
-    // Kept: only '#' travels as a full frame.
+    // Kept: only '#' is sent as a full frame.
     if (send_command(command, command == STM_CMD_STATE ? STM_FRAME_BYTES : 1) < 0) {
         return -1;
     }
@@ -55,7 +55,7 @@ int stm_query_byte(uint8_t command, uint8_t *answer)
     return 0;
 }
 
-// Kept: a failed query goes unnoticed below; its byte is then 0.
+// Kept: failed queries go unnoticed below; their byte is then 0.
 
 int stm_print_booter_version(StmPollFn, StmOutputFn output)
 {
@@ -64,7 +64,7 @@ int stm_print_booter_version(StmPollFn, StmOutputFn output)
     if (minor == 0) {
         return output("Booter Version unknown\n", 0);
     }
-    // Kept: the major number is always 1; the co-processor sends the minor one only.
+    // Kept: the major number is always 1; the co-processor sends only the minor one.
     char text[sizeof("Booter Version 1.255\n")];
     snprintf(text, sizeof(text), "Booter Version 1.%d\n", minor);
     return output(text, 0);

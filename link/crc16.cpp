@@ -1,9 +1,9 @@
 // CRC-16/GENIBUS: polynomial P = x^16 + x^12 + x^5 + 1, most significant bit first.
 //
-// Short inputs take one look-up in a table for each byte. Longer ones are reduced a machine word at
-// a time, without a table: squaring a polynomial over GF(2) only doubles its exponents, so that P^K
-// is x^16K + x^12K + x^5K + 1 for every K that is a power of two. Hence, modulo P, what stands 16K
-// bits ahead may be taken away and added again 4K, 11K and 16K bits further on:
+// Short inputs take one table look-up per byte. Longer ones are reduced a machine word at a time,
+// without a table: squaring a polynomial over GF(2) only doubles its exponents, so that P^K is
+// x^16K + x^12K + x^5K + 1 for every K that is a power of two. Hence, modulo P, bits at a distance
+// of 16K may be removed and added again 4K, 11K and 16K bits further on:
 //
 //     K = a quarter of a word's bits:     1, 2.75 and 4 words further on    (fold)
 //     K = a sixteenth of a word's bits:   all within the next word         (reduce)
@@ -72,9 +72,9 @@ consteval bool table_is_ccitt()
 }
 static_assert(table_is_ccitt());
 
-// What is added to the next word when this one, T of 16K bits, is left out: T * x^16K modulo P.
-// With the exponents above it is S + S * x^5K + S * x^12K, where S is T and what runs over on the
-// way.
+// What must be added to the next word when this one, T of 16K bits, is removed: T * x^16K modulo P.
+// With the exponents above, that is S + S * x^5K + S * x^12K, where S is T plus what the shifts
+// carry out of the word.
 template <typename Word>
 constexpr Word reduce(Word t)
 {
@@ -104,7 +104,7 @@ constexpr int32_t WORD_BYTES = sizeof(Word);
 constexpr int WORD_BITS = std::numeric_limits<Word>::digits;
 constexpr int32_t SHORTEST_FOLDED = 2 * WORD_BYTES;
 
-// The register's first value, moved past so many bytes: their remainder begins with it.
+// The register's start value advanced by n bytes: it is added to the first n bytes.
 struct Beginnings {
     uint16_t after[WORD_BYTES + 1];
 };
@@ -112,7 +112,7 @@ struct Beginnings {
 consteval Beginnings beginnings()
 {
     Beginnings all = {};
-    uint16_t crc = 0; // the one that becomes 0xFFFF when two bytes of zero are added
+    uint16_t crc = 0; // the value that two zero bytes turn into 0xFFFF
     while (add_byte(add_byte(crc, 0), 0) != 0xFFFF) {
         ++crc;
     }
@@ -124,10 +124,10 @@ consteval Beginnings beginnings()
 }
 constexpr Beginnings BEGINNINGS = beginnings();
 
-// Folds a word into the next one, which is loaded now, and into the two on which 2.75 words further
-// on falls; for the fourth it stays where it is. one, two and three hold what waits for the words
-// so far ahead. In the following step the four have changed places: one is the word to be folded
-// then.
+// Folds a word into the next one, which is loaded here, and into the two words that a distance of
+// 2.75 words straddles; for the distance of four words it stays where it is. one, two and three
+// collect what is to be added one, two and three words ahead. In the next step the four have
+// rotated: one is then the word to be folded.
 void fold(Word word, Word &one, Word &two, Word &three, const uint8_t *&data)
 {
     one ^= get_be<Word>(data) ^ word;
@@ -136,8 +136,8 @@ void fold(Word word, Word &one, Word &two, Word &three, const uint8_t *&data)
     data += WORD_BYTES;
 }
 
-// The first bytes, as many as make the rest whole words, and then word by word. The last ones, into
-// which no more can be folded, are reduced.
+// Starts with as many bytes as leave whole words, and continues word by word. The last words are
+// reduced, because there is nothing further on to fold them into.
 uint16_t folded_crc(const uint8_t *data, int32_t length)
 {
     const int32_t head = (length - 1) % WORD_BYTES + 1;

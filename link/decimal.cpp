@@ -27,7 +27,7 @@ consteval DigitPairs digit_pairs()
 
 constexpr DigitPairs DIGIT_PAIRS = digit_pairs();
 
-// Each of these writes from a place on and returns the place after what it has written.
+// Each of these writes at a position and returns the position after what it has written.
 
 char *write_two_digits(char *to, uint32_t number)
 {
@@ -35,8 +35,8 @@ char *write_two_digits(char *to, uint32_t number)
     return to + 2;
 }
 
-// Of a number below 10000: 5243 / 2^19 is a hundredth and so little more that it is right up to
-// 43698.
+// For numbers below 10000: 5243 / 2^19 exceeds a hundredth by so little that the result is correct
+// up to 43698.
 constexpr uint32_t hundreds_of(uint32_t number)
 {
     return number * 5243 >> 19;
@@ -49,8 +49,8 @@ char *write_four_digits(char *to, uint32_t number)
     return write_two_digits(write_two_digits(to, hundreds), number - hundreds * 100);
 }
 
-// Below 100, without a leading zero, and without a branch that nobody could predict: of one digit
-// the pair's second character is taken, and what is copied after it will be overwritten.
+// For numbers below 100: without a leading zero, and without a branch that could not be predicted.
+// For one digit the pair's second character is copied, and what follows it is overwritten later.
 char *write_below_hundred(char *to, uint32_t number)
 {
     const uint32_t zeros = (number - 10) >> 31; // 1 below 10, else 0
@@ -58,7 +58,7 @@ char *write_below_hundred(char *to, uint32_t number)
     return to + 2 - zeros;
 }
 
-// Below 10000, likewise.
+// The same for numbers below 10000.
 char *write_below_myriad(char *to, uint32_t number)
 {
     if (number < 100) {

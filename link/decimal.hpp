@@ -1,4 +1,4 @@
-// Numbers in decimal, written from their first digit on.
+// Numbers in decimal, written from the first digit on.
 #pragma once
 
 #include <cstdint>
@@ -8,12 +8,13 @@ namespace stm
 
 constexpr int32_t LONGEST_DECIMAL = sizeof("-2147483648") - 1;
 
-// Write from a place on, and return the place after the last digit, where the caller writes what
-// follows, be it a NUL: there may be something else by then.
+// Writes at a position and returns the position after the last digit, which may have been written
+// to: the caller must write what follows there, even if it is only a NUL.
 char *write_decimal(char *to, uint32_t number);
 
-// A sign is written in any case, and overwritten where there is none: measured values change theirs
-// too often for a branch. The lowest number of all has its magnitude among the unsigned ones.
+// A sign is always written, and overwritten if there is none: measured values change theirs too
+// often for a branch. The magnitude is unsigned, since that of the lowest number does not fit an
+// int.
 inline char *write_decimal(char *to, int32_t number)
 {
     const int32_t sign = number >> 31; // -1 below 0, else 0

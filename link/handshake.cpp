@@ -1,4 +1,4 @@
-// The acknowledge handshake: '3' goes out, a status comes back, until one of them settles it.
+// The acknowledge handshake: sends '3' and receives a status, until one of them decides.
 #include "link/link.hpp"
 #include "link/report.hpp"
 #include "link/stm_com_funcs.h"
@@ -23,7 +23,7 @@ int fail(StmOutputFn output, const char *text)
 }
 
 // Kept: 0xF2 to 0xFE acknowledge like 0x55, and an acknowledge in the last poll comes too late,
-// whereas an error in the last poll is still told as what it is.
+// whereas an error in the last poll is still reported as such.
 int judge_status(uint8_t status, int polls, StmOutputFn output)
 {
     switch (status) {
@@ -42,7 +42,7 @@ int judge_status(uint8_t status, int polls, StmOutputFn output)
 
 int stm_wait_for_ack(StmPollFn poll, StmOutputFn output)
 {
-    link_prepare_transfer(stm_link.transfer); // no download may have done so before
+    link_prepare_transfer(stm_link.transfer); // there may have been no download to do so
     int polls = 0;
     do {
         usleep(STM_ACK_POLL_US);
@@ -51,7 +51,7 @@ int stm_wait_for_ack(StmPollFn poll, StmOutputFn output)
             report_errno("SPI wait for ACK");
             return -1;
         }
-        // Kept: a stop comes before the status of its poll, whatever that is.
+        // Kept: a stop takes precedence over the status of its poll, whatever that is.
         if (stop_requested(poll)) {
             return 0;
         }

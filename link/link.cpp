@@ -32,7 +32,7 @@ uint64_t descriptor_address(const void *buffer)
     return reinterpret_cast<uintptr_t>(buffer);
 }
 
-// Kept: a refused clock is told, but keeps nobody from going on.
+// Kept: a refused clock is reported, but the link is used anyway.
 void set_speed()
 {
     uint32_t speed_hz = STM_SPI_SPEED_HZ;
@@ -55,8 +55,8 @@ void stm_open()
     memcpy(path, STM_SPI_DEVICE, sizeof(STM_SPI_DEVICE));
     stm_link.spi_fd = open(path, O_RDWR);
     if (stm_link.spi_fd < 0) {
-        // Kept: this one text names the module without its final "s"; like others below, it ends in
-        // a newline of its own before perror's colon.
+        // Kept: only this text names the module without its final "s"; like others below, it ends
+        // in a newline of its own before perror's colon.
         report_errno("Error: stm_com_func: Can't open device \n");
         exit(1);
     }
@@ -67,7 +67,7 @@ void stm_open()
 void stm_sync_transfer()
 {
     memset(stm_link.rx_buffer, 0, sizeof(stm_link.rx_buffer));
-    // Kept: a link that cannot be synchronised is told, but used all the same.
+    // Kept: a failed synchronisation is reported, but the link is used anyway.
     if (link_fetch(STM_BUFFER_SIZE) < 0) {
         report_errno("Error: stm_com_funcs: SPI datatransfer\n");
     }

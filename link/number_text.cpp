@@ -1,5 +1,5 @@
-// Numbers to text in bases 2 to 36: digit by digit from the lowest, then turned round. Base 10 has
-// a quicker way of its own.
+// Numbers to text in bases 2 to 36: digit by digit from the lowest, then reversed. Base 10 has a
+// faster algorithm of its own.
 #include "link/decimal.hpp"
 #include "link/stm_com_funcs.h"
 
@@ -10,8 +10,8 @@ using namespace stm;
 namespace
 {
 
-// Around '0', which stands in the middle: the digit of d is found at d and at -d, so that a
-// negative remainder needs no magnitude, which the lowest number of all does not have.
+// '0' is in the middle: the digit for d is found at d and at -d, so that a negative remainder need
+// not be negated, which the lowest number cannot be.
 constexpr char STM_DIGITS[] =
     "zyxwvutsrqponmlkjihgfedcba9876543210123456789abcdefghijklmnopqrstuvwxyz";
 constexpr int ZERO_DIGIT = 35;

@@ -6,14 +6,14 @@
 namespace stm
 {
 
-// A failing system call: text, colon, blank and the system's own words on standard error.
+// A failing system call: text, colon, space and the system's error message on standard error.
 void report_errno(const char *text);
 
-// A complete message: formatted into the link's message buffer and handed to the output callback
+// A complete message: formatted into the link's message buffer and passed to the output callback
 // with flag 0. Returns what the callback returns.
 [[gnu::format(printf, 2, 3)]] int report_message(StmOutputFn output, const char *format, ...);
 
-// A remark beside the reports, on standard error.
+// A remark that is not a report, on standard error.
 [[gnu::format(printf, 1, 2)]] void report_diagnostic(const char *format, ...);
 
 } // namespace stm

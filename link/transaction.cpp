@@ -1,5 +1,5 @@
-// The request/answer transaction: a command frame goes out, 'D' polls follow until the co-processor
-// is ready, then two bytes come in.
+// The request/answer transaction: a command frame is sent, 'D' polls follow until the co-processor
+// is ready, then two bytes are received.
 //
 //     host          code p0..p5 AA    D    D    D     00 00
 //     co-processor                              55    low high
@@ -26,7 +26,7 @@ int send_frame(uint8_t code, const uint8_t params[STM_PARAM_BYTES])
     return stm_transfer(frame, stm_link.rx_buffer, STM_FRAME_BYTES);
 }
 
-// Kept: it sleeps before it looks at what a poll has brought.
+// Kept: it sleeps before it checks the answer to a poll.
 constexpr Polling ANSWER_POLLING = {1, STM_PARAM_POLL_LIMIT, STM_PARAM_POLL_US};
 
 int32_t read_answer()
@@ -55,7 +55,7 @@ int32_t stm_param_command(uint8_t code, const uint8_t params[STM_PARAM_BYTES], S
     case Wait::stopped:
         return 0;
     case Wait::timed_out:
-        // Kept: the answer is read all the same, and its value returned.
+        // Kept: the answer is fetched and returned anyway.
         report_message(output, "Error stm_com_funcs: SPI timeout\n");
         break;
     case Wait::ready:
@@ -109,7 +109,7 @@ int32_t stm_write_byte(uint16_t address, uint8_t value, StmPollFn poll, StmOutpu
 
 void stm_write_string(uint16_t address, const char *text, StmPollFn poll, StmOutputFn output)
 {
-    // Kept: every character goes to the same address, and the index wraps at 256.
+    // Kept: all characters go to the same address, and the index wraps at 256.
     for (uint8_t i = 0; text[i] != '\0'; ++i) {
         stm_write_byte(address, static_cast<uint8_t>(text[i]), poll, output);
     }

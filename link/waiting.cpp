@@ -26,7 +26,7 @@ bool find_ready(int32_t bytes, int32_t &ready_at)
 
 } // namespace
 
-// Kept: the operator is asked before the answer is looked at, and comes first; the answer to the
+// Kept: the operator is asked before the answer is checked, and takes precedence; the answer to the
 // last poll can no longer succeed.
 Wait wait_until_ready(const Polling &polling, StmPollFn poll, int32_t &ready_at)
 {

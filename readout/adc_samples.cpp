@@ -31,14 +31,14 @@ uint16_t stored_checksum()
     return get_le16(stm_link.rx_buffer + CHECKSUM_AT);
 }
 
-// Hands the message out as one piece, and empties it.
+// Outputs the message as one piece and empties it.
 void hand_out(TextBuffer &message, StmOutputFn output)
 {
     output(message.text, 1);
     text_clear(message);
 }
 
-// Kept: the header goes behind whatever the message holds, and all of that is handed out.
+// Kept: the header is appended to whatever the message still holds, and all of that is output.
 void show_header(StmOutputFn output)
 {
     TextBuffer message = text_behind_message();
@@ -60,7 +60,7 @@ void show_text(StmOutputFn output)
     output(message.text, 1);
 }
 
-// Kept: an empty piece ends the samples.
+// Kept: an empty piece follows the samples.
 void show_csv(StmOutputFn output)
 {
     const int32_t count = stm_link.rx_buffer[0];
@@ -73,8 +73,8 @@ void show_csv(StmOutputFn output)
     output(message.text, 1);
 }
 
-// Kept: the first byte shares its piece with the heading; all bytes are shown, however many samples
-// there are.
+// Kept: the first byte shares its piece with the heading; all bytes are shown, whatever the number
+// of samples.
 void show_hex(StmOutputFn output)
 {
     TextBuffer message = text_in_message();
@@ -110,14 +110,14 @@ bool checksum_ok(StmOutputFn output)
     if (computed == stored_checksum()) {
         return true;
     }
-    // Kept: what the frame says is called expected, what was computed is called received, and a
-    // bracket is missing.
+    // Kept: the frame's checksum is called "expected", the computed one "received", and a bracket
+    // is missing.
     report_message(output, "Wrong checksum detected (expected: %X, received: %X\n",
                    stored_checksum(), computed);
     return false;
 }
 
-// Kept: a time-out is told and waited out, but the frame is fetched all the same.
+// Kept: after a time-out, which is reported, and a pause, the frame is fetched anyway.
 bool wait_for_frame(StmPollFn poll, StmOutputFn output)
 {
     link_clear_buffers();
@@ -129,7 +129,7 @@ bool wait_for_frame(StmPollFn poll, StmOutputFn output)
     return wait == Wait::ready || wait == Wait::timed_out;
 }
 
-// Kept: the length comes low byte first here, and the frame is taken as whole whatever it is.
+// Kept: here the length comes low byte first, and the frame counts as complete whatever it is.
 bool fetch_frame()
 {
     if (link_fetch_pair() < 0 || link_fetch(get_le16(stm_link.rx_buffer)) < 0) {

@@ -1,9 +1,9 @@
-// The counted read-outs: blocks of records, as many as it takes. One algorithm for all formats.
+// The counted read-outs: as many blocks of records as necessary. One algorithm for all formats.
 //
 //     host          request    D   D     00 00          66*length    next request
 //     co-processor                 55    high low       records
 //
-// The next request goes out before the block is looked at, so that the co-processor gathers records
+// The next request is sent before the block is processed, so that the co-processor collects records
 // while the host shows those it has.
 #include "link/bytes.hpp"
 #include "link/link.hpp"
@@ -16,7 +16,7 @@ using namespace stm;
 namespace
 {
 
-// A counted read-out: its records, and what it calls its failing exchanges.
+// A counted read-out: its records, and its texts for failing exchanges.
 struct BlockReadout {
     const RecordRequest &request;
     const char *poll_failure;
@@ -32,7 +32,7 @@ constexpr BlockReadout RECORDS_OMEGA = {STM_REQUEST_OMEGA, "SPI datatransfer", "
 constexpr BlockReadout RECORDS_TEMP = {STM_REQUEST_TEMP, "SPI datatransfer", "SPI datatransfer",
                                        "SPI datatransfer", "SPI datatransfer"};
 
-// Kept: a count below 0 goes out with its low 8 bits.
+// Kept: of a negative count, the low 8 bits are sent.
 int request_records(const RecordRequest &request, int64_t remaining)
 {
     const int64_t count = remaining < request.most ? remaining : request.most;
@@ -45,20 +45,20 @@ bool fail(const char *text)
     return false;
 }
 
-// Kept: after a time-out the same block is waited for again, without end.
+// Kept: after a time-out it waits for the same block again, without limit.
 bool wait_for_block(const BlockReadout &readout, StmPollFn poll, StmOutputFn output)
 {
     int32_t at_once = 0; // the answer to a poll is one byte
     return block_await(BLOCK_POLLING, readout.poll_failure, poll, output, at_once) == Wait::ready;
 }
 
-// Fetches the block that is ready and asks for the next one. False after a failing exchange.
+// Fetches the block that is ready and requests the next one. False after a failing exchange.
 bool fetch_block(const BlockReadout &readout, int64_t &remaining)
 {
     if (link_fetch_pair() < 0) {
         return fail(readout.length_failure);
     }
-    // Kept: unlike the lengths of replies, it comes with its high byte first.
+    // Kept: unlike the length of a reply, it comes high byte first.
     const int32_t length = get_be16(stm_link.rx_buffer);
     if (link_fetch(length) < 0) {
         return fail(readout.block_failure);
@@ -70,8 +70,8 @@ bool fetch_block(const BlockReadout &readout, int64_t &remaining)
     return true;
 }
 
-// Kept: of a wrong checksum the place is reported; the text says index, the number is a byte's
-// offset.
+// Kept: a wrong checksum is reported with the record's place; the text says "index", but the number
+// is an offset in bytes.
 void show_records(const RecordFormat &format, int mode, StmOutputFn output)
 {
     const auto check = [&](const uint8_t *record, int32_t at) {

@@ -1,5 +1,5 @@
-// The continuous read-outs: the live stream, record by record, until somebody stops it. One
-// algorithm for all formats.
+// The continuous read-outs: the live stream, record by record, until it is stopped. One algorithm
+// for all formats.
 #include "readout/block.hpp"
 #include "readout/render.hpp"
 #include "readout/sample_stream.hpp"
@@ -11,13 +11,13 @@ using namespace stm;
 namespace
 {
 
-constexpr int SLOWED_BLOCKS = 10; // after so many blocks a longer pause is made
+constexpr int SLOWED_BLOCKS = 10; // after this many blocks the pause is longer
 
 // A continuous read-out: its stream, and its pauses in microseconds; 0 for none.
 struct ContinuousReadout {
     SampleStream stream;
     uint32_t block_pause_us;
-    uint32_t slow_pause_us; // before it, after every tenth block
+    uint32_t slow_pause_us; // in addition, after every tenth block
 };
 
 constexpr ContinuousReadout RECORDS = {{STM_REQUEST, STREAM_FAILURES, false}, 0, 0};

@@ -1,4 +1,4 @@
-// Fifty bytes that nobody interprets.
+// Fifty bytes that the host does not interpret.
 #include "link/link.hpp"
 #include "link/report.hpp"
 #include "readout/block.hpp"
@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr int32_t FETCHED_BYTES = 50;
-constexpr int32_t LISTED_BYTES = 48;                        // kept: two fewer than come
+constexpr int32_t LISTED_BYTES = 48;                        // kept: two fewer than are fetched
 constexpr int32_t RAW_TEXT_SIZE = 5 * STM_BUFFER_SIZE + 64; // "0xFF " for each, and the headings
 
 int send_command()
@@ -37,7 +37,7 @@ void list_csv(TextBuffer &buffer)
     text_append(buffer, "\n");
 }
 
-// Kept: the whole receive buffer is dumped, which is zero behind the bytes that came.
+// Kept: the whole receive buffer is dumped, which is zero after the bytes received.
 void dump_bytes(TextBuffer &buffer)
 {
     text_append(buffer, "\nByte delay: 0\nReceived value: \n");
@@ -45,7 +45,7 @@ void dump_bytes(TextBuffer &buffer)
     text_append(buffer, "\n");
 }
 
-// Kept: also data goes out with the flag 0 here.
+// Kept: even data is output with the flag 0 here.
 void show_bytes(int mode, StmOutputFn output)
 {
     char memory[RAW_TEXT_SIZE];
@@ -66,7 +66,7 @@ void show_bytes(int mode, StmOutputFn output)
     output(buffer.text, 0);
 }
 
-// Kept: after a time-out the bytes are fetched all the same, and at once.
+// Kept: after a time-out the bytes are fetched anyway, at once.
 bool wait_for_bytes(StmPollFn poll, StmOutputFn output)
 {
     int32_t at_once = 0;

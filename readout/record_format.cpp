@@ -1,4 +1,5 @@
-// The requests for records, here alone, so that the tables of fields are not in each read-out.
+// The requests for records, in a file of their own so that not every read-out contains the tables
+// of fields.
 #include "readout/record_format.hpp"
 
 namespace stm

@@ -19,7 +19,7 @@ namespace
 
 constexpr int32_t DUMPED_BYTES = 48;
 
-// Appends a record, in place where any record has room.
+// Appends a record; directly in the buffer if there is room for any record.
 void render(const RecordRenderer &renderer, const uint8_t *record, TextBuffer &buffer)
 {
     if (buffer.size - buffer.length >= renderer.longest) {
@@ -39,7 +39,7 @@ void output_text(const RecordFormat &format, const uint8_t *record, StmOutputFn 
     output(buffer.text, 1);
 }
 
-// Kept: a record without a number is rendered, but not handed on.
+// Kept: a record without a number is rendered but not output.
 void output_csv(const RecordFormat &format, const uint8_t *record, StmOutputFn output)
 {
     TextBuffer message = text_in_message();
@@ -49,7 +49,7 @@ void output_csv(const RecordFormat &format, const uint8_t *record, StmOutputFn o
     }
 }
 
-// Kept: every record of a block shows the block's first 48 bytes, however long a record is.
+// Kept: for every record of a block the block's first 48 bytes are shown, however long a record is.
 void output_hex(StmOutputFn output)
 {
     char memory[RECORD_TEXT_SIZE];

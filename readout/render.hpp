@@ -1,4 +1,4 @@
-// Records as text, and for the output callback, in the mode that the caller of a read-out asks for.
+// Records as text, and their output in the mode that the caller of a read-out asks for.
 #pragma once
 
 #include "link/bytes.hpp"
@@ -9,7 +9,7 @@
 namespace stm
 {
 
-// The checksum of a record's bytes, and the one that it carries.
+// The checksum computed over a record's bytes, and the one stored in it.
 inline uint16_t record_checksum(const RecordFormat &format, const uint8_t *record)
 {
     return stm_crc16(record, static_cast<uint16_t>(format.size - RECORD_CHECKSUM_SIZE));

@@ -1,5 +1,5 @@
-// The renderers of a table of fields: the compiler goes through the table once, and what is left is
-// code that writes one record in place.
+// The renderers of a table of fields: the compiler walks the table once, and what remains is code
+// that writes one record in place.
 #pragma once
 
 #include "link/bytes.hpp"
@@ -12,7 +12,7 @@
 namespace stm
 {
 
-// A call, lest every field of every format have the sign's code in it.
+// A function call, so that the code for the sign is not repeated in every field of every format.
 char *write_signed(char *to, int32_t number);
 
 template <Wire WIRE>
@@ -31,7 +31,7 @@ int32_t field_value(const uint8_t *at)
     }
 }
 
-// Kept: every number is shown signed here, also those that CSV shows without a sign.
+// Kept: all numbers are shown as signed here, even those that CSV shows without a sign.
 template <const auto &FIELDS, size_t I>
 char *render_field_text(const uint8_t *record, char *to)
 {

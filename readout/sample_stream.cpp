@@ -3,8 +3,8 @@
 //     host          request   D*20    D*20                   66*rest    request
 //     co-processor                    .. 55 high low data..  data..
 //
-// 0x55 stands anywhere in the header. What lies behind the length is data already; a length that
-// the header cuts off is fetched with one or two bytes more.
+// 0x55 may be anywhere in the header. The bytes after the length are already data; if the header
+// cuts the length off, it is fetched with one or two more bytes.
 #include "readout/sample_stream.hpp"
 
 #include "link/bytes.hpp"
@@ -47,12 +47,12 @@ bool fail_with_size(const SampleStream &stream, const char *text, int32_t size)
     return false;
 }
 
-// Takes the length from behind the 0x55, fetching what the header cuts off, and moves data that
+// Takes the length from after the 0x55, fetching what the header cuts off, and moves any data that
 // came with it to the start of rx_buffer.
 bool take_length(const StreamFailures &failures, int32_t ready, Block &block)
 {
     uint8_t *rx = stm_link.rx_buffer;
-    const int32_t behind = HEADER_SIZE - 1 - ready; // bytes behind the 0x55
+    const int32_t behind = HEADER_SIZE - 1 - ready; // bytes after the 0x55
     if (behind == 0) {
         block = {0, 0};
         if (link_fetch_pair() < 0) {
@@ -75,7 +75,7 @@ bool take_length(const StreamFailures &failures, int32_t ready, Block &block)
     return true;
 }
 
-// Fetches what is missing of the block and asks for the next one.
+// Fetches the rest of the block and requests the next one.
 bool fetch_rest(const SampleStream &stream, const Block &block)
 {
     const int32_t rest = block.length - block.held;

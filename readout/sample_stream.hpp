@@ -1,5 +1,5 @@
-// The live stream: blocks of whatever records the co-processor has gathered, one after another
-// until somebody stops it. Its framing is the same for all who use it.
+// The live stream: blocks of whatever records the co-processor has collected, one after another
+// until it is stopped. Its framing is the same for all its users.
 #pragma once
 
 #include "link/waiting.hpp"
@@ -8,7 +8,7 @@
 namespace stm
 {
 
-// What a user of the stream calls its failing exchanges.
+// A stream user's texts for failing exchanges.
 struct StreamFailures {
     const char *wait;      // a poll
     const char *two_bytes; // of the length, when the header ends at 0x55
@@ -17,7 +17,7 @@ struct StreamFailures {
     const char *request; // of the next block
 };
 
-// The one name that most have for all of them.
+// The text that most users have for all of them.
 constexpr StreamFailures STREAM_FAILURES = {"SPI datatransfer", "SPI datatransfer",
                                             "SPI datatransfer", "SPI datatransfer",
                                             "SPI datatransfer"};
@@ -25,14 +25,14 @@ constexpr StreamFailures STREAM_FAILURES = {"SPI datatransfer", "SPI datatransfe
 struct SampleStream {
     const RecordRequest &request;
     StreamFailures failures;
-    bool watched; // tells the size of a failing exchange, and that a block is empty
+    bool watched; // reports the size of a failing exchange, and empty blocks
 };
 
-// Asks for the first block. False after a failing exchange, which is reported.
+// Requests the first block. False after a failing exchange, which is reported.
 bool stream_begin(const SampleStream &stream);
 
-// Waits for a block, fetches it to rx_buffer and asks for the next one. Wait::ready if it is there;
-// else the operation is over, and a failing exchange has been reported.
+// Waits for a block, fetches it to rx_buffer and requests the next one. Wait::ready if the block is
+// there; otherwise the operation is over, and a failing exchange has been reported.
 Wait stream_fetch_block(const SampleStream &stream, StmPollFn poll, StmOutputFn output);
 
 } // namespace stm

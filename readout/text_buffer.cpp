@@ -102,7 +102,7 @@ void text_append_unsigned(TextBuffer &buffer, uint32_t number)
     append_bytes(buffer, digits, static_cast<size_t>(write_decimal(digits, number) - digits));
 }
 
-// As many bytes as have room are written in place, the next one as far as it fits.
+// The bytes that have room are written in place, the next one as far as it fits.
 void text_append_hex(TextBuffer &buffer, const uint8_t *bytes, int32_t count)
 {
     const int32_t room = (buffer.size - 1 - buffer.length) / HEX_WIDTH;

@@ -1,4 +1,4 @@
-// A text that grows within fixed bounds. What no longer fits is left out; a NUL always ends it.
+// A text that grows within fixed bounds. What does not fit is left out; a NUL always ends it.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,11 @@ namespace stm
 
 struct TextBuffer {
     char *text;
-    int32_t size; // of the memory behind text, NUL included
+    int32_t size; // of the memory at text, NUL included
     int32_t length;
 };
 
-// The link's message, emptied, and the message with what it holds.
+// The link's message: emptied, and with what it still holds.
 TextBuffer text_in_message();
 TextBuffer text_behind_message();
 
@@ -26,7 +26,7 @@ TextBuffer text_in(char (&memory)[SIZE])
 void text_clear(TextBuffer &buffer);
 void text_append(TextBuffer &buffer, const char *text);
 
-// Ends the text at a place up to which it has been written, within its bounds.
+// Ends the text at end, up to which it has been written, within its bounds.
 void text_end(TextBuffer &buffer, char *end);
 
 [[gnu::format(printf, 2, 3)]] void text_format(TextBuffer &buffer, const char *format, ...);

@@ -1,4 +1,4 @@
-// The writer's side: records of the live stream, checked and repacked, go into the ring.
+// The writer's side: puts records of the live stream, checked and repacked, into the ring.
 #include "link/report.hpp"
 #include "readout/block.hpp"
 #include "readout/sample_stream.hpp"
@@ -11,7 +11,7 @@ namespace
 
 constexpr SampleStream STREAM = {STM_REQUEST_TEMP, STREAM_FAILURES, false};
 
-// Kept: a record that cannot be put closes the ring, and the next one is tried all the same.
+// Kept: a record that cannot be put closes the ring, and the next one is still tried.
 void put_record(int handle, const uint8_t *record, StmOutputFn output)
 {
     if (ring_put_from_wire(handle, record) < 1) {

@@ -1,4 +1,4 @@
-// The reader's side: records out of the ring, checked once more and shown.
+// The reader's side: takes records out of the ring, checks them once more and shows them.
 #include "link/report.hpp"
 #include "readout/block.hpp"
 #include "readout/render.hpp"
@@ -11,7 +11,7 @@ using namespace stm;
 namespace
 {
 
-constexpr int IDLE_LIMIT = 5000; // polls of an empty ring, in the whole run
+constexpr int IDLE_LIMIT = 5000; // checks of an empty ring, in the whole run
 constexpr uint32_t IDLE_US = 1'000;
 
 // Reports and closes the ring.
@@ -23,7 +23,7 @@ bool fail(int handle, StmOutputFn output, const char *text)
 }
 
 // Waits until there is something to read. False if the operation is over.
-// Kept: the idle polls of all waits are counted together, and the ring stays open after the last.
+// Kept: the idle checks of all waits are counted together, and the ring stays open after the last.
 bool wait_for_records(int handle, int &idle, StmOutputFn output)
 {
     for (;;) {
@@ -62,8 +62,8 @@ void show_record(const uint8_t *record, int mode, StmOutputFn output)
     }
 }
 
-// Kept: the oldest record of the batch is passed over; a wrong checksum, which is that of the wire
-// and rarely that of the slot, ends the batch and nothing else.
+// Kept: the oldest record of the batch is skipped; a wrong checksum (it is the wire's, and rarely
+// that of the slot) ends the batch and nothing else.
 bool read_batch(int handle, int mode, StmOutputFn output)
 {
     do {

@@ -1,6 +1,6 @@
 // The ring in shared memory: 160 slots, a writer's fields and a reader's. Two processes use it
 // without a lock, and a third may have damaged it: each field is loaded once, and an index is
-// checked before a slot is taken by it.
+// checked before it is used.
 #include "ringbuffer/ring.hpp"
 
 #include "link/link.hpp"
@@ -35,8 +35,8 @@ constexpr int RINGBUFFER_PERMISSIONS = 0666;
 constexpr int32_t LAST_SLOT = RINGBUFFER_SLOTS - 1;
 constexpr int32_t MOST_COUNTED = RINGBUFFER_SLOTS - 1; // kept: one less than there are slots
 
-// Plain loads and stores to the machine, but each made exactly once, whatever the other process
-// does to the field meanwhile.
+// Plain loads and stores to the machine, but each is made exactly once, whatever the other process
+// does to the field in the meantime.
 
 template <typename Field>
 Field load(const Field &field)
@@ -106,7 +106,7 @@ int open_for_writing(RingBuffer &ring)
     return RINGBUFFER_WRITER;
 }
 
-// Kept: the reader clears the writer's own counter.
+// Kept: the reader clears the count, which belongs to the writer.
 int open_for_reading(RingBuffer &ring)
 {
     if (load(ring.reader_open) == 1) {
@@ -119,8 +119,8 @@ int open_for_reading(RingBuffer &ring)
     return RINGBUFFER_READER;
 }
 
-// The slot that is filled next is filled, then announced, then counted.
-// Kept: a reader that lags is not looked at; the oldest records are overwritten.
+// The next slot is filled, then announced, then counted.
+// Kept: a reader that lags is ignored; the oldest records are overwritten.
 template <typename Fill>
 int put(int handle, Fill fill)
 {
@@ -169,7 +169,7 @@ int RingBuffer_Attach()
 }
 
 // Kept: opening sets neither flag, so that nobody is kept out unless a third party sets one; and
-// what is no mode opens the writer's side without touching anything.
+// an unknown mode opens the writer's side without changing anything.
 int RingBuffer_Open(const char *mode)
 {
     if (stm_link.ring == nullptr) {
@@ -236,7 +236,7 @@ RingRecord *RingBuffer_GetFirstValue(int handle)
     return RingBuffer_SeekValue(handle, load(stm_link.ring->values_left));
 }
 
-// Kept: the reader takes from the counter to which the writer adds.
+// Kept: the reader decrements the count that the writer increments.
 RingRecord *RingBuffer_GetNextValue(int handle)
 {
     if (!holds(handle, RINGBUFFER_READER)) {

@@ -1,4 +1,4 @@
-// What the writer adds to the operations of the ring.
+// What the writer needs beyond the operations of the ring.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 namespace stm
 {
 
-// RingBuffer_PutValue for a record as it has come over the wire, which is repacked in its slot.
+// RingBuffer_PutValue for a record as received from the wire, which is repacked into its slot.
 int ring_put_from_wire(int handle, const uint8_t *record);
 
 } // namespace stm

@@ -1,4 +1,4 @@
-// The record of a slot: the wire's with some of its fields in other places.
+// The record in a slot: the wire's, with some fields in other places.
 #include "ringbuffer/ring_record.hpp"
 
 #include "readout/render_fields.hpp"

@@ -1,4 +1,4 @@
-// The record of a slot: made from one that has come over the wire, and shown in its own format.
+// The record in a slot: made from one received from the wire, and shown in a format of its own.
 #pragma once
 
 #include "link/stm_com_funcs.h"
@@ -41,7 +41,7 @@ inline constexpr RecordFormat STM_RING_RECORD =
     record_format<STM_RING_RECORD_FIELDS>(RINGBUFFER_SLOT_SIZE);
 static_assert(record_is_covered(STM_RING_RECORD) && record_has_room(STM_RING_RECORD));
 
-// Bytes that lie side by side on the wire and in the slot.
+// Bytes that are adjacent both on the wire and in the slot.
 struct RingRecordMove {
     int32_t from;
     int32_t to;
@@ -87,7 +87,7 @@ void ring_record_move(uint8_t *slot, const uint8_t *record, std::index_sequence<
      ...);
 }
 
-// A slot's record from one that has come over the wire.
+// Makes a slot's record from one received from the wire.
 // Kept: the checksum is the wire's, although the fields have moved.
 inline void ring_record_fill(RingRecord &slot, const uint8_t *record)
 {

@@ -1,4 +1,4 @@
-// The watcher: reads the live stream, keeps nothing, and tells what is missing from it.
+// The watcher: reads the live stream, keeps nothing, and reports what is missing from it.
 #include "link/bytes.hpp"
 #include "link/report.hpp"
 #include "readout/block.hpp"
@@ -19,7 +19,7 @@ constexpr SampleStream STREAM = {STM_REQUEST_TEMP,
 
 constexpr int32_t REL_T_AT = field_named(STM_RECORD_TEMP, "rel_t").offset;
 constexpr int32_t BUFFERED_AT = field_named(STM_RECORD_TEMP, "buffered").offset;
-constexpr uint8_t FILLED = 190; // more than so many records in the co-processor's own buffer
+constexpr uint8_t FILLED = 190; // reported above this many records in the co-processor's own buffer
 constexpr uint32_t DOT_RECORDS = 1000;
 constexpr uint32_t DOT_PAUSE_US = 40'000;
 constexpr uint32_t BLOCK_PAUSE_US = 20'000;
@@ -29,7 +29,7 @@ struct Watch {
     uint32_t last_time = 0; // kept: the first record counts as lost unless its time is 1
 };
 
-// The three lines that both reports have.
+// The three lines common to both reports.
 void report_place(const Watch &watch, const uint8_t *record, StmOutputFn output)
 {
     report_message(output, "nr   : %d\n", record[RECORD_NUMBER_AT]);
