@@ -1,4 +1,4 @@
-// The frame of the analogue-digital converter.
+// The frame of the analogue-to-digital converter.
 #include "simulator/adc_frame.hpp"
 
 #include "simulator/byte_writer.hpp"

@@ -64,7 +64,7 @@ Response no_such_channel(const Command &command, int channel)
     return result(0, text("command 0x%02X has no channel %d", command.code, channel));
 }
 
-// The values of a setting, as they came in.
+// The values of a setting, as received.
 std::string received_values(const Command &command, Application::Parameters parameters)
 {
     std::string values;
@@ -113,7 +113,7 @@ Response Application::perform(const Command &command, Parameters parameters)
     case CommandKind::raw_bytes:
         return tell_raw_bytes();
     case CommandKind::records:
-        break; // they are the board's, not the commands'
+        break; // they belong to the board, not to the commands
     }
     return {};
 }
@@ -130,7 +130,7 @@ Response Application::set(const Command &command, Parameters parameters)
                                            channel_words(channel).c_str(), values.c_str()));
 }
 
-// An answer that is given goes before what the setting of the same quantity has received.
+// A given answer takes precedence over what the setting of the same quantity has received.
 Response Application::tell_number(const Command &command, Parameters parameters) const
 {
     int channel = NO_PLACE;
@@ -196,7 +196,7 @@ Response Application::tell_adc_values()
     return response;
 }
 
-// They begin as records do, and then count up from the seed.
+// They start as records do, and then count up from the seed.
 Response Application::tell_raw_bytes() const
 {
     std::vector<uint8_t> reply(RAW_BYTES, 0x55);
@@ -209,7 +209,7 @@ Response Application::tell_raw_bytes() const
     return response;
 }
 
-// An address for which a text is told gives it byte by byte, then a 0, then from its start again.
+// An address for which a text is given returns it byte by byte, then a 0, then starts again.
 uint8_t Application::byte_at(int address)
 {
     const std::string *words = find_answer('b', address);

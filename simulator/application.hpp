@@ -1,5 +1,5 @@
-// The application's side of the parameter commands: what each of them does to the board's settings
-// and memory, and what it answers.
+// The application's side of the parameter commands: the effect of each on the board's settings and
+// memory, and its answer.
 #pragma once
 
 #include "simulator/command_values.hpp"
@@ -19,11 +19,11 @@ inline constexpr size_t PARAMETER_BYTES = 6;
 struct Response {
     uint16_t answer = 0; // a result, or the length of the reply
     std::vector<uint8_t> reply;
-    std::string note; // for the person who reads the dialogue, as are the next two
+    std::string note; // for people who read the dialogue, as are the next two
     std::string answer_note = "result";
     std::string reply_note = "reply";
     bool big_endian = false; // the answer
-    bool has_answer = true;  // else the reply comes at once
+    bool has_answer = true;  // otherwise the reply comes at once
     bool is_block = false;   // a reply of at most LARGEST_BLOCK bytes, whatever the answer
 };
 
@@ -38,7 +38,7 @@ class Application
     }
 
     void load(CommandValues settings, CommandValues answers);
-    // What outlasts no power begins anew.
+    // Resets everything that does not survive a loss of power.
     void restart();
     const CommandValues &settings() const { return settings_; }
 
@@ -59,11 +59,11 @@ class Application
 
     std::span<uint8_t, MEMORY_SIZE> memory_;
     uint32_t seed_;
-    uint8_t adc_values_; // of a frame that are said to be good
+    uint8_t adc_values_; // that a frame declares valid
     uint32_t adc_start_ = 1;
     CommandValues settings_;
     CommandValues answers_;
-    std::map<int, size_t> reads_; // by address: how much of the text told for it has been read
+    std::map<int, size_t> reads_; // by address: how much of the text given for it has been read
 };
 
 } // namespace simulator

@@ -57,7 +57,7 @@ const char *values_file(ValuesOf kind)
 
 using PutInPlace = int(const char *, const char *) noexcept;
 
-// Whole or not at all: the content is written under a name of its own and then put in place.
+// All or nothing: the content is written under a temporary name and then put in place.
 std::string write_file(const std::string &path, const std::string &content, PutInPlace *put)
 {
     const std::string fresh = path + text(".%d", static_cast<int>(getpid()));
@@ -73,7 +73,7 @@ std::string write_file(const std::string &path, const std::string &content, PutI
     return error;
 }
 
-// Of several programs that make a file, all get the one that was there first.
+// If several programs create a file, all of them get the one that was there first.
 std::string make_file(const std::string &path, const std::string &content)
 {
     return access(path.c_str(), F_OK) == 0 ? std::string() : write_file(path, content, link);

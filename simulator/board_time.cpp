@@ -1,4 +1,4 @@
-// Times of the board in words.
+// Times of the board as text.
 #include "simulator/board_time.hpp"
 
 #include "simulator/number.hpp"
@@ -12,7 +12,7 @@ namespace simulator
 namespace
 {
 
-constexpr size_t MOST_DECIMALS = 9;        // a billionth of a second is the smallest time there is
+constexpr size_t MOST_DECIMALS = 9;        // the smallest time is a billionth of a second
 constexpr int64_t MOST = 1'000'000'000;    // seconds or milliseconds
 constexpr int64_t BILLION = 1'000'000'000; // 10 to the power of MOST_DECIMALS
 
@@ -21,7 +21,7 @@ bool are_digits(std::string_view words)
     return !words.empty() && words.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-// The digits behind a point, as billionths.
+// The digits after a decimal point, as billionths.
 std::optional<int64_t> parse_billionths(std::string_view digits)
 {
     if (!are_digits(digits) || digits.size() > MOST_DECIMALS) {

@@ -1,4 +1,4 @@
-// Times of the board in words: 2s, 2.5s, 1500ms, and a stretch of time, 2s..4s.
+// Times of the board as text: 2s, 2.5s, 1500ms, and a span of time, 2s..4s.
 #pragma once
 
 #include <chrono>
@@ -8,7 +8,7 @@
 namespace simulator
 {
 
-// From a time on, and until another one, which is not in it.
+// From one time up to another, which is excluded.
 struct TimeSpan {
     std::chrono::nanoseconds from{0};
     std::chrono::nanoseconds until{0};
@@ -16,10 +16,10 @@ struct TimeSpan {
     bool covers(std::chrono::nanoseconds time) const { return from <= time && time < until; }
 };
 
-// None if the words are no time. A time has nine decimals of its unit at most, and is not below 0.
+// None if the words are not a time. A time has at most nine decimals and is not negative.
 std::optional<std::chrono::nanoseconds> parse_time(std::string_view words);
 
-// None if the words are no two times, the second of them later than the first.
+// None if the words are not two times, the second later than the first.
 std::optional<TimeSpan> parse_time_span(std::string_view words);
 
 } // namespace simulator

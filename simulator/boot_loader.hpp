@@ -2,7 +2,7 @@
 //
 //     closed --mode command--> header expected --header--> blocks expected --last block--> closed
 //
-// A frame that does not fit ends the download, and a mode command begins a new one.
+// A frame that does not fit ends the download; a mode command starts a new one.
 #pragma once
 
 #include "simulator/flash.hpp"
@@ -24,7 +24,7 @@ inline constexpr uint8_t STATUS_ADDRESS_ERROR = 0xF1;
 // How a frame was received.
 struct Verdict {
     uint8_t status;
-    std::string note; // for the person who reads the dialogue
+    std::string note; // for people who read the dialogue
 };
 
 class BootLoader
@@ -32,10 +32,10 @@ class BootLoader
   public:
     explicit BootLoader(Flash flash) : flash_(flash) {}
 
-    // A mode command has come: the next frame is a header for this region.
+    // A mode command has arrived: the next frame is a header for this region.
     Verdict open(const FlashRegion &region);
 
-    // A frame has come while one was expected.
+    // A frame has arrived while one was expected.
     Verdict take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame);
 
     void close() { stage_ = Stage::closed; }

@@ -12,7 +12,7 @@ namespace simulator
 namespace
 {
 
-// The answer of a command that was taken; 0 is that of one that was not.
+// The answer of a command that was accepted; 0 means that it was not.
 constexpr char TAKEN[] = "1";
 
 constexpr Command number(uint8_t code, int width, int channels, uint8_t shows,

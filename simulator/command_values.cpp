@@ -24,9 +24,9 @@ std::string_view trimmed(std::string_view words)
     return words.substr(first, words.find_last_not_of(BLANKS) - first + 1);
 }
 
-// What a line has to give.
+// What a line must contain.
 struct Wanted {
-    int places = 0; // 0: none is named
+    int places = 0; // 0: the line has none
     int numbers = 0;
     int width = 0; // of each number, in bytes; 0: a text
 };
@@ -72,7 +72,7 @@ bool numbers_fit(std::string_view value, const Wanted &wanted)
     return count == wanted.numbers;
 }
 
-// Cuts the place off a key's words. False if it is not as the command has it.
+// Cuts the place off a key's words. False if it does not suit the command.
 bool take_place(std::string_view &words, int places, int &place)
 {
     const size_t slash = words.find('/');
@@ -101,14 +101,14 @@ std::string wrong_place(const Wanted &wanted)
     if (wanted.places == 0) {
         return "this command has no channels";
     }
-    return text("the code needs %s from 0 to %d behind it, as in 0x%02X/1",
+    return text("the code must be followed by %s from 0 to %d, as in 0x%02X/1",
                 wanted.places == ADDRESSES ? "/ and an address" : "/ and a channel",
                 wanted.places - 1, wanted.places == ADDRESSES ? 'b' : 0x06);
 }
 
 std::string wrong_numbers(const Wanted &wanted)
 {
-    return text("the value is to be %d number%s of %d bits", wanted.numbers,
+    return text("the value must be %d number%s of %d bits", wanted.numbers,
                 wanted.numbers > 1 ? "s" : "", wanted.width * 8);
 }
 
@@ -116,7 +116,7 @@ std::string add_words(CommandValues &values, ValuesOf kind, std::string_view lin
 {
     const size_t equals = line.find('=');
     if (equals == std::string_view::npos || line.find('\n') != std::string_view::npos) {
-        return "it does not read like CODE[/CHANNEL]=VALUE";
+        return "it does not have the form CODE[/CHANNEL]=VALUE";
     }
     std::string_view key_words = trimmed(line.substr(0, equals));
     const std::string_view value = trimmed(line.substr(equals + 1));

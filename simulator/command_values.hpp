@@ -1,4 +1,4 @@
-// Values by command: what each setting last received, and the answers that a board is told to give.
+// Values by command: what each setting last received, and the answers that a board was given.
 //
 //     0x53 = 2                       a setting or a query without channels
 //     0xC3/7 = 1234 567              channel 7 of a setting with two values
@@ -33,14 +33,14 @@ using CommandValues = std::map<CommandKey, std::string>;
 
 enum class ValuesOf { settings, answers };
 
-// Adds the value of one line. Empty, or what is wrong with the line.
+// Adds the value in one line. Empty, or what is wrong with the line.
 std::string add_value(CommandValues &values, ValuesOf kind, std::string_view line);
 
-// All lines of a file, in which empty ones and those that begin with # are passed over.
+// Adds all lines of a file, except empty ones and those that start with #.
 std::string read_values(CommandValues &values, ValuesOf kind, const std::string &lines);
 std::string write_values(const CommandValues &values);
 
-// The numbers of a value that add_value has let pass.
+// The numbers in a value that add_value has accepted.
 std::vector<int64_t> numbers_of(const std::string &value);
 
 } // namespace simulator

@@ -1,4 +1,4 @@
-// The virtual co-processor: what it makes of an exchange.
+// The virtual co-processor: how it interprets an exchange.
 #include "simulator/coprocessor.hpp"
 
 #include "simulator/text.hpp"
@@ -12,14 +12,14 @@ namespace simulator
 namespace
 {
 
-constexpr uint8_t IDLE = 0x00;     // driven while there is nothing to say
-constexpr uint8_t UNDRIVEN = 0xFF; // read while nobody drives
+constexpr uint8_t IDLE = 0x00;     // sent while there is nothing to say
+constexpr uint8_t UNDRIVEN = 0xFF; // read while nothing drives the line
 
 constexpr uint8_t FILLER = 0x66;
 constexpr uint8_t STATUS_POLL = 0x33;
 constexpr uint8_t DATA_POLL = 0x44;
 
-constexpr uint8_t BOOT_LOADER_COMMAND = 0x81; // a frame switches the mode, a byte loads firmware
+constexpr uint8_t BOOT_LOADER_COMMAND = 0x81; // frame: switches the mode; byte: loads firmware
 constexpr uint8_t LOAD_BOOT_LOADER_COMMAND = 0x82;
 constexpr uint8_t START_APPLICATION_COMMAND = 0x83;
 constexpr uint8_t MODE_QUERY = 0x23;
@@ -68,7 +68,7 @@ void Coprocessor::advance_to(std::chrono::nanoseconds now)
     now_ = now;
 }
 
-// Only what outlasts the power stays: flash, memory and settings.
+// Only what survives a loss of power is kept: flash, memory and settings.
 void Coprocessor::restart(const Fault &fault)
 {
     drop_debts();
@@ -115,7 +115,7 @@ void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> mis
     }
 }
 
-// What an answer, a status or a block was owed for is over.
+// Drops any pending answer, status or block.
 void Coprocessor::drop_debts()
 {
     status_.reset();

@@ -23,13 +23,13 @@ namespace simulator
 
 inline constexpr size_t COMMAND_FRAME_SIZE = 8;
 
-// What a board is, apart from its flash.
+// The identity of a board, apart from its flash.
 struct BoardIdentity {
     Mode mode = Mode::application;
     uint8_t boot_loader_version = 5; // minor number; 0 is unknown
 };
 
-// The bytes of a board that outlast its power.
+// The bytes of a board that survive a loss of power.
 struct BoardBytes {
     std::span<uint8_t, FLASH_SIZE> flash;
     std::span<uint8_t, MEMORY_SIZE> memory;
@@ -37,13 +37,13 @@ struct BoardBytes {
 
 // How a board behaves.
 struct Behaviour {
-    int busy_polls = 0; // polls that find it busy after each frame, before the status or the answer
+    int busy_polls = 0; // busy polls after each frame, before the status or the answer
     Faults faults;
     int seed = 1;           // of all that it measures
-    int adc_values = 200;   // of a frame that are said to be good
+    int adc_values = 200;   // that a frame declares valid
     int rate = 1000;        // samples of a stream per second
     int header_index = 0;   // of a block's header in a poll of a stream, or ANY_HEADER_INDEX
-    int buffer_size = 4096; // of the driver: the most bytes of a message, as the kernel's default
+    int buffer_size = 4096; // of the driver: the most bytes in a message; the kernel's default
 };
 
 class Coprocessor
@@ -51,13 +51,13 @@ class Coprocessor
   public:
     Coprocessor(BoardBytes bytes, BoardIdentity identity, Behaviour behaviour);
 
-    // The time of the exchanges to come, from any start on. What was due until then happens.
+    // The time of the exchanges to come, from any origin. What is due by then happens.
     void advance_to(std::chrono::nanoseconds now);
 
-    // Clocks the bytes of one exchange in and as many out. mosi and miso have the same size.
+    // Clocks the bytes of one exchange in, and as many out. mosi and miso have the same size.
     void exchange(std::span<const uint8_t> mosi, std::span<uint8_t> miso);
 
-    // What the last exchange meant to the co-processor, in a few words.
+    // How the co-processor understood the last exchange, in a few words.
     const std::string &note() const { return note_; }
 
     Mode mode() const { return identity_.mode; }
@@ -65,7 +65,7 @@ class Coprocessor
 
     Application &application() { return application_; }
 
-    // What has become of the records that it has measured. Lives end in restarts.
+    // What became of the records that it measured. A life ends with a restart.
     Tally tally() const { return {lives_, past_, readout_.counts()}; }
 
   private:
@@ -98,13 +98,13 @@ class Coprocessor
     std::chrono::nanoseconds now_{0};
     Faults restarts_; // in the order of their times
     size_t restarted_ = 0;
-    std::vector<Life> lives_; // that are over
-    Counts past_;             // all of theirs
+    std::vector<Life> lives_; // that have ended
+    Counts past_;             // the sum of theirs
     Spells silences_;
-    std::optional<uint8_t> dead_line_; // what a dead board's line reads
-    std::optional<uint8_t> status_;    // waits for an acknowledge poll
-    int64_t busy_ = 0;                 // polls that still find the board busy with it
-    std::optional<uint8_t> answer_;    // waits for a data poll
+    std::optional<uint8_t> dead_line_; // what is read from a dead board's line
+    std::optional<uint8_t> status_;    // fetched by a poll for an acknowledge
+    int64_t busy_ = 0;                 // further polls that find the board busy with it
+    std::optional<uint8_t> answer_;    // fetched by a data poll
     std::string note_;
 };
 

@@ -1,4 +1,4 @@
-// What has become of the records of a board.
+// What became of the records of a board.
 #include "simulator/counts.hpp"
 
 #include "simulator/text.hpp"

@@ -1,4 +1,4 @@
-// Waits in which the co-processor does not hear that it is polled.
+// Waits in which the co-processor does not hear the polls.
 #include "simulator/deafness.hpp"
 
 namespace simulator

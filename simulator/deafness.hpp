@@ -1,4 +1,4 @@
-// Waits in which the co-processor does not hear that it is polled.
+// Waits in which the co-processor does not hear the polls.
 #pragma once
 
 #include "simulator/faults.hpp"
@@ -8,7 +8,7 @@
 namespace simulator
 {
 
-// A host gives up after so many polls, rests, and begins to wait anew.
+// A host gives up after this many polls, pauses, and starts another wait.
 inline constexpr int POLLS_OF_A_WAIT = 301;
 
 class Deafness
@@ -16,16 +16,16 @@ class Deafness
   public:
     explicit Deafness(const Faults &faults);
 
-    // The polls from here on are for the command of this place. A wait that was begun is over.
+    // From here on the polls are for the command of this place. A wait in progress is over.
     void begin(int place);
 
-    // Whether the next poll goes unheard.
+    // Whether the next poll is not heard.
     bool covers_poll();
 
   private:
-    std::map<int, int> waits_;     // that are left, by the command's place
-    int *current_waits_ = nullptr; // of the command that is polled for
-    int polls_ = 0;                // of the wait that has begun
+    std::map<int, int> waits_;     // remaining, by the command's place
+    int *current_waits_ = nullptr; // of the command being polled for
+    int polls_ = 0;                // of the current wait
 };
 
 } // namespace simulator

@@ -51,7 +51,7 @@ void Delivery::give(std::span<uint8_t> miso)
     advance(miso);
 }
 
-// The poll's answer shows bytes of a block that is announced as shorter than it is.
+// The answer to the poll may contain more of a block than its announced length.
 void Delivery::advance(std::span<uint8_t> miso)
 {
     const size_t given = std::min(miso.size(), block_.bytes.size() - sent_);

@@ -1,5 +1,5 @@
-// A block on its way to a host that polls with twenty bytes. Whatever has no place in the poll that
-// finds it comes in the exchanges behind:
+// A block on its way to a host that polls with twenty bytes. What does not fit into the poll that
+// finds it comes in the exchanges that follow:
 //
 //     .. .. 55 LL LL data... --filler--> rest of the data
 //     .. .. .. .. .. ..   55 --00 00--> LL LL --filler--> data
@@ -20,12 +20,12 @@ inline constexpr size_t STREAM_POLL_SIZE = 20;
 class Delivery
 {
   public:
-    // Begins in the answer to a poll, at an index.
+    // Starts in the answer to a poll, at an index.
     void begin(Block block, size_t index, std::span<uint8_t> miso);
     void cancel() { sent_ = end_; }
     bool is_over() const { return sent_ >= end_; }
 
-    // Whether an exchange fetches what comes next, and what comes back in it.
+    // Whether an exchange fetches what comes next, and what it receives.
     bool expects(std::span<const uint8_t> mosi) const;
     void give(std::span<uint8_t> miso);
 

@@ -1,4 +1,4 @@
-// Faults in words.
+// Faults as text.
 #include "simulator/faults.hpp"
 
 #include "simulator/mode.hpp"
@@ -34,7 +34,7 @@ constexpr std::string_view TIME_PLACE = "t";
 
 constexpr FaultRow FAULT_ROWS[] = {
     {FaultKind::bus_inactive, Place::anywhere, Value::none, 0, "bus-inactive",
-     "bus-inactive[@WHERE]", "nobody drives the line (0xFF), from WHERE on"},
+     "bus-inactive[@WHERE]", "nothing drives the line (0xFF), from WHERE on"},
     {FaultKind::silence, Place::anywhere, Value::none, 0, "silence", "silence[@WHERE]",
      "the co-processor is dead (0x00), from WHERE on"},
     {FaultKind::checksum_error, Place::step, Value::none, 0, "checksum-error",
@@ -42,40 +42,42 @@ constexpr FaultRow FAULT_ROWS[] = {
     {FaultKind::address_error, Place::step, Value::none, 0, "address-error", "address-error@STEP",
      "STEP is answered with an address error"},
     {FaultKind::status, Place::step, Value::status, 0, "status", "status@STEP=BYTE",
-     "STEP is taken, but answered with this status byte"},
+     "STEP is accepted, but answered with this status byte"},
     {FaultKind::late, Place::anywhere, Value::polls, 0, "late", "late[@WHERE]=POLLS",
-     "WHERE (or everywhere) is answered so many polls later"},
+     "WHERE (or everything) is answered POLLS polls later"},
     {FaultKind::length, Place::any_command, Value::length, 0, "length", "length[@CODE]=N",
-     "command CODE (or every one) is answered with N: a result, or a length"},
+     "CODE (or any) is answered with N: result or length"},
     {FaultKind::deaf, Place::one_command, Value::waits, 0, "deaf", "deaf@CODE=WAITS",
-     "the first WAITS waits of 301 polls for CODE find nothing"},
+     "the first WAITS waits (301 polls) for CODE fail"},
     {FaultKind::flip, Place::counted, Value::bit, FLIPPED_BIT, "flip", "flip@RECORD[=BIT]",
-     "a bit of RECORD is wrong (64); bit 8 is the lowest of byte 1"},
+     "BIT of RECORD is flipped (64); 8 is bit 0 of byte 1"},
     {FaultKind::unnumbered, Place::counted, Value::none, 0, "unnumbered", "unnumbered@RECORD",
      "RECORD has the number 0"},
     {FaultKind::stuck, Place::counted, Value::none, 0, "stuck", "stuck@RECORD",
-     "RECORD is the one before it once more"},
+     "RECORD is a repetition of the one before it"},
     {FaultKind::short_block, Place::counted, Value::bytes, 0, "short", "short@BLOCK=BYTES",
      "the last BYTES bytes of BLOCK are missing"},
     {FaultKind::block_length, Place::counted, Value::length, 0, "block-length",
-     "block-length@BLOCK=N", "BLOCK is announced as N bytes, however long it is"},
+     "block-length@BLOCK=N", "BLOCK is announced as N bytes, whatever its length"},
     {FaultKind::padded, Place::counted, Value::none, 0, "padded", "padded@BLOCK",
-     "BLOCK is filled up to 4096 bytes with 0x55"},
+     "BLOCK is padded to 4096 bytes with 0x55"},
     {FaultKind::exchange, Place::counted, Value::error, EIO, "exchange", "exchange@N[=ERRNO]",
-     "the N-th exchange of the program fails (EIO)"},
+     "the Nth exchange of the program fails (EIO)"},
     {FaultKind::no_device, Place::none, Value::error, ENOENT, "no-device", "no-device[=ERRNO]",
      "the device cannot be opened (ENOENT)"},
     {FaultKind::speed_refused, Place::none, Value::error, EINVAL, "speed-refused",
-     "speed-refused[=ERRNO]", "the device does not take the clock (EINVAL)"},
+     "speed-refused[=ERRNO]", "the device refuses the clock (EINVAL)"},
     {FaultKind::restart, Place::time, Value::mode, 0, "restart", "restart@t=TIME=MODE",
-     "the co-processor restarts as boot-loader or application; what it owed\n"
-     "                          is gone, and RECORD and BLOCK count from 1 again"},
+     "the co-processor restarts as boot-loader or\n"
+     "                          application; pending answers are lost, and RECORD\n"
+     "                          and BLOCK count from 1 again"},
     {FaultKind::silent_spell, Place::time, Value::span, 0, "silence", "silence@t=FROM..TO",
-     "it neither hears nor says anything (0x00), but measures on"},
+     "the co-processor is silent (0x00) but keeps measuring"},
     {FaultKind::absence, Place::time, Value::span, 0, "gone", "gone@t=FROM..TO",
-     "there is no device (ENOENT); what was open stays dead (ESHUTDOWN)"},
+     "there is no device (ENOENT); what was open stays dead\n"
+     "                          (ESHUTDOWN)"},
     {FaultKind::intrusion, Place::time, Value::file, 0, "intrusion", "intrusion@t=TIME=FILE",
-     "another program's exchanges come between, those of a transcript"},
+     "the transcript of another program is played"},
 };
 
 constexpr int MOST = 1'000'000'000;
@@ -109,7 +111,7 @@ std::optional<int> parse_step(std::string_view words)
                                              : std::nullopt;
 }
 
-// Words that a fault may have or not.
+// The parts of a fault's text that are optional.
 using Words = std::optional<std::string_view>;
 
 std::optional<int> parse_place(const FaultRow &row, const Words &words)
@@ -191,7 +193,7 @@ std::optional<int> parse_value(const FaultRow &row, const Words &words)
     return std::nullopt;
 }
 
-// Cuts the words behind a separator off, and returns them; none if there is no separator.
+// Cuts off and returns the words after a separator; none if there is no separator.
 Words cut_behind(std::string_view &words, char separator)
 {
     const size_t at = words.find(separator);
@@ -203,7 +205,7 @@ Words cut_behind(std::string_view &words, char separator)
     return behind;
 }
 
-// Cuts the time of a fault that has one off the words behind its first equals sign.
+// Cuts the time of a fault that has one off the words after its first equals sign.
 std::optional<TimeSpan> take_span(const FaultRow &row, Words &words)
 {
     if (row.place != Place::time) {
@@ -221,7 +223,7 @@ std::optional<TimeSpan> take_span(const FaultRow &row, Words &words)
     return TimeSpan{*from, *from};
 }
 
-// Of two rows of one name, that which stands at a time or that which does not.
+// Of two rows with the same name, the one with a time or the one without.
 const FaultRow *find_row(std::string_view name, bool at_time)
 {
     const FaultRow *found = nullptr;
@@ -264,7 +266,7 @@ std::optional<Fault> parse_fault(std::string_view words, std::string &reason)
     const std::optional<TimeSpan> span = take_span(*row, value_words);
     const std::optional<int> value = parse_value(*row, value_words);
     if (!place || !span || !value) {
-        reason = text("fault '%s' does not read like %s", whole.c_str(), row->form);
+        reason = text("fault '%s' does not have the form %s", whole.c_str(), row->form);
         return std::nullopt;
     }
     const bool has_file = row->value == Value::file;

@@ -24,7 +24,7 @@ static_assert(BOOT_LOADER_REGION.start == FLASH_START);
 static_assert(FIRMWARE_REGION.start == FLASH_START + BOOT_LOADER_REGION.size);
 static_assert(BOOT_LOADER_REGION.size + FIRMWARE_REGION.size == FLASH_SIZE);
 
-// Works on bytes that belong to somebody else, who decides how long they last.
+// Works on bytes owned by the caller, which decides how long they live.
 class Flash
 {
   public:
@@ -32,7 +32,7 @@ class Flash
 
     void erase(const FlashRegion &region);
 
-    // address to address + data.size() must lie inside the flash.
+    // address to address + data.size() must be inside the flash.
     void program(uint32_t address, std::span<const uint8_t> data);
 
   private:

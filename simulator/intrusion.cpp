@@ -9,8 +9,8 @@
 namespace simulator
 {
 
-// An exchange is never played before those above it in its transcript: where several programs have
-// written one, each with a time of its own, they come one after the other.
+// An exchange is never played before those above it in its transcript: if several programs have
+// written one, each with a time of its own, their exchanges follow each other.
 std::string Intrusion::load(const Faults &faults)
 {
     for (const Fault &fault : faults_by_time(faults, FaultKind::intrusion)) {

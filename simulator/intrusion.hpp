@@ -1,5 +1,5 @@
-// What another program sends to the co-processor between the exchanges of the one that runs: its
-// transcript, played from a time on.
+// What another program sends to the co-processor between the exchanges of the running one: its
+// transcript, played from a given time on.
 #pragma once
 
 #include "simulator/coprocessor.hpp"
@@ -23,7 +23,7 @@ class Intrusion
     // Reads the transcripts that the faults name. Empty, or what is wrong with one of them.
     std::string load(const Faults &faults);
 
-    // Plays what is due until now. Nobody gets the answers.
+    // Plays what is due by now. The answers are discarded.
     void play_until(std::chrono::nanoseconds now, Coprocessor &coprocessor);
 
   private:

@@ -1,4 +1,4 @@
-// The buffer of a board that measures by itself.
+// The buffer of a board that measures on its own.
 #include "simulator/live_buffer.hpp"
 
 #include <algorithm>
@@ -28,7 +28,8 @@ void LiveBuffer::stop()
     samples_.clear();
 }
 
-// A sample is there when its time is over. Seconds and their rest apart stay within 64 bits.
+// A sample is ready when its time is over. Seconds and their fraction, computed separately, stay
+// within 64 bits.
 int64_t LiveBuffer::due(std::chrono::nanoseconds now) const
 {
     constexpr std::chrono::nanoseconds SECOND = std::chrono::seconds(1);

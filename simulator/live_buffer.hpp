@@ -1,5 +1,5 @@
-// The buffer of a board that measures by itself, at its own rate: samples wait in it until they are
-// handed over, and when it is full, new ones are lost.
+// The buffer of a board that measures on its own, at its own rate: it holds samples until they are
+// delivered; when it is full, new ones are lost.
 #pragma once
 
 #include <chrono>
@@ -14,19 +14,19 @@ class LiveBuffer
   public:
     explicit LiveBuffer(int rate) : rate_(rate) {} // samples per second
 
-    // Measuring begins now, with an empty buffer.
+    // Starts to measure now, with an empty buffer.
     void start(std::chrono::nanoseconds now);
     void stop();
     bool is_running() const { return running_; }
 
-    // Measures until now. Returns the number of samples taken, the first of which is next.
+    // Measures until now. Returns the number of samples taken; next is the number of the first.
     uint32_t measure_until(std::chrono::nanoseconds now, uint32_t next);
 
     size_t size() const { return samples_.size(); }
     uint32_t take(); // the oldest; there must be one
 
     uint64_t overrun() const { return overrun_; }     // lost while it was full
-    uint64_t discarded() const { return discarded_; } // thrown away at a start or a stop
+    uint64_t discarded() const { return discarded_; } // dropped at a start or a stop
 
   private:
     int64_t due(std::chrono::nanoseconds now) const;

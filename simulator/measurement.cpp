@@ -16,7 +16,7 @@ constexpr int16_t SINE[SAMPLES_PER_PERIOD] = {
     -9511, -8988, -8290, -7431, -6428, -5299, -4067, -2756, -1392};
 
 constexpr uint32_t PHASE_SHIFT = SAMPLES_PER_PERIOD / 3;
-constexpr uint32_t LOAD_SHIFT = 4; // the load is inductive: currents lag by 32 degrees
+constexpr uint32_t LOAD_SHIFT = 4; // inductive load: currents lag by 32 degrees
 
 constexpr int32_t VOLTAGE_PEAK = 325'000;
 constexpr int32_t VOLTAGE_NOISE = 400;
@@ -26,10 +26,10 @@ constexpr int32_t CURRENT_NOISE = 40;
 constexpr int32_t CONVERTER_PEAK = 6'000'000; // of 24 bits
 constexpr int32_t CONVERTER_NOISE = 2'000;
 
-// Two hundred samples after power on its highest bit is set.
+// Its highest bit is set two hundred samples after power on.
 constexpr uint32_t EXTERNAL_COUNTER_START = 0x7FFFFF38;
 
-// Channels have noise of their own.
+// Each channel has its own noise.
 enum Channel : uint32_t { VOLTAGES, CURRENTS = VOLTAGES + 4, CONVERTER = CURRENTS + 4 };
 
 uint32_t scrambled(uint32_t bits)
@@ -55,7 +55,7 @@ int32_t wave(int32_t peak, uint32_t time, uint32_t shift)
     return static_cast<int32_t>(int64_t{peak} * SINE[at % SAMPLES_PER_PERIOD] / SINE_UNIT);
 }
 
-// Rises from 0 to the height and falls again, one step in so many samples.
+// Rises from 0 to height and falls again, by one step every samples_per_step samples.
 uint16_t drift(uint32_t time, uint32_t samples_per_step, uint32_t height)
 {
     const uint32_t step = time / samples_per_step % (2 * height);

@@ -1,4 +1,4 @@
-// What runs on the co-processor, by the numbers that a host is told.
+// What is running on the co-processor, with the numbers reported to a host.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Numbers in words.
+// Numbers as text.
 #include "simulator/number.hpp"
 
 #include <charconv>

@@ -1,4 +1,4 @@
-// Numbers in words.
+// Numbers as text.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 namespace simulator
 {
 
-// A number, decimal or with 0x, within the limits. Nothing may stand around it.
+// A number, decimal or with 0x, within the limits, with nothing before or after it.
 std::optional<int64_t> parse_number(std::string_view words, int64_t least, int64_t most);
 
 } // namespace simulator

@@ -146,7 +146,7 @@ Block Readout::take_live_block()
     return source_.make_block(*format_, std::move(records));
 }
 
-// Any index: seven steps on each time, which leads over all of them.
+// With any index, it advances by seven each time, which visits all of them.
 size_t Readout::next_header_index()
 {
     if (measuring_.header_index != ANY_HEADER_INDEX) {

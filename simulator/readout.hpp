@@ -1,6 +1,6 @@
-// Read-outs of records at the co-processor's end of the wire. How a host polls after its request
-// decides what it gets: single bytes fetch as many records as were asked for, measured on the spot;
-// polls of twenty bytes fetch what the board has measured by itself since the last block.
+// Read-outs of records at the co-processor's end of the wire. What a host gets depends on how it
+// polls after its request: single bytes fetch the number of records requested, measured on the
+// spot; polls of twenty bytes fetch what the board has measured on its own since the last block.
 #pragma once
 
 #include "simulator/application.hpp"
@@ -17,7 +17,7 @@
 namespace simulator
 {
 
-// What a board measures, and how it hands a stream over.
+// What a board measures, and how it delivers a stream.
 struct Measuring {
     uint32_t seed;
     int rate;         // samples of a stream per second
@@ -31,26 +31,25 @@ class Readout
   public:
     Readout(const Measuring &measuring, const Faults &faults);
 
-    // The board's time, which never goes back.
+    // The board's time, which never goes backwards.
     void advance_to(std::chrono::nanoseconds now);
 
-    // A request has come, or something that ends it.
+    // A request has arrived, or something that ends it.
     void request(const RecordFormat &format, int count, int64_t busy_polls);
     void cancel();
 
-    // The board measures no longer by itself.
+    // The board stops measuring on its own.
     void stop() { live_.stop(); }
 
-    // Polls of a single byte find records measured on the spot, if the request is still undecided.
+    // Polls of a single byte get records measured on the spot, if the request is still undecided.
     bool is_undecided() const { return stage_ == Stage::requested; }
     Response take_counted_block();
     int64_t busy_polls() const { return busy_; }
 
-    // The host has got the whole of the block that was begun, if there is one.
+    // The host has received all of the current block, if there is one.
     void finish_block();
 
-    // Polls of twenty bytes find what was measured before, and exchanges behind them the rest of
-    // it.
+    // Polls of twenty bytes get what was measured before, and the exchanges after them the rest.
     bool is_waited_for() const { return stage_ != Stage::idle; }
     void poll(std::span<uint8_t> miso);
     bool expects(std::span<const uint8_t> mosi) const { return delivery_.expects(mosi); }
@@ -58,7 +57,7 @@ class Readout
 
     const std::string &note() const { return note_; }
 
-    // What has become of the records up to now.
+    // What became of the records up to now.
     Counts counts() const;
 
   private:
@@ -77,12 +76,12 @@ class Readout
     std::chrono::nanoseconds now_{0};
     Stage stage_ = Stage::idle;
     const RecordFormat *format_ = nullptr;      // of the request
-    const RecordFormat *live_format_ = nullptr; // of what the buffer holds
+    const RecordFormat *live_format_ = nullptr; // of the samples in the buffer
     int count_ = 0;
-    int64_t busy_ = 0; // polls that still find the board busy
+    int64_t busy_ = 0; // further polls that find the board busy
     size_t deliveries_ = 0;
     size_t begun_records_ = 0; // of a block that is being fetched
-    size_t begun_whole_ = 0;   // of them that a host gets whole
+    size_t begun_whole_ = 0;   // of them that a host receives whole
     Counts counts_;            // without the buffer's
     std::string note_;
 };

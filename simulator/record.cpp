@@ -1,4 +1,4 @@
-// The records in which samples are handed over.
+// The records in which samples are delivered.
 #include "simulator/record.hpp"
 
 #include "simulator/byte_writer.hpp"

@@ -1,4 +1,4 @@
-// Blocks of records as a board hands them over.
+// Blocks of records as a board delivers them.
 #include "simulator/record_source.hpp"
 
 #include "simulator/text.hpp"

@@ -1,4 +1,4 @@
-// Blocks of records as a board hands them over, faults included.
+// Blocks of records as a board delivers them, faults included.
 #pragma once
 
 #include "simulator/faults.hpp"
@@ -15,11 +15,11 @@ namespace simulator
 inline constexpr size_t LARGEST_BLOCK = 4096;
 
 struct Block {
-    std::vector<uint8_t> bytes; // filled up with zeros to the length, if that is larger
-    uint16_t length = 0;        // as it is announced
-    std::string name;           // for the person who reads the dialogue
+    std::vector<uint8_t> bytes; // padded with zeros up to the length, if that is larger
+    uint16_t length = 0;        // as announced
+    std::string name;           // for people who read the dialogue
     size_t records = 0;         // that were put into it
-    size_t whole = 0;           // of them that a host gets whole
+    size_t whole = 0;           // of them that a host receives whole
 };
 
 class RecordSource
@@ -27,7 +27,7 @@ class RecordSource
   public:
     RecordSource(uint32_t seed, Faults faults);
 
-    // How many samples have been taken since power on; taking them and passing them over is one.
+    // The number of samples taken since power on, whether delivered or skipped.
     uint32_t samples() const { return samples_; }
     void skip(uint32_t samples) { samples_ += samples; }
 

@@ -78,7 +78,7 @@ bool add_fault(Settings &settings, const std::string &words, std::string &reason
         return false;
     }
     if (words.find_first_of(BLANKS) != std::string::npos) {
-        reason = "fault '" + words + "': there is a blank in it, which cannot be passed on";
+        reason = "fault '" + words + "': it contains a blank, which cannot be passed on";
         return false;
     }
     settings.behaviour.faults.push_back(*fault);

@@ -1,4 +1,4 @@
-// What virtual-board tells the library that it loads into a program, by environment variables.
+// What virtual-board passes to the library that it loads into a program, in environment variables.
 #pragma once
 
 #include "simulator/coprocessor.hpp"
@@ -8,14 +8,14 @@
 namespace simulator
 {
 
-// The one that is looked at without the others.
+// The one that is read without the others.
 inline constexpr char COUNT_TIME_VARIABLE[] = "VIRTUAL_BOARD_COUNT_TIME";
 
 struct Settings {
     std::string directory;  // of the board; absolute
     std::string transcript; // file to append to; empty for none
     Behaviour behaviour;
-    std::string fault_words; // the faults again, as they were given, separated by blanks
+    std::string fault_words; // the faults as they were given, separated by blanks
     bool counts_time = false;
     bool through = false; // to the real device
 };
@@ -23,7 +23,7 @@ struct Settings {
 // "1 to 1000000"
 std::string range_of(int Behaviour::*number);
 
-// Sets a number of the board's behaviour. False if the words are none that it can be.
+// Sets a number of the board's behaviour. False if the words are not a number in its range.
 bool set_number(Settings &settings, int Behaviour::*number, const std::string &words);
 
 // Adds the words of a fault. False if they are not understood; reason then says why.
@@ -31,7 +31,7 @@ bool add_fault(Settings &settings, const std::string &words, std::string &reason
 
 void put_into_environment(const Settings &settings);
 
-// False if the variables are not those that put_into_environment writes.
+// False if the variables are not as put_into_environment writes them.
 bool take_from_environment(Settings &settings);
 
 } // namespace simulator

@@ -1,4 +1,4 @@
-// The times at which a fault lasts.
+// The times during which a fault lasts.
 #include "simulator/spells.hpp"
 
 #include <algorithm>

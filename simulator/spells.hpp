@@ -1,4 +1,4 @@
-// The times at which a fault lasts: a silence of the co-processor, an absence of the device.
+// The times during which a fault lasts: a silence of the co-processor, an absence of the device.
 #pragma once
 
 #include "simulator/faults.hpp"
@@ -13,7 +13,7 @@ class Spells
   public:
     Spells(const Faults &faults, FaultKind kind) : spells_(faults_by_time(faults, kind)) {}
 
-    // How many have begun: the number of the stretch that follows the last of them.
+    // How many have begun: also the number of the stretch that follows the last of them.
     int begun(std::chrono::nanoseconds now) const;
 
     bool cover(std::chrono::nanoseconds now) const;

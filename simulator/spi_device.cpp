@@ -21,14 +21,14 @@ struct MessageLength {
 namespace
 {
 
-// The driver rounds each transfer up to what its memory is aligned to before it adds them up.
+// The driver rounds each transfer up to the alignment of its memory before it adds them up.
 #ifdef __arm__
 constexpr uint64_t ALIGNMENT = 64;
 #else
 constexpr uint64_t ALIGNMENT = 8;
 #endif
 
-constexpr uint64_t MOST_BYTES = 1'048'576; // of one call, those without a buffer included
+constexpr uint64_t MOST_BYTES = 1'048'576; // of one call, including those without a buffer
 
 MessageLength measure(std::span<const spi_ioc_transfer> transfers)
 {
@@ -42,7 +42,7 @@ MessageLength measure(std::span<const spi_ioc_transfer> transfers)
     return length;
 }
 
-// What the controller can do: words of eight bits on single lines.
+// What the controller supports: words of eight bits on single lines.
 bool is_possible(const spi_ioc_transfer &transfer)
 {
     return (transfer.bits_per_word == 0 || transfer.bits_per_word == 8) && transfer.tx_nbits <= 1 &&
@@ -136,7 +136,7 @@ bool SpiDevice::fetch_transfers(std::span<spi_ioc_transfer> transfers, const voi
     return copied > 0;
 }
 
-// A message that is refused already is an exchange that fails.
+// A message that has already been refused is a failing exchange.
 int SpiDevice::message(std::span<const spi_ioc_transfer> transfers, int refusal)
 {
     ++exchanges_;
@@ -167,7 +167,7 @@ int SpiDevice::fetch(std::span<const spi_ioc_transfer> transfers, const MessageL
         return is_possible(first) ? 0 : -EINVAL;
     }
     mosi_.assign(static_cast<size_t>(length.total),
-                 0); // a transfer that only receives sends zeroes
+                 0); // a transfer that only receives sends zeros
     size_t at = 0;
     for (const spi_ioc_transfer &transfer : transfers) {
         if (transfer.tx_buf != 0 &&
@@ -191,7 +191,7 @@ int SpiDevice::exchange_bytes(std::span<const spi_ioc_transfer> transfers)
     for (const spi_ioc_transfer &transfer : transfers) {
         if (transfer.rx_buf != 0 &&
             !copy_to_user(transfer.rx_buf, miso_.data() + at, transfer.len)) {
-            result = -EFAULT; // the exchange has gone over the wire all the same
+            result = -EFAULT; // the exchange went over the wire anyway
         }
         at += transfer.len;
     }
@@ -222,7 +222,7 @@ int SpiDevice::set_speed(uint32_t speed_hz)
     return 0;
 }
 
-// Reads a setting of the program's, or gives one to it.
+// Takes a setting from the program, or returns one to it.
 
 template <typename Setting, typename Take>
 int SpiDevice::take(const void *argument, Take take)
@@ -237,7 +237,7 @@ int SpiDevice::give(void *argument, Setting value)
     return copy_to_user(user_address(argument), &value, sizeof(value)) ? 0 : -EFAULT;
 }
 
-// Settings of the wire that the co-processor does not look at are kept and given back.
+// Settings of the wire that do not matter to the co-processor are stored and returned.
 int SpiDevice::configure(unsigned long request, void *argument)
 {
     const auto keep_mode = [this](uint32_t mode) {

@@ -1,6 +1,6 @@
-// The kernel's SPI device driver in front of a co-processor: what it takes, refuses and returns.
+// The kernel's SPI device driver in front of a co-processor: what it accepts, refuses and returns.
 //
-// Results are the kernel's: 0 or more on success, a negated errno on failure.
+// Results are the kernel's: non-negative on success, a negated errno on failure.
 #pragma once
 
 #include "simulator/coprocessor.hpp"
@@ -19,19 +19,19 @@ namespace simulator
 {
 
 inline constexpr uint32_t DEFAULT_SPEED_HZ = 1'000'000;
-inline constexpr uint32_t HIGHEST_SPEED_HZ = 10'000'000; // a higher clock is taken, but not reached
+inline constexpr uint32_t HIGHEST_SPEED_HZ = 10'000'000; // higher ones are accepted, not reached
 
 // One exchange as it went over the wire, or as it was refused.
 struct Exchange {
     int number; // from 1
     std::span<const uint8_t> sent;
     std::span<const uint8_t> received; // empty if it failed
-    uint64_t length;                   // also of a refused one, whose bytes nobody saw
+    uint64_t length;                   // also of a refused one, whose bytes were not sent
     int result;
     std::string_view note;
 };
 
-// How long so many bytes take on a wire of this clock.
+// How long that many bytes take on a wire with this clock.
 constexpr std::chrono::nanoseconds wire_time(uint64_t bytes, uint32_t speed_hz)
 {
     return std::chrono::nanoseconds(bytes * 8 * 1'000'000'000 / speed_hz);
@@ -48,18 +48,18 @@ class SpiDevice
     using Observer = std::function<void(const Exchange &)>;
     using Passage = std::function<void(std::chrono::nanoseconds)>;
 
-    // The observer sees every exchange, in order. Before it does, and before the program gets its
-    // bytes, the exchange's time on the wire passes.
+    // The observer sees every exchange, in order. The exchange's time on the wire passes before
+    // that, and before the program gets its bytes.
     SpiDevice(Coprocessor &coprocessor, const Behaviour &behaviour, Passage pass,
               Observer observer);
 
-    // The time of the calls to come. A device that is away by then comes back with its defaults.
+    // The time of the calls to come. A device that is absent then comes back with its defaults.
     void advance_to(std::chrono::nanoseconds now);
 
-    // What is opened is of the generation that is returned. Of an older one nothing works.
+    // Returns the generation of what was opened. Nothing works with an older one.
     int open();
-    void close(int generation = 0); // the last close brings the default clock back
-    // The driver keeps the mode that a program sets when that closes the device.
+    void close(int generation = 0); // the last close restores the default clock
+    // When a program closes the device, the driver keeps the mode that the program set.
     uint32_t mode() const { return mode_; }
     void set_mode(uint32_t mode) { mode_ = mode; }
 

@@ -2,8 +2,8 @@
 //
 //     idle --command--> busy --polls--> answer --00 00--> reply --filler--> idle
 //
-// Some have a reply only.
-// The command's frame and everything that fits no stage are the co-processor's own matter.
+// Some have only a reply.
+// The command's frame and everything that fits no stage are left to the co-processor.
 #pragma once
 
 #include "simulator/application.hpp"
@@ -22,11 +22,11 @@ class Transaction
     void cancel() { stage_ = Stage::idle; }
     bool is_over() const { return stage_ == Stage::idle; }
 
-    // Whether a poll for data belongs to it, and what such a poll finds.
+    // Whether a poll for data belongs to it, and the answer to such a poll.
     bool is_polled() const { return stage_ == Stage::busy; }
     uint8_t take_poll();
 
-    // Whether an exchange fetches its answer or its reply, and what comes back in it.
+    // Whether an exchange fetches its answer or its reply, and what that exchange receives.
     bool expects(std::span<const uint8_t> mosi) const;
     void give(std::span<uint8_t> miso);
 
@@ -40,7 +40,7 @@ class Transaction
 
     Stage stage_ = Stage::idle;
     Response response_;
-    int64_t busy_ = 0; // polls that still find it busy
+    int64_t busy_ = 0; // further polls that find it busy
     std::string note_;
 };
 

@@ -1,10 +1,10 @@
-// The dialogue as text, one line an exchange:
+// The dialogue as text, one line per exchange:
 //
-//     NUMBER SECONDS LENGTH > BYTES SENT < BYTES RECEIVED ; what the co-processor made of it
+//     NUMBER SECONDS LENGTH > BYTES SENT < BYTES RECEIVED ; how the co-processor understood it
 //     NUMBER SECONDS LENGTH > BYTES SENT ! ERRNO
 //
-// The time is that of the exchange's end, since the device was opened. Bytes are hexadecimal; four
-// or more equal ones in a row are written as one and their number, 66*4096.
+// The time is that of the exchange's end, counted from the opening of the device. Bytes are
+// hexadecimal; four or more equal ones in a row are written as one and their number: 66*4096.
 #pragma once
 
 #include <chrono>

@@ -20,7 +20,7 @@ namespace
 constexpr int64_t MOST_BYTES = 1'048'576; // of one exchange
 constexpr int64_t MOST_EXCHANGES = 1'000'000'000;
 
-// "66*3" or "66", as bytes behind those that are there.
+// Appends "66*3" or "66" as bytes.
 bool add_bytes(std::vector<uint8_t> &bytes, const std::string &word)
 {
     constexpr size_t DIGITS = 2;
@@ -69,7 +69,7 @@ std::optional<SentBytes> parse_transcript_line(std::string_view line)
         sent.bytes.clear();
         return sent;
     }
-    // A message without a buffer has a length, and nothing that reached the wire.
+    // A message without a buffer has a length, but nothing of it reached the wire.
     const auto whole = static_cast<int64_t>(sent.bytes.size());
     const bool fits = sent.bytes.empty() || parse_number(length, whole, whole).has_value();
     return fits ? std::optional(std::move(sent)) : std::nullopt;
@@ -84,7 +84,7 @@ std::string read_transcript(const std::string &path, std::vector<SentBytes> &sen
         ++number;
         std::optional<SentBytes> exchange = parse_transcript_line(line);
         if (!exchange) {
-            return path + text(": line %d is no line of a transcript", number);
+            return path + text(": line %d is not a line of a transcript", number);
         }
         if (!exchange->bytes.empty()) {
             sent.push_back(std::move(*exchange));
@@ -93,7 +93,7 @@ std::string read_transcript(const std::string &path, std::vector<SentBytes> &sen
     if (errno != 0 && number == 0) {
         return path + ": " + strerror(errno);
     }
-    return sent.empty() ? path + ": there is no exchange in it" : std::string();
+    return sent.empty() ? path + ": it contains no exchange" : std::string();
 }
 
 } // namespace simulator

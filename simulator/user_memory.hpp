@@ -1,5 +1,5 @@
-// Copies from and to the addresses that a program hands to its driver, as the kernel does: an
-// address that is none is an error and no crash.
+// Copies from and to the addresses that a program passes to its driver, as the kernel does: an
+// invalid address is an error, not a crash.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,7 @@ size_t copy_pieces_from_user(std::span<const UserPiece> pieces);
 bool copy_from_user(void *to, uint64_t user_address, size_t size);
 bool copy_to_user(uint64_t user_address, const void *from, size_t size);
 
-// What a pointer of the program's is to the kernel.
+// A pointer of the program as the kernel sees it.
 inline uint64_t user_address(const void *pointer)
 {
     return reinterpret_cast<uintptr_t>(pointer);

@@ -8,7 +8,7 @@
 namespace simulator
 {
 
-// Without locks: signal handlers look at clocks, too.
+// Without locks: signal handlers read clocks, too.
 class VirtualClock
 {
   public:

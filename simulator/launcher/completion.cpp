@@ -12,7 +12,7 @@ namespace simulator
 namespace
 {
 
-// What stands in a script for words, without and with what an argument may be.
+// Placeholders in a script: for the options, and for the possible arguments.
 constexpr std::string_view OPTIONS_PLACE = "%OPTIONS%";
 constexpr std::string_view VALUED_PLACE = "%VALUED%";
 constexpr std::string_view ARGUMENTS_PLACE = "%ARGUMENTS%";
@@ -46,7 +46,7 @@ _virtual_board()
             COMP_CWORD=$((COMP_CWORD - i))
             "$function" "$command" "$current" "${COMP_WORDS[COMP_CWORD - 1]}"
         else
-            compopt -o filenames 2>/dev/null || true # it is an error where nobody completes
+            compopt -o filenames 2>/dev/null || true # an error outside a completion
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
         fi
         return
@@ -136,7 +136,7 @@ std::string joined(const std::vector<std::string> &words)
     return line;
 }
 
-// What an argument of this name may be.
+// The possible values of an argument of this name.
 std::string words_for(const std::string &argument)
 {
     if (argument == "FAULT") {

@@ -1,5 +1,5 @@
-// Completions of virtual-board for a shell, made from its options and faults. Behind the options
-// comes the completion of the command that is run.
+// Completions of virtual-board for a shell, made from its options and faults. After the options
+// comes the completion of the command that it runs.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Looks at the command before it is run.
+// Examines the command before it is run.
 #include "simulator/launcher/executable.hpp"
 
 #include <elf.h>
@@ -22,10 +22,10 @@ struct ElfFile {
     unsigned char width = 0;   // ELFCLASS32 or ELFCLASS64
     unsigned type = 0;         // ET_EXEC, ET_DYN, ...
     unsigned machine = 0;      // EM_ARM, EM_X86_64, ...
-    bool names_loader = false; // and is therefore dynamically linked
+    bool names_loader = false; // which means that it is dynamically linked
 };
 
-// As the shell finds it.
+// Finds it as the shell does.
 std::string find_program(const std::string &command)
 {
     if (command.find('/') != std::string::npos) {
@@ -83,7 +83,7 @@ ElfFile look_at(const std::string &path)
 // The program that runs a script, or the program itself.
 std::string interpreter_of(std::string program)
 {
-    constexpr int MOST_LEVELS = 5; // the kernel follows no more
+    constexpr int MOST_LEVELS = 5; // the kernel does not follow more
     for (int level = 0; level < MOST_LEVELS; ++level) {
         std::ifstream file(program, std::ios::binary);
         std::string line;
@@ -97,7 +97,7 @@ std::string interpreter_of(std::string program)
     return program;
 }
 
-// The dynamic loader then looks for libraries in the system's own folders only.
+// If so, the dynamic loader searches only the system's own folders for libraries.
 bool gains_rights(const std::string &program)
 {
     struct stat status = {};
@@ -124,13 +124,13 @@ std::string why_not_loadable(const std::string &command, const std::string &libr
         return {};
     }
     if (!elf.names_loader) {
-        return program + ": statically linked, its device cannot be replaced";
+        return program + ": statically linked, so its device cannot be replaced";
     }
     if (elf.width != loaded.width || elf.machine != loaded.machine) {
-        return program + ": of another architecture than " + library;
+        return program + ": of a different architecture from " + library;
     }
     if (gains_rights(program)) {
-        return program + ": runs with other rights, its device cannot be replaced";
+        return program + ": runs with different privileges, so its device cannot be replaced";
     }
     return {};
 }

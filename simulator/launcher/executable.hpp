@@ -1,4 +1,4 @@
-// Looks at the command before it is run.
+// Examines the command before it is run.
 #pragma once
 
 #include <string>
@@ -6,9 +6,9 @@
 namespace simulator
 {
 
-// A library can be loaded into dynamically linked programs of its own architecture only; all others
-// would talk to a real device behind the virtual board's back. Returns why the command is one of
-// those, or nothing; also nothing if it is no program at all, which shows when it is run.
+// A library can be loaded only into dynamically linked programs of its own architecture; any other
+// program would use a real device, bypassing the virtual board. Returns why the command is such a
+// program, or nothing; also nothing if it is not a program at all, which shows when it is run.
 std::string why_not_loadable(const std::string &command, const std::string &library);
 
 } // namespace simulator

@@ -25,7 +25,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-// Signals that would end this process before it has cleaned up.
+// Signals that would end this process before it can clean up.
 constexpr int FORWARDED_SIGNALS[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGUSR1,  SIGUSR2,
                                      SIGALRM, SIGPIPE, SIGPROF, SIGXCPU, SIGVTALRM};
 
@@ -41,7 +41,7 @@ int run_in_place(const std::vector<char *> &words)
 
 void forward_signal(int signal, siginfo_t *info, void *)
 {
-    // What comes from the terminal has reached the command already.
+    // A signal from the terminal has already reached the command.
     if (info->si_code <= 0 && command_pid > 0) {
         kill(command_pid, signal);
     }
@@ -58,7 +58,7 @@ void forward_signals()
     }
 }
 
-// Dies as the command has died, so that whoever waits for this process sees the same.
+// Dies as the command did, so that the parent of this process sees the same status.
 [[noreturn]] void die_of(int signal)
 {
     const rlimit no_core = {0, 0};
@@ -78,11 +78,11 @@ int run_beside(const std::vector<char *> &words, int &status)
     struct sigaction child_before = {};
     struct sigaction child_default = {};
     child_default.sa_handler = SIG_DFL;
-    sigaction(SIGCHLD, &child_default, &child_before); // where it is ignored, no end can be seen
+    sigaction(SIGCHLD, &child_default, &child_before); // if it is ignored, the end cannot be seen
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
-    sigprocmask(SIG_BLOCK, &all, &before); // until it is known whom to forward signals to
+    sigprocmask(SIG_BLOCK, &all, &before); // until the process to forward signals to is known
     command_pid = fork();
     if (command_pid == 0) {
         prctl(PR_SET_PDEATHSIG, SIGTERM);
@@ -105,7 +105,7 @@ int run_on_fresh_board(LaunchOptions &options, const std::string &preload)
     const fs::path parent = fs::absolute(fs::temp_directory_path(error), error);
     std::string directory = parent / "virtual-board-XXXXXX";
     if (error || mkdtemp(directory.data()) == nullptr) {
-        return complain(text("no temporary folder can be made: %s",
+        return complain(text("cannot create a temporary folder: %s",
                              error ? error.message().c_str() : strerror(errno)));
     }
     options.settings.directory = directory;
@@ -145,7 +145,7 @@ int launch(LaunchOptions &options)
     const std::string preload = find_preload(options);
     std::string reason = check_preload(options, preload);
     if (reason.empty()) {
-        reason = Intrusion().load(settings.behaviour.faults); // before it is written over
+        reason = Intrusion().load(settings.behaviour.faults); // before it is overwritten
     }
     if (reason.empty()) {
         reason = prepare_transcript(settings.transcript);

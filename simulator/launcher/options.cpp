@@ -23,7 +23,7 @@ struct OptionRow {
     const char *argument; // null for an option without one
     const char *help;
     bool (*apply)(LaunchOptions &options, const std::string &argument); // false: bad argument
-    bool shapes_board = true; // a virtual one, of which a real one knows nothing
+    bool shapes_board = true; // a virtual one; meaningless for a real one
 };
 
 std::string absolute(const std::string &path)
@@ -103,7 +103,7 @@ bool set_buffer_size(LaunchOptions &options, const std::string &number)
     return take_number(options, &Behaviour::buffer_size, number);
 }
 
-// The command may leave this folder before the file is read.
+// The command may change the folder before the file is read.
 std::string with_absolute_file(const std::string &words)
 {
     std::string ignored;
@@ -174,47 +174,45 @@ bool set_help(LaunchOptions &options, const std::string &)
 }
 
 constexpr OptionRow OPTION_ROWS[] = {
-    {"--board", "DIR", "the board's flash and state live in DIR, which is made if need be",
-     set_board},
-    {"--mode", "MODE", "the board starts in this mode: application, 'boot loader' or unknown",
-     set_mode},
-    {"--version", "N", "minor version of the boot loader, 0 to 255 (a fresh board: 5)",
-     set_version},
-    {"--answer", "CODE[/CHANNEL]=VALUE", "the board answers so from now on; can be given again",
+    {"--board", "DIR", "keep flash and state in DIR; created if necessary", set_board},
+    {"--mode", "MODE", "initial mode: application, 'boot loader' or unknown", set_mode},
+    {"--version", "N", "minor version of the boot loader, 0 to 255 (new: 5)", set_version},
+    {"--answer", "CODE[/CHANNEL]=VALUE", "set this answer from now on; can be repeated",
      set_answer},
-    {"--commands", nullptr, "list the commands with answers", set_commands, false},
+    {"--commands", nullptr, "list the commands and their default answers", set_commands, false},
     {"--busy", "N", "each frame keeps the board busy for N polls (0)", set_busy_polls},
-    {"--seed", "N", "what the board measures: each N gives values of its own (1)", set_seed},
-    {"--samples", "N", "good values in a frame of converter values, 0 to 255 (200)", set_samples},
+    {"--seed", "N", "seed of the measured values: each gives others (1)", set_seed},
+    {"--samples", "N", "valid values in a converter frame, 0 to 255 (200)", set_samples},
     {"--rate", "N",
-     "records of a stream per second, 1 to 1000000 (1000); what is asked for by\n"
-     "                        its number, and converter values, come as fast as the wire is",
+     "records per second of a stream, 1 to 1000000 (1000);\n"
+     "                        counted records and converter values come as fast as\n"
+     "                        the wire permits",
      set_rate},
     {"--header-index", "I",
-     "place of a block's header in the 20 bytes of a stream's poll, 0 to 19,\n"
-     "                        or any, another one each time (0)",
+     "index of a block's header in a stream's poll of 20\n"
+     "                        bytes, 0 to 19, or any: a different one each time (0)",
      set_header_index},
     {"--bufsiz", "N",
-     "the driver takes messages of up to N bytes, 1 to 1048576, and refuses\n"
-     "                        longer ones (4096)",
+     "longest message that the driver accepts, in bytes,\n"
+     "                        1 to 1048576 (4096)",
      set_buffer_size},
-    {"--fault", "FAULT", "something goes wrong; can be given again", set_fault},
-    {"--transcript", "FILE", "write each exchange as a line to FILE, - for standard error",
+    {"--fault", "FAULT", "make something go wrong; can be repeated", set_fault},
+    {"--transcript", "FILE", "write a line per exchange to FILE; - is standard error",
      set_transcript, false},
     {"--count-time", nullptr,
-     "count the command's waits instead of spending them: usleep, nanosleep,\n"
-     "                        clock_nanosleep, poll, select; clock_gettime shows the count",
+     "count the command's waits instead of spending them:\n"
+     "                        usleep, nanosleep, clock_nanosleep, poll, select;\n"
+     "                        clock_gettime shows the count",
      set_count_time},
-    {"--through", nullptr, "leave the device real and only write the transcript", set_through,
-     false},
+    {"--through", nullptr, "use the real device and only write the transcript", set_through, false},
     {"--emulator", "CMD",
-     "the command is of another architecture; CMD, which must know qemu's -E,\n"
-     "                        runs such programs",
+     "run the command, of a different architecture, with\n"
+     "                        CMD, which must support qemu's option -E",
      set_emulator, false},
-    {"--preload", "FILE", "the library to load into the command, of the command's architecture",
-     set_preload, false},
+    {"--preload", "FILE", "library to load into the command, of its architecture", set_preload,
+     false},
     {"--completion", "SHELL", "print the completions for bash or zsh", set_completion, false},
-    {"--help", nullptr, "this text", set_help, false},
+    {"--help", nullptr, "show this help", set_help, false},
     {"-h", nullptr, "the same", set_help, false},
 };
 
@@ -229,7 +227,7 @@ bool set_completion(LaunchOptions &options, const std::string &shell)
 }
 
 // Takes one option, with its argument from the same word or from the next. Returns the number of
-// words, 0 after an error.
+// words used, 0 after an error.
 int take_option(LaunchOptions &options, int count, char **words)
 {
     std::string name = words[0];
@@ -258,8 +256,9 @@ int take_option(LaunchOptions &options, int count, char **words)
     options.range.clear();
     if (!row->apply(options, argument)) {
         if (options.error.empty()) {
-            options.error = text("%s cannot be '%s'%s", name.c_str(), argument.c_str(),
-                                 (options.range.empty() ? "" : ", only " + options.range).c_str());
+            options.error =
+                text("%s cannot be '%s'%s", name.c_str(), argument.c_str(),
+                     (options.range.empty() ? "" : "; it must be " + options.range).c_str());
         }
         return 0;
     }
@@ -273,9 +272,9 @@ void check_together(LaunchOptions &options)
         return;
     }
     if (options.command.empty()) {
-        options.error = "no command to run; --help explains";
+        options.error = "no command to run; see --help";
     } else if (options.settings.through && options.shapes_board) {
-        options.error = "--through leaves the device real: it goes with --transcript only";
+        options.error = "--through uses the real device: it works only with --transcript";
     } else if (!options.emulator.empty() && options.preload.empty()) {
         options.error = "--emulator needs --preload, a library of the command's architecture";
     }
@@ -307,49 +306,44 @@ std::string help_text()
 {
     std::string help = "Usage: virtual-board [OPTIONS] COMMAND [ARGUMENTS]\n"
                        "\n"
-                       "Runs a command with a virtual co-processor behind /dev/spidev1.0. Without "
-                       "--board the board\n"
-                       "is a fresh one that lasts as long as the command.\n"
+                       "Runs a command with a virtual co-processor behind /dev/spidev1.0. Without\n"
+                       "--board, the board is a new one that lasts as long as the command.\n"
                        "\n"
                        "Options:\n";
     for (const OptionRow &row : OPTION_ROWS) {
         const std::string name = std::string(row.name) + ' ' + (row.argument ? row.argument : "");
         help += text("  %-20s  %s\n", name.c_str(), row.help);
     }
-    help += "\nFaults (STEP is a step of a download: mode, header, or the number of a block; WHERE "
-            "is a\n"
-            "STEP, or CODE, a command of the application, such as 0xA0; RECORD and BLOCK, of "
-            "records, are\n"
-            "counted from 1 over the run):\n";
+    help += "\nFaults (STEP is a step of a download: mode, header, or the number of a block;\n"
+            "WHERE is a STEP, or a CODE, a command of the application, such as 0xA0; RECORD\n"
+            "and BLOCK are numbers of records and of their blocks, counted from 1 during the\n"
+            "run):\n";
     help += describe_faults();
-    help += "TIME, FROM and TO read 2s, 2.5s or 1500ms. They count, as the times of a transcript "
-            "do, from\n"
-            "the moment when the program first opens the device; each program has its own. TO is "
-            "not in it.\n";
-    help +=
-        "\n"
-        "Examples:\n"
-        "  virtual-board update -ver\n"
-        "      one command on a fresh board\n"
-        "  virtual-board --board my-board update -firmware image.bin\n"
-        "  cmp -n $(stat -c %s image.bin) -i 0:16384 image.bin my-board/flash.bin\n"
-        "      load an image, then compare it with the flash; firmware begins at 16384\n"
-        "  virtual-board --fault checksum-error@3 --transcript - update -firmware image.bin\n"
-        "      see what happens when block 3 is damaged on its way\n"
-        "  virtual-board --count-time --fault silence@header update -firmware image.bin\n"
-        "      a time-out of 16 seconds, in no time\n"
-        "  virtual-board --board my-board --answer 0x06/3=-250 --answer 0x21=hello FRONT-END\n"
-        "      channel 3 of query 0x06 answers -250, and query 0x21 a text; what FRONT-END sets "
-        "is\n"
-        "      found in my-board/settings\n"
-        "  virtual-board --through --transcript dialogue.txt update -state\n"
-        "      listen to the dialogue with a real board\n"
-        "  virtual-board --emulator 'qemu-arm -L /usr/arm-linux-gnueabihf' \\\n"
-        "                --preload build/board/lib/libvirtual-board.so ./update -state\n"
-        "      a program of the board's own architecture\n"
-        "\n"
-        "The exit status is the command's; 125 if virtual-board itself fails, 126 if the command\n"
-        "cannot be run, 127 if there is no such command.\n";
+    help += "TIME, FROM and TO are written 2s, 2.5s or 1500ms. Like the times in a\n"
+            "transcript, they count from the moment when the program first opens the device;\n"
+            "each program has its own. TO itself is excluded.\n";
+    help += "\n"
+            "Examples:\n"
+            "  virtual-board update -ver\n"
+            "      one command on a fresh board\n"
+            "  virtual-board --board my-board update -firmware image.bin\n"
+            "  cmp -n $(stat -c %s image.bin) -i 0:16384 image.bin my-board/flash.bin\n"
+            "      load an image, then compare it with the flash; firmware starts at 16384\n"
+            "  virtual-board --fault checksum-error@3 --transcript - update -firmware image.bin\n"
+            "      see what happens when block 3 is damaged in transit\n"
+            "  virtual-board --count-time --fault silence@header update -firmware image.bin\n"
+            "      a time-out of 16 seconds without the wait\n"
+            "  virtual-board --board my-board --answer 0x06/3=-250 --answer 0x21=hello FRONT-END\n"
+            "      channel 3 of query 0x06 answers -250, and query 0x21 a text; the settings\n"
+            "      made by FRONT-END are in my-board/settings\n"
+            "  virtual-board --through --transcript dialogue.txt update -state\n"
+            "      record the dialogue with a real board\n"
+            "  virtual-board --emulator 'qemu-arm -L /usr/arm-linux-gnueabihf' \\\n"
+            "                --preload build/board/lib/libvirtual-board.so ./update -state\n"
+            "      run a program of the board's own architecture\n"
+            "\n"
+            "The exit status is the command's; 125 if virtual-board itself fails, 126 if the\n"
+            "command cannot be run, 127 if there is no such command.\n";
     return help;
 }
 

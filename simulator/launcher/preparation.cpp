@@ -27,15 +27,15 @@ std::string variable(const char *name)
     return value != nullptr ? value : "";
 }
 
-// Puts an entry before the others of a list in a variable.
+// Puts an entry in front of the others in a variable's list.
 std::string with_first(const std::string &first, const char *name)
 {
     const std::string others = variable(name);
     return others.empty() ? first : first + ':' + others;
 }
 
-// How the dynamic loader is told of the library: by its path, or, because a blank would end the
-// path, by its name and the folder to look in.
+// How the dynamic loader finds the library: by its path or, because a blank would end the path, by
+// its name and the folder to search.
 struct LoaderVariables {
     std::string preload;
     std::string library_path; // empty if the preload is a path
@@ -50,7 +50,7 @@ LoaderVariables loader_variables(const std::string &preload)
     return {path.filename().string(), path.parent_path().string()};
 }
 
-// Instrumented programs insist on being loaded first; they do without.
+// Instrumented programs insist that their runtime is loaded first; this makes them do without.
 void admit_instrumented_programs()
 {
     const std::string given = variable("ASAN_OPTIONS");
@@ -66,7 +66,7 @@ void set_for_own_architecture(const LoaderVariables &loader)
     }
 }
 
-// The emulator sets variables for the program that it runs, and has none of them itself.
+// The emulator sets the variables for the program that it runs; it must not have them itself.
 void set_for_emulator(std::vector<std::string> &emulator, const LoaderVariables &loader)
 {
     emulator.insert(emulator.end(), {"-E", text("LD_PRELOAD=%s", loader.preload.c_str())});
@@ -76,7 +76,7 @@ void set_for_emulator(std::vector<std::string> &emulator, const LoaderVariables 
     }
 }
 
-// Those that the board has already stay, as far as they are not given anew.
+// Those that the board already has are kept, unless they are given again.
 std::string add_answers(const BoardDirectory &directory, const CommandValues &fresh)
 {
     CommandValues answers;
@@ -116,10 +116,11 @@ std::string check_preload(const LaunchOptions &options, const std::string &prelo
     }
     const char *separators = options.emulator.empty() ? ":;$" : ":;$,";
     if (preload.find_first_of(separators) != std::string::npos) {
-        return preload + text(": a library whose path has one of %s cannot be loaded", separators);
+        return preload +
+               text(": a library whose path contains one of %s cannot be loaded", separators);
     }
     if (!options.emulator.empty() && access(options.command[0], F_OK) != 0) {
-        return {}; // the emulator says it
+        return {}; // the emulator reports it
     }
     return why_not_loadable(options.command[0], preload);
 }

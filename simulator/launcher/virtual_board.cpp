@@ -1,4 +1,4 @@
-// virtual-board: runs a command with the virtual co-processor behind /dev/spidev1.0.
+// virtual-board: runs a command with a virtual co-processor behind /dev/spidev1.0.
 #include "simulator/launcher/launch.hpp"
 #include "simulator/launcher/options.hpp"
 

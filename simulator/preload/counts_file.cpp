@@ -17,8 +17,7 @@ namespace simulator
 namespace
 {
 
-// Another file in the place of the one that is there: a program that still maps that one goes on
-// counting in it.
+// Replaces the file by a new one: a program that still maps the old one continues to count there.
 std::string make_anew(const std::string &path, const std::string &content)
 {
     unlink(path.c_str());

@@ -9,18 +9,18 @@
 namespace simulator
 {
 
-// They are mapped and not open, so that no descriptor gets in the program's way, an update costs no
-// call, and what was counted outlasts the program, however it ends.
+// They are mapped and not open, so that no descriptor gets in the program's way, an update needs no
+// system call, and the counts survive the program, however it ends.
 class CountsFile
 {
   public:
-    // Makes both files anew. Empty, or why they cannot be made.
+    // Creates both files anew. Empty, or why they cannot be created.
     std::string open(const std::string &directory);
 
-    // Writes what has changed. Empty, or why a life that is over cannot be noted.
+    // Writes what has changed. Empty, or why a life that has ended cannot be recorded.
     std::string write(const Tally &tally);
 
-    // The files are another process's from now on.
+    // From now on the files belong to another process.
     void leave() { numbers_ = nullptr; }
 
   private:
@@ -29,7 +29,7 @@ class CountsFile
 
     char *numbers_ = nullptr;
     std::array<uint64_t, COUNT_ROWS> written_{};
-    size_t lives_ = 0; // noted
+    size_t lives_ = 0; // recorded
     std::string lives_path_;
 };
 

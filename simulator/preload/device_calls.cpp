@@ -1,4 +1,4 @@
-// Stands in front of open, ioctl and close for one path, /dev/spidev1.0, and leaves all others be.
+// Intercepts open, ioctl and close for one path, /dev/spidev1.0, and leaves all others alone.
 #include "simulator/preload/device_files.hpp"
 #include "simulator/preload/program.hpp"
 #include "simulator/preload/real_calls.hpp"
@@ -35,8 +35,8 @@ constinit RealCall<int(int)> real_close("close");
 constexpr char DEVICE[] = "/dev/spidev1.0";
 constexpr char DEVICE_NAME[] = "spidev1.0";
 
-// The driver lets one exchange pass at a time, and a thread in the middle of one gets no signal and
-// is not cancelled until it is over. A child gets the driver as nobody is in it.
+// The driver lets one exchange pass at a time, and a thread in the middle of one receives no signal
+// and is not cancelled until it is over. A child inherits the driver while nobody is in it.
 pthread_mutex_t driver = PTHREAD_MUTEX_INITIALIZER;
 
 [[gnu::constructor]] void keep_driver_whole_over_forks()
@@ -73,7 +73,7 @@ class DriverCall
     int cancel_state_ = 0;
 };
 
-// A descriptor that a program inherits is known, too: by the stand-in's name.
+// An inherited descriptor is recognised, too: by the stand-in's name.
 void know_inherited_device()
 {
     if (!simulator::knows_device_file() && !simulator::leaves_device_real()) {
@@ -87,7 +87,7 @@ int result_or_errno(int result, int errno_before)
     return result < 0 ? -1 : result;
 }
 
-// The path as it is from the root on, with nothing superfluous in it.
+// The absolute path in its normal form.
 std::filesystem::path whole_path(int directory, const char *path)
 {
     namespace fs = std::filesystem;
@@ -157,13 +157,13 @@ int device_ioctl(int fd, int generation, unsigned long request, void *argument)
     return result_or_errno(simulator::device_ioctl(generation, request, argument), errno_before);
 }
 
-// What every descriptor takes, whatever it belongs to.
+// Requests that any descriptor accepts, whatever it belongs to.
 bool concerns_descriptor(unsigned long request)
 {
     return request == FIOCLEX || request == FIONCLEX || request == FIONBIO || request == FIOASYNC;
 }
 
-// The mode argument of an open call, which is there only if the flags make a file.
+// The mode argument of an open call, which exists only if the flags can create a file.
 mode_t mode_argument(int flags, va_list arguments)
 {
     const bool makes_file = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
@@ -210,7 +210,7 @@ EXPORTED int openat64(int directory, const char *path, int flags, ...)
                                          : real_openat64(directory, path, flags, mode);
 }
 
-// What a fortified program calls when it opens without a mode.
+// What fortified programs call to open without a mode.
 
 EXPORTED int __open_2(const char *path, int flags)
 {
@@ -240,7 +240,7 @@ EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept
     va_start(arguments, request);
     void *argument = va_arg(arguments, void *);
     va_end(arguments);
-    request &= 0xFFFFFFFF; // as the kernel has it
+    request &= 0xFFFFFFFF; // as the kernel sees it
     if (_IOC_TYPE(request) == SPI_IOC_MAGIC) {
         know_inherited_device();
     }
@@ -251,7 +251,7 @@ EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept
 }
 
 #if __SIZEOF_LONG__ == 4
-// What ioctl is called in 32-bit programs with 64-bit times.
+// The name of ioctl in 32-bit programs with 64-bit times.
 EXPORTED int __ioctl_time64(int fd, unsigned long request, ...) noexcept
 {
     va_list arguments;

@@ -1,4 +1,4 @@
-// The files by which descriptors of the device are known.
+// The files by which descriptors of the device are recognised.
 #include "simulator/preload/device_files.hpp"
 
 #include <fcntl.h>
@@ -23,8 +23,8 @@ struct DeviceFile {
     DeviceFile *next;
 };
 
-// Grows at its head only, so that any thread may walk along it. It is as long as there have been
-// files, which is one as a rule.
+// Grows only at its head, so that any thread may walk along it. It has an entry for each file that
+// there has been, normally one.
 std::atomic<DeviceFile *> device_files = nullptr;
 
 DeviceFile *find(const struct stat &file)
@@ -43,10 +43,10 @@ void add(const struct stat &file, int generation)
     }
 }
 
-// A file that is mapped keeps its inode when it is replaced and closed: no other file of the
-// program's can get that number and be taken for the device. The mapping also keeps what was
-// opened, and a lock that the program has on that would outlast its descriptor: the file is opened
-// once more.
+// A mapped file keeps its inode when it is replaced and closed: no other file of the program can
+// get that number and be taken for the device. The mapping also keeps the open file alive, and with
+// it any lock that the program holds on it beyond its descriptor: therefore the file is opened once
+// more.
 void keep_inode(int fd, const struct stat &file)
 {
     if (!S_ISREG(file.st_mode)) {
@@ -57,7 +57,7 @@ void keep_inode(int fd, const struct stat &file)
     if (own >= 0) {
         (void)mmap(nullptr, static_cast<size_t>(sysconf(_SC_PAGESIZE)), PROT_NONE, MAP_SHARED, own,
                    0);
-        (void)syscall(SYS_close, own); // close is the program's, and may be listened to
+        (void)syscall(SYS_close, own); // close belongs to the program, and may be intercepted
     }
 }
 

@@ -1,5 +1,5 @@
-// The files by which descriptors of the device are known, under whatever numbers. A device that
-// comes back has another file, and a generation of its own.
+// The files by which descriptors of the device are recognised, whatever their numbers. A device
+// that comes back has a new file and a new generation.
 #pragma once
 
 namespace simulator
@@ -7,10 +7,11 @@ namespace simulator
 
 inline constexpr int NOT_OF_DEVICE = -1;
 
-// Descriptors of the file that this one has open are the device's, of this generation.
+// From now on, descriptors of the file that this one refers to are the device's, of this
+// generation.
 void know_device_file(int fd, int generation);
 
-// The same for the file of a name, as long as no file is known.
+// The same for the file of that name, as long as no file is known.
 void know_device_file_if_none_is(const char *path);
 
 bool knows_device_file();

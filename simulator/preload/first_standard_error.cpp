@@ -1,5 +1,5 @@
-// Standard error as the program was begun with it, known by its file: a descriptor of our own would
-// get in the program's way.
+// Standard error as it was when the program started, recognised by its file: a descriptor of our
+// own would get in the program's way.
 #include "simulator/preload/first_standard_error.hpp"
 
 #include <fcntl.h>

@@ -1,12 +1,12 @@
-// Standard error as the program was begun with it.
+// Standard error as it was when the program started.
 #pragma once
 
 namespace simulator
 {
 
-// A descriptor for what was standard error when the program began. A program that has put something
-// else in its place, to catch what is written there, keeps it under another number in order to put
-// it back. Standard error as it is if there is none.
+// A descriptor for what was standard error when the program started. A program that replaces it, to
+// catch what is written there, keeps the original under another number in order to restore it. If
+// there is none, standard error as it is now.
 int first_standard_error();
 
 } // namespace simulator

@@ -1,5 +1,5 @@
-// What one program has of the virtual board. Nothing here is ever destroyed: a program may use its
-// device until its very last instruction.
+// One program's virtual board. Nothing here is ever destroyed: a program may use its device until
+// its very last instruction.
 #include "simulator/preload/program.hpp"
 
 #include "simulator/board_directory.hpp"
@@ -35,7 +35,7 @@ void check(const std::string &error)
     }
     const std::string line = "virtual-board: " + error + '\n';
     if (write(first_standard_error(), line.data(), line.size()) < 0) {
-        // There is nobody left to tell.
+        // There is nowhere left to report it.
     }
     _exit(OWN_FAILURE);
 }
@@ -62,8 +62,8 @@ std::chrono::nanoseconds now()
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-// Sleeps, for a host that waits for its wire leaves the processor to others. Signals are blocked
-// meanwhile, but a stopped process that goes on comes back early.
+// Sleeps, because a host that waits for its wire leaves the processor to others. Signals are
+// blocked during the sleep, but it ends early when a stopped process is continued.
 void sleep_until(std::chrono::nanoseconds end)
 {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(end);
@@ -115,7 +115,7 @@ struct Board {
     BoardIdentity identity = {};
     CommandValues saved_settings;
     uint32_t saved_spi_mode = 0;
-    std::chrono::nanoseconds call_begin{0}; // of the call that the driver is in
+    std::chrono::nanoseconds call_begin{0}; // of the call being handled
     Coprocessor coprocessor{directory.bytes(), identity, settings().behaviour};
     Intrusion intrusion = load_intrusion();
     int stand_in_generation = 0;
@@ -124,8 +124,8 @@ struct Board {
                      note_exchange};
 
   private:
-    // An exchange ends when the wire has had its time from the begin of the call on. What one
-    // exchange is late is not taken from the next, for on a wire it cannot be caught up either.
+    // An exchange ends when the wire's time has passed since the start of the call. The delay of
+    // one exchange is not subtracted from the next: a real wire cannot catch up either.
     void pass_wire_time(std::chrono::nanoseconds time) const
     {
         if (counts_time()) {
@@ -142,7 +142,7 @@ Board &board()
     return *instance;
 }
 
-// What was due before this call happens first, in the order of its times.
+// Whatever was due before this call happens first, in order of time.
 void begin_call(Board &board)
 {
     board.call_begin = now();
@@ -193,7 +193,7 @@ void save_spi_mode(Board &board)
     }
 }
 
-// A device that has been away has another file than before, as a device node is another one.
+// A device that comes back has a new file, just as a device node would be a new one.
 void renew_stand_in(Board &board, int generation)
 {
     if (generation != board.stand_in_generation) {
@@ -202,7 +202,7 @@ void renew_stand_in(Board &board, int generation)
     }
 }
 
-// What the call has made of the board, for those who look into its folder.
+// The state of the board after the call, for anyone who looks into its folder.
 void save_state(Board &board)
 {
     save_settings(board);
@@ -211,7 +211,7 @@ void save_state(Board &board)
     check(counts_file->write(board.coprocessor.tally()));
 }
 
-// Adds the bytes of a buffer, as far as there are any that a driver would have taken.
+// Appends the bytes of a buffer, if there is one that a driver would have accepted.
 void append(std::vector<uint8_t> &bytes, uint64_t user_address, uint32_t length)
 {
     if (user_address == 0 || length > static_cast<uint32_t>(settings().behaviour.buffer_size)) {
@@ -255,7 +255,7 @@ void begin_transcript()
 
 int device_open()
 {
-    static bool is_on = false; // before, there is no state that could be older than the files
+    static bool is_on = false; // before that, no state can be older than the files
     begin_transcript();
     begin_call(board());
     if (is_on) {

@@ -1,4 +1,4 @@
-// The calls that this library stands in front of, as the next library provides them.
+// The calls that this library intercepts, as provided by the next library.
 #pragma once
 
 #include <dlfcn.h>
@@ -8,8 +8,8 @@
 namespace simulator
 {
 
-// A function of the next library, looked up by its name at the first call. Nothing here allocates
-// or waits: allocators themselves make such calls.
+// A function of the next library, looked up by name at the first call. Nothing here allocates or
+// waits: allocators themselves make such calls.
 template <typename Function>
 class RealCall
 {

@@ -1,6 +1,6 @@
-// Stands in front of the calls that spend time or look at the clock, for programs whose time is
-// counted: a wait ends at once and the clock is put forward by it. Nothing here allocates or locks:
-// signal handlers and allocators make these calls, too.
+// Intercepts the calls that spend time or read a clock, for programs whose time is counted: a wait
+// ends at once, and the clock is advanced by its length. Nothing here allocates or locks: signal
+// handlers and allocators make these calls, too.
 #include "simulator/preload/program.hpp"
 #include "simulator/preload/real_calls.hpp"
 
@@ -22,7 +22,7 @@ using simulator::program_clock;
 using simulator::RealCall;
 using std::chrono::nanoseconds;
 
-// Times as 32-bit programs pass them that were built for times beyond 2038.
+// Times as passed by 32-bit programs that were built for times beyond 2038.
 struct WideTimespec {
     int64_t tv_sec;
     int32_t tv_nsec;
@@ -66,7 +66,7 @@ Time split(nanoseconds time)
     return parts;
 }
 
-// Times that are none go to the real call, which knows what to say.
+// Invalid times go to the real call, which reports the error.
 template <typename Time>
 bool is_valid(const Time *time)
 {
@@ -80,14 +80,14 @@ bool can_be_slept_on(clockid_t clock)
            clock == CLOCK_TAI;
 }
 
-// Clocks of processor time go on by themselves: work is not counted.
+// Clocks of processor time run on their own: work is not counted.
 bool is_counted(clockid_t clock)
 {
     return can_be_slept_on(clock) || clock == CLOCK_MONOTONIC_RAW ||
            clock == CLOCK_REALTIME_COARSE || clock == CLOCK_MONOTONIC_COARSE;
 }
 
-// What a counted clock showed when the program began: fixed at the first look at it.
+// What a counted clock showed when the program started: fixed when it is first read.
 nanoseconds clock_start(clockid_t clock)
 {
     constexpr int64_t UNKNOWN = std::numeric_limits<int64_t>::min();
@@ -119,7 +119,7 @@ int counted_sleep(clockid_t clock, int flags, const Time &time)
     return pass(duration(time) - passed);
 }
 
-// Whatever is ready is ready now; else the whole time-out passes.
+// Whatever is ready is ready now; otherwise the whole time-out passes.
 template <typename Time>
 int counted_select(int count, fd_set *reading, fd_set *writing, fd_set *failing, Time *timeout)
 {

@@ -1,4 +1,4 @@
-// The file to which a program's exchanges are added.
+// The file to which a program's exchanges are appended.
 #include "simulator/preload/transcript_file.hpp"
 
 #include <fcntl.h>
@@ -14,7 +14,7 @@ namespace simulator
 namespace
 {
 
-// Writes all of it, however the descriptor is set up and however often a signal comes between.
+// Writes all of it, however the descriptor is set up and however often a signal interrupts.
 bool write_all(int fd, const char *bytes, size_t size)
 {
     while (size > 0) {

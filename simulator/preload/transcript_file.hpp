@@ -1,4 +1,4 @@
-// The file to which a program's exchanges are added, one line each.
+// The file to which a program's exchanges are appended, one line each.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 namespace simulator
 {
 
-// Adds a line. The file is open only meanwhile: no descriptor of it can get in the program's way.
-// "-" is standard error. Empty, or why the line could not be written.
+// Appends a line. The file is open only for that long: no descriptor of it can get in the program's
+// way. "-" is standard error. Empty, or why the line could not be written.
 std::string add_to_transcript(const std::string &path, const std::string &line);
 
 } // namespace simulator

@@ -146,7 +146,7 @@ TEST_F(BoardFolder, says_in_which_file_a_value_is_not_understood)
     std::ofstream(path + "/answers") << "0x21 = ok\n0x21 ok\n";
     CommandValues values;
     EXPECT_EQ(directory.load(ValuesOf::answers, values),
-              path + "/answers: '0x21 ok': it does not read like CODE[/CHANNEL]=VALUE");
+              path + "/answers: '0x21 ok': it does not have the form CODE[/CHANNEL]=VALUE");
 }
 
 TEST_F(BoardFolder, versions_are_numbers_from_0_to_255)

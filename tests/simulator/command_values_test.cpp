@@ -42,7 +42,7 @@ TEST(CommandValues, a_later_one_takes_the_place_of_an_earlier)
 
 TEST(CommandValues, that_are_not_understood_are_refused_with_the_reason)
 {
-    const std::string form = "it does not read like CODE[/CHANNEL]=VALUE";
+    const std::string form = "it does not have the form CODE[/CHANNEL]=VALUE";
     EXPECT_EQ(add(ValuesOf::answers, "0x06/3"), "'0x06/3': " + form);
     EXPECT_EQ(add(ValuesOf::answers, "0x21=a\nb"), "'0x21=a\nb': " + form);
     for (const char *line : {"=1", "6x=1", "0x100=1", "-1=1", "0x0E=1", "0x75=1", "q=1"}) {
@@ -57,11 +57,12 @@ TEST(CommandValues, that_are_not_understood_are_refused_with_the_reason)
     for (const char *line : {"0x06=1", "0x06/8=1", "0x06/-1=1", "0x06/=1", "0x06/1/1=1"}) {
         EXPECT_EQ(add(ValuesOf::answers, line),
                   "'" + std::string(line) +
-                      "': the code needs / and a channel from 0 to 7 behind it, as in 0x06/1");
+                      "': the code must be followed by / and a channel from 0 to 7, as in 0x06/1");
     }
-    EXPECT_EQ(add(ValuesOf::answers, "0x62/65536=x"),
-              "'0x62/65536=x': the code needs / and an address from 0 to 65535 behind it, as in "
-              "0x62/1");
+    EXPECT_EQ(
+        add(ValuesOf::answers, "0x62/65536=x"),
+        "'0x62/65536=x': the code must be followed by / and an address from 0 to 65535, as in "
+        "0x62/1");
 }
 
 TEST(CommandValues, take_numbers_whose_bits_fit_signed_or_unsigned)
@@ -72,7 +73,7 @@ TEST(CommandValues, take_numbers_whose_bits_fit_signed_or_unsigned)
     }
     for (const char *line : {"0x73=256", "0x73=-129", "0x73=", "0x73=1 2", "0x73=x", "0x73=1x"}) {
         EXPECT_EQ(add(ValuesOf::answers, line),
-                  "'" + std::string(line) + "': the value is to be 1 number of 8 bits");
+                  "'" + std::string(line) + "': the value must be 1 number of 8 bits");
     }
     EXPECT_NE(add(ValuesOf::answers, "0x03=65536"), "");
     EXPECT_NE(add(ValuesOf::answers, "0x03=-32769"), "");
@@ -80,7 +81,7 @@ TEST(CommandValues, take_numbers_whose_bits_fit_signed_or_unsigned)
     EXPECT_NE(add(ValuesOf::answers, "0xA0=-2147483649"), "");
     EXPECT_EQ(add(ValuesOf::settings, "0xC3/7=65535 0"), "");
     EXPECT_EQ(add(ValuesOf::settings, "0xC3/7=1"),
-              "'0xC3/7=1': the value is to be 2 numbers of 16 bits");
+              "'0xC3/7=1': the value must be 2 numbers of 16 bits");
 }
 
 TEST(CommandValues, of_a_file_are_what_was_written)
@@ -95,7 +96,7 @@ TEST(CommandValues, of_a_file_are_what_was_written)
     EXPECT_EQ(read_values(again, ValuesOf::answers, "# a remark\n\n  \n0x06/7 = 9\n0xA0=-1"), "");
     EXPECT_EQ(again, (CommandValues{{{0x06, 7}, "9"}, {{0xA0, NO_PLACE}, "-1"}}));
     EXPECT_EQ(read_values(again, ValuesOf::answers, "0xA0=1\nnonsense\n"),
-              "'nonsense': it does not read like CODE[/CHANNEL]=VALUE");
+              "'nonsense': it does not have the form CODE[/CHANNEL]=VALUE");
 }
 
 TEST(CommandValues, are_listed_by_command)

@@ -147,9 +147,9 @@ TEST_F(IntrusionTest, says_what_is_wrong_with_a_file)
 {
     Intrusion played;
     const Fault bad = intrusion("bad", "    1     0.000001     1 > 83 < 00\nwhat?\n", "1s");
-    EXPECT_EQ(played.load({bad}), bad.file + ": line 2 is no line of a transcript");
+    EXPECT_EQ(played.load({bad}), bad.file + ": line 2 is not a line of a transcript");
     const Fault empty = intrusion("empty", "", "1s");
-    EXPECT_EQ(played.load({empty}), empty.file + ": there is no exchange in it");
+    EXPECT_EQ(played.load({empty}), empty.file + ": it contains no exchange");
     std::filesystem::remove(empty.file);
     EXPECT_EQ(played.load({empty}), empty.file + ": No such file or directory");
     std::filesystem::create_directory(empty.file);

@@ -71,33 +71,34 @@ TEST(Options, make_the_file_of_an_intrusion_absolute)
     ASSERT_EQ(settings.behaviour.faults.size(), 1U);
     EXPECT_EQ(settings.behaviour.faults[0].file, here + "/a=b@c");
     EXPECT_EQ(parsed({"--fault", "intrusion@t=2s=/a b"}).error,
-              "fault 'intrusion@t=2s=/a b': there is a blank in it, which cannot be passed on");
+              "fault 'intrusion@t=2s=/a b': it contains a blank, which cannot be passed on");
 }
 
 TEST(Options, refuse_what_is_no_such_number)
 {
     for (const char *words : {"", "x", "-1", "1 ", "1000000001"}) {
         EXPECT_EQ(parsed({"--seed", words}).error,
-                  std::string("--seed cannot be '") + words + "', only 0 to 1000000000");
+                  std::string("--seed cannot be '") + words + "'; it must be 0 to 1000000000");
     }
     for (const char *words : {"", "x", "-1", "256"}) {
         EXPECT_EQ(parsed({"--samples", words}).error,
-                  std::string("--samples cannot be '") + words + "', only 0 to 255");
+                  std::string("--samples cannot be '") + words + "'; it must be 0 to 255");
     }
     for (const char *words : {"", "x", "0", "-1", "1000001"}) {
         EXPECT_EQ(parsed({"--rate", words}).error,
-                  std::string("--rate cannot be '") + words + "', only 1 to 1000000");
+                  std::string("--rate cannot be '") + words + "'; it must be 1 to 1000000");
     }
     for (const char *words : {"", "Any", "-1", "20", "21"}) {
         EXPECT_EQ(parsed({"--header-index", words}).error,
-                  std::string("--header-index cannot be '") + words + "', only 0 to 19, or any");
+                  std::string("--header-index cannot be '") + words +
+                      "'; it must be 0 to 19, or any");
     }
     for (const char *words : {"", "x", "0", "-1", "1048577"}) {
         EXPECT_EQ(parsed({"--bufsiz", words}).error,
-                  std::string("--bufsiz cannot be '") + words + "', only 1 to 1048576");
+                  std::string("--bufsiz cannot be '") + words + "'; it must be 1 to 1048576");
     }
     EXPECT_EQ(parsed({"--fault", "flip"}).error,
-              "fault 'flip' does not read like flip@RECORD[=BIT]");
+              "fault 'flip' does not have the form flip@RECORD[=BIT]");
 }
 
 TEST(Options, that_shape_a_board_do_not_go_with_a_real_one)
@@ -107,7 +108,7 @@ TEST(Options, that_shape_a_board_do_not_go_with_a_real_one)
           "--samples=200", "--rate=1000", "--header-index=0", "--bufsiz=4096", "--fault=padded@1",
           "--count-time"}) {
         EXPECT_EQ(parsed({"--through", words}).error,
-                  "--through leaves the device real: it goes with --transcript only")
+                  "--through uses the real device: it works only with --transcript")
             << words;
     }
     EXPECT_EQ(parsed({"--through", "--transcript=-"}).error, "");

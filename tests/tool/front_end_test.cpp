@@ -180,15 +180,15 @@ TEST_F(FrontEnd, values_that_a_board_cannot_have_are_refused_before_it_runs)
 {
     const Result option = front_end({"peek", "0"}, {"--answer", "0x06=1"});
     EXPECT_EQ(option.status, 125);
-    EXPECT_EQ(option.errors, "virtual-board: '0x06=1': the code needs / and a channel from 0 to 7 "
-                             "behind it, as in 0x06/1\n");
+    EXPECT_EQ(option.errors, "virtual-board: '0x06=1': the code must be followed by / and a "
+                             "channel from 0 to 7, as in 0x06/1\n");
     for (const char *name : {"settings", "answers"}) {
         says({"peek", "0"});
         write_file("board/" + std::string(name), {'0', 'x', '5', '3', '\n'});
         const Result file = front_end({"peek", "0"});
         EXPECT_EQ(file.status, 125);
         EXPECT_EQ(file.errors, "virtual-board: " + path("board/") + name +
-                                   ": '0x53': it does not read like CODE[/CHANNEL]=VALUE\n");
+                                   ": '0x53': it does not have the form CODE[/CHANNEL]=VALUE\n");
         write_file("board/" + std::string(name), {});
     }
 }

@@ -123,13 +123,11 @@ TEST_F(TimedFault, intrusion_without_a_transcript_is_refused_before_the_command_
     expect_refused("intrusion@t=1s=" + path("none"), path("none") + ": No such file or directory");
     write_file("bad", {'x', '\n'});
     expect_refused("intrusion@t=1s=" + path("bad"),
-                   path("bad") + ": line 1 is no line of a transcript");
+                   path("bad") + ": line 1 is not a line of a transcript");
     write_file("empty", {});
-    expect_refused("intrusion@t=1s=" + path("empty"),
-                   path("empty") + ": there is no exchange in it");
-    expect_refused("intrusion@t=1s=a b",
-                   "fault 'intrusion@t=1s=" + path("a b") +
-                       "': there is a blank in it, which cannot be passed on");
+    expect_refused("intrusion@t=1s=" + path("empty"), path("empty") + ": it contains no exchange");
+    expect_refused("intrusion@t=1s=a b", "fault 'intrusion@t=1s=" + path("a b") +
+                                             "': it contains a blank, which cannot be passed on");
 }
 
 TEST_F(TimedFault, counts_of_the_board_are_in_its_folder_and_begin_anew_with_each_program)

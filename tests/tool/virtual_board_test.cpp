@@ -50,8 +50,8 @@ TEST_F(VirtualBoard, lists_the_commands_of_the_application)
 
 TEST_F(VirtualBoard, refuses_what_it_does_not_understand)
 {
-    expect_refused({}, "no command to run; --help explains");
-    expect_refused({"--"}, "no command to run; --help explains");
+    expect_refused({}, "no command to run; see --help");
+    expect_refused({"--"}, "no command to run; see --help");
     expect_refused({"--bord", "x", "true"}, "unknown option '--bord'");
     expect_refused({"-x"}, "unknown option '-x'");
     expect_refused({"--board"}, "--board needs its DIR");
@@ -60,19 +60,20 @@ TEST_F(VirtualBoard, refuses_what_it_does_not_understand)
     expect_refused({"--preload", "", "true"}, "--preload cannot be ''");
     expect_refused({"--count-time=yes", "true"}, "--count-time takes no argument");
     expect_refused({"--mode", "asleep", "true"}, "--mode cannot be 'asleep'");
-    expect_refused({"--rate", "0", "true"}, "--rate cannot be '0', only 1 to 1000000");
+    expect_refused({"--rate", "0", "true"}, "--rate cannot be '0'; it must be 1 to 1000000");
     expect_refused({"--version", "256", "true"}, "--version cannot be '256'");
     expect_refused({"--version", "-1", "true"}, "--version cannot be '-1'");
-    expect_refused({"--busy", "some", "true"}, "--busy cannot be 'some', only 0 to 1000000000");
-    expect_refused({"--busy", "-1", "true"}, "--busy cannot be '-1', only 0 to 1000000000");
-    expect_refused({"--answer", "", "true"}, "'': it does not read like CODE[/CHANNEL]=VALUE");
+    expect_refused({"--busy", "some", "true"},
+                   "--busy cannot be 'some'; it must be 0 to 1000000000");
+    expect_refused({"--busy", "-1", "true"}, "--busy cannot be '-1'; it must be 0 to 1000000000");
+    expect_refused({"--answer", "", "true"}, "'': it does not have the form CODE[/CHANNEL]=VALUE");
     expect_refused({"--answer", "0x21", "true"},
-                   "'0x21': it does not read like CODE[/CHANNEL]=VALUE");
+                   "'0x21': it does not have the form CODE[/CHANNEL]=VALUE");
     expect_refused({"--fault", "fire", "true"}, "unknown fault 'fire'");
     expect_refused({"--fault", "late@header", "true"},
-                   "fault 'late@header' does not read like late[@WHERE]=POLLS");
+                   "fault 'late@header' does not have the form late[@WHERE]=POLLS");
     expect_refused({"--through", "--board", "b", "true"},
-                   "--through leaves the device real: it goes with --transcript only");
+                   "--through uses the real device: it works only with --transcript");
     for (const Words &option : std::vector<Words>{{"--fault", "silence"},
                                                   {"--busy", "4"},
                                                   {"--mode", "unknown"},
@@ -82,10 +83,10 @@ TEST_F(VirtualBoard, refuses_what_it_does_not_understand)
         Words words = {"--through"};
         words.insert(words.end(), option.begin(), option.end());
         words.emplace_back("true");
-        expect_refused(words, "--through leaves the device real: it goes with --transcript only");
+        expect_refused(words, "--through uses the real device: it works only with --transcript");
     }
     expect_refused({"--seed", "3", "--through", "--transcript", "-", "true"},
-                   "--through leaves the device real: it goes with --transcript only");
+                   "--through uses the real device: it works only with --transcript");
     expect_refused({"--emulator", "qemu", "true"},
                    "--emulator needs --preload, a library of the command's architecture");
     expect_refused({"--preload", "no.so", "true"}, "--preload cannot be 'no.so'");
@@ -122,8 +123,8 @@ TEST_F(VirtualBoard, refuses_programs_that_no_library_can_be_loaded_into)
     Words words = virtual_board({program});
     const Result result = run(words);
     EXPECT_EQ(result.status, 125);
-    EXPECT_EQ(result.errors,
-              "virtual-board: " + program + ": statically linked, its device cannot be replaced\n");
+    EXPECT_EQ(result.errors, "virtual-board: " + program +
+                                 ": statically linked, so its device cannot be replaced\n");
 }
 
 TEST_F(VirtualBoard, refuses_libraries_that_cannot_be_loaded)
@@ -134,15 +135,17 @@ TEST_F(VirtualBoard, refuses_libraries_that_cannot_be_loaded)
     std::filesystem::create_directory(path("a:b"));
     std::filesystem::copy_file(TOOL_PRELOAD, path("a:b/l.so"));
     expect_refused({"--preload", "a:b/l.so", "true"},
-                   path("a:b/l.so") + ": a library whose path has one of :;$ cannot be loaded");
+                   path("a:b/l.so") +
+                       ": a library whose path contains one of :;$ cannot be loaded");
     std::filesystem::create_directory(path("a,b"));
     std::filesystem::copy_file(TOOL_PRELOAD, path("a,b/l.so"));
     expect_refused({"--emulator", "qemu", "--preload", "a,b/l.so", "true"},
-                   path("a,b/l.so") + ": a library whose path has one of :;$, cannot be loaded");
+                   path("a,b/l.so") +
+                       ": a library whose path contains one of :;$, cannot be loaded");
     if (!std::string(TOOL_EMULATOR).empty()) {
         const Result result = run({TOOL_VIRTUAL_BOARD, "--preload", TOOL_PRELOAD, "true"});
         EXPECT_EQ(result.status, 125);
-        EXPECT_NE(result.errors.find("of another architecture than"), std::string::npos);
+        EXPECT_NE(result.errors.find("of a different architecture from"), std::string::npos);
     }
 }
 
@@ -155,7 +158,7 @@ TEST_F(VirtualBoard, refuses_scripts_whose_interpreter_is_statically_linked)
     write_file("script", {script.begin(), script.end()});
     std::filesystem::permissions(path("script"), std::filesystem::perms::owner_all);
     expect_refused({"./script"}, probe_program("static_program") +
-                                     ": statically linked, its device cannot be replaced");
+                                     ": statically linked, so its device cannot be replaced");
 }
 
 TEST_F(VirtualBoard, loads_its_library_from_a_folder_with_blanks_in_its_name)
@@ -181,7 +184,7 @@ TEST_F(VirtualBoard, without_a_temporary_folder_says_so)
 {
     const Result result = run({"env", "TMPDIR=" + path("nowhere"), TOOL_VIRTUAL_BOARD, "true"});
     EXPECT_EQ(result.status, 125);
-    EXPECT_TRUE(result.errors.starts_with("virtual-board: no temporary folder can be made: "))
+    EXPECT_TRUE(result.errors.starts_with("virtual-board: cannot create a temporary folder: "))
         << result.errors;
 }
 
