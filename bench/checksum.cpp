@@ -1,4 +1,4 @@
-// The checksum, over a record and over a frame of a download.
+// The checksum over a record, and over a frame of a download.
 #include "bench/harness.hpp"
 #include "bench/yardstick/byte_table.hpp"
 #include "link/stm_com_funcs.h"
@@ -31,7 +31,7 @@ struct Contender {
 constexpr Contender CONTENDERS[] = {
     {"ours", stm_crc16}, {"byte_table", byte_table_crc}, {"boost_crc", boost_crc}};
 
-// Calls work with each piece of so many bytes, at distances of step.
+// Calls work with each piece of that many bytes, at intervals of step.
 template <typename Work>
 int64_t walk(int32_t length, int32_t step, Work work)
 {

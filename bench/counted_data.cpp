@@ -8,7 +8,7 @@ namespace
 constexpr int32_t VOLTAGE_PEAK = 325'000;
 constexpr int32_t CURRENT_PEAK = 14'142;
 
-// Sine and cosine of a phase that goes on by eight degrees.
+// Sine and cosine of a phase that advances by eight degrees.
 struct Phase {
     double sine;
     double cosine;
@@ -20,7 +20,7 @@ struct Phase {
         *this = {sine * STEP_COSINE + cosine * STEP_SINE, cosine * STEP_COSINE - sine * STEP_SINE};
     }
 
-    // A third of a turn behind it.
+    // A third of a turn later.
     constexpr Phase follower() const
     {
         constexpr double THIRD_SINE = 0.86602540378443865;
@@ -106,7 +106,7 @@ constexpr std::array<Block, BLOCKS> make_blocks()
 {
     std::array<Block, BLOCKS> blocks = {};
     Network network;
-    uint32_t time = 100'000; // of a run that has been going on for a while
+    uint32_t time = 100'000; // well into a run
     for (Block &block : blocks) {
         for (size_t i = 0; i < BLOCK_RECORDS; ++i) {
             write_record(block.data() + RECORD_BYTES * i, ++time, network);
@@ -115,7 +115,7 @@ constexpr std::array<Block, BLOCKS> make_blocks()
     return blocks;
 }
 
-// As many of ten digits as of one.
+// Numbers of ten digits are as frequent as those of one.
 constexpr int32_t number_of_any_length(Noise &noise)
 {
     constexpr uint32_t BOUNDS[] = {

@@ -1,5 +1,5 @@
-// What the counted work is done on, made by the compiler: a program that only starts has no
-// instructions to spend on it.
+// The data for the counted work, made by the compiler: a program that is only started must not
+// spend instructions on it.
 #pragma once
 
 #include <array>

@@ -1,4 +1,4 @@
-// The device is told what is asked of it by the length of an exchange alone.
+// The length of an exchange alone shows the device what it is asked for.
 #include "bench/counted_device.hpp"
 
 #include "bench/counted_data.hpp"

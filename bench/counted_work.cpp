@@ -1,5 +1,5 @@
-// Work whose instructions are counted from outside: script/count-instructions runs it twice, and
-// the difference of two lengths is what the work between them takes.
+// Work whose instructions are counted from outside: script/count-instructions runs it with two
+// lengths, and the difference of the counts is the cost of the additional work.
 //
 //     counted_work CASE LENGTH
 #include "bench/counted_data.hpp"
@@ -23,7 +23,7 @@ volatile uint32_t sink = 0; // keeps results from being optimised away
     exit(1);
 }
 
-// Records as they lie in a block, and frames of an image at the same places.
+// Records as they are in a block, and frames of an image at the same places.
 template <uint16_t BYTES, uint16_t (*CRC16)(const uint8_t *, uint16_t)>
 void sum_up(int length)
 {
@@ -64,7 +64,7 @@ int no_input(char *)
     return 0;
 }
 
-// The stop line behind the last block.
+// The stop line after the last block.
 int stop_in_time(char *line)
 {
     if (--polls_left >= 0) {

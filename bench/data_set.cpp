@@ -1,4 +1,4 @@
-// The data sets, from a random generator with a fixed start.
+// The data sets, from a random generator with a fixed seed.
 #include "bench/data_set.hpp"
 
 #include "bench/wire_record.hpp"
@@ -16,7 +16,7 @@ namespace bench
 namespace
 {
 
-// One every millisecond, from a network with not quite 50 Hz: so the samples never repeat.
+// One every millisecond, from a network at not quite 50 Hz, so that the samples never repeat.
 constexpr double SAMPLES_A_PERIOD = 20.0137;
 constexpr double VOLTAGE = 325'000;
 constexpr double CURRENT = 10'000;
@@ -28,7 +28,7 @@ int32_t uniform(Random &random, int32_t lowest, int32_t highest)
     return std::uniform_int_distribution<int32_t>(lowest, highest)(random);
 }
 
-// One of three phases, a little ahead of each other and with a noise of a hundredth.
+// A value of one of three phases, with one per cent of noise.
 int32_t phase_value(Random &random, double amplitude, int32_t sample, int phase)
 {
     const double turn = sample / SAMPLES_A_PERIOD + phase / 3.0;
@@ -36,7 +36,7 @@ int32_t phase_value(Random &random, double amplitude, int32_t sample, int phase)
     return static_cast<int32_t>(amplitude * (std::sin(2 * std::numbers::pi * turn) + noise));
 }
 
-// Any number of digits that the type has is as likely as any other.
+// All numbers of digits that the type can have are equally likely.
 template <typename Number>
 Number mixed(Random &random)
 {
@@ -88,7 +88,7 @@ WireRecord mixed_record(Random &random, int32_t)
     return record;
 }
 
-// Marker, number and checksum of a record that is complete but for them.
+// Adds marker, number and checksum to a record that is otherwise complete.
 void append(std::vector<uint8_t> &bytes, WireRecord record, int32_t sample)
 {
     record.marker = 0x55;

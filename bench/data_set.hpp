@@ -1,4 +1,4 @@
-// The data that contenders work on: too much of it for a branch predictor to learn, and the same in
+// The data that the contenders work on: too much for a branch predictor to learn, and the same in
 // each run.
 #pragma once
 
@@ -19,7 +19,7 @@ constexpr int32_t RECORD_COUNT = BLOCK_COUNT * BLOCK_RECORDS;
 struct DataSet {
     const char *name;
     std::vector<int32_t> numbers;
-    std::vector<uint8_t> records; // with a temperature, checksums and all, block behind block
+    std::vector<uint8_t> records; // with a temperature, complete with checksums, block after block
 
     const uint8_t *record(int32_t index) const
     {
@@ -28,7 +28,7 @@ struct DataSet {
 };
 
 // "three_phase": voltages of +-325000 and currents of +-10000, three phases with some noise.
-// "mixed": numbers of 1 digit up to all that their type has, each as often, of both signs.
+// "mixed": numbers of 1 digit up to the most of their type, equally often, of both signs.
 std::span<const DataSet> data_sets();
 
 } // namespace bench

@@ -1,5 +1,5 @@
-// The download of an image in real time: as long as its sleeps, and hardly longer. Exchanges take
-// no time here, so that nothing hides what the host does between them.
+// The download of an image in real time: hardly longer than its sleeps. Exchanges take no time here,
+// so that nothing hides what the host does between them.
 #include "bench/exchange.hpp"
 #include "bench/harness.hpp"
 #include "bench/yardstick/plain_link.hpp"
@@ -72,7 +72,7 @@ bool make_image()
 
 } // namespace
 
-// The bare loop makes nothing that could be compared: the download at least must be a whole one.
+// The bare loop produces nothing to compare, but the download must at least be complete.
 bool contenders_agree()
 {
     if (!make_image()) {

@@ -1,4 +1,4 @@
-// What comes back in an exchange follows from its length alone.
+// What an exchange receives depends only on its length.
 #include "bench/exchange.hpp"
 
 #include <linux/spi/spidev.h>
@@ -38,7 +38,7 @@ void deliver(uint8_t *rx, uint32_t length)
     }
 }
 
-// A header may be polled for again: it always begins its block.
+// A header may be polled for again: it always starts its block.
 void deliver_header(uint8_t *rx)
 {
     rx[0] = READY;

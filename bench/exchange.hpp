@@ -1,9 +1,9 @@
-// A co-processor that answers at once: exchanges cost no more than the copy of their bytes. It
-// serves the blocks of a data set, in order and again from the first, to counted read-outs and to
-// the live stream, and it acknowledges every frame of a download.
+// A co-processor that answers at once: exchanges cost no more than copying their bytes. It serves
+// the blocks of a data set, in order and over again, to counted read-outs and to the live stream,
+// and it acknowledges every frame of a download.
 //
-// The linker sends a program's calls of ioctl here (--wrap=ioctl), the module's and the yardsticks'
-// alike.
+// The linker redirects a program's calls of ioctl here (--wrap=ioctl), both the module's and the
+// yardsticks'.
 #pragma once
 
 #include "bench/data_set.hpp"
@@ -11,7 +11,7 @@
 namespace bench
 {
 
-// The next block is the set's first. The set must stay.
+// The next block is the set's first. The set must stay alive.
 void serve(const DataSet &set);
 
 } // namespace bench

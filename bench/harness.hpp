@@ -1,6 +1,6 @@
-// What a program of benchmarks consists of. A contender is the module's way of doing something
-// ("ours") or a yardstick's; it is registered as benchmark/contender, or benchmark/set/contender
-// where it is measured on each data set.
+// The parts of a program of benchmarks. A contender is the module's way of doing something ("ours")
+// or a yardstick's; it is registered as benchmark/contender, or as benchmark/set/contender if it is
+// measured on each data set.
 #pragma once
 
 #include "bench/data_set.hpp"
@@ -13,12 +13,12 @@
 namespace bench
 {
 
-// Both are each program's own. Ratios mean something only if all contenders do the same work, so
-// their results are compared before anything is measured.
+// Each program has its own. Ratios are meaningful only if all contenders do the same work, so their
+// results are compared before anything is measured.
 bool contenders_agree();
 void register_contenders();
 
-// Measures a function that works through so many items in a call.
+// Measures a function that processes that many items per call.
 template <typename Work>
 benchmark::internal::Benchmark *add(const std::string &name, int64_t items, Work work)
 {

@@ -35,7 +35,7 @@ void with_snprintf(int32_t value, char *text)
     snprintf(text, TEXT_SIZE, "%d", value);
 }
 
-// Each contender has a loop of its own, into which the compiler may take what it can.
+// Each contender has a loop of its own, so that the compiler may inline what it can.
 template <void (*convert)(int32_t value, char *text)>
 void add_contender(const char *contender)
 {

@@ -118,8 +118,8 @@ double processor_time(const Command &command)
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-// What wait4 tells of a child includes its time before exec, with this program's memory. So the
-// child is stopped at its exit, where the system still tells what the program itself has had.
+// The figures of wait4 include a child's time before exec, with this program's memory. Therefore the
+// child is stopped at its exit, where the system still has the figures of the program itself.
 int64_t peak_memory(const char *program)
 {
     const int output = null_device();
@@ -130,7 +130,7 @@ int64_t peak_memory(const char *program)
         execl(program, program, static_cast<char *>(nullptr));
         _exit(127);
     }
-    wait_for(child); // stopped behind exec
+    wait_for(child); // stopped after exec
     if (ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACEEXIT) != 0 ||
         ptrace(PTRACE_CONT, child, nullptr, nullptr) != 0) {
         die("ptrace");

@@ -11,21 +11,21 @@ namespace bench
 using Command = std::vector<std::string>; // the program, and its arguments
 
 struct Ended {
-    int status; // as exit gives it, -1 after any other end
+    int status; // as passed to exit, -1 after any other end
     std::string output;
 };
 
-// Runs it and gathers its standard output.
+// Runs it and collects its standard output.
 Ended run(const Command &command);
 
-// The seconds from its start to its end, its output thrown away.
+// The seconds from its start to its end, with its output discarded.
 double run_time(const Command &command);
 
-// The seconds that processors spend on it, in the system as well: which of them are the system's is
-// only guessed from samples.
+// The seconds of processor time spent on it, including the system's: the system's share is only
+// estimated from samples.
 double processor_time(const Command &command);
 
-// The most memory it has had, in KiB.
+// The most memory it used, in KiB.
 int64_t peak_memory(const char *program); // without arguments
 
 } // namespace bench

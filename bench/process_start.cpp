@@ -1,4 +1,4 @@
-// update without arguments, as a process: its time, and its peak of resident memory.
+// update without arguments, as a process: its time, and its peak resident memory.
 #include "bench/harness.hpp"
 #include "bench/process.hpp"
 
@@ -10,7 +10,7 @@ namespace bench
 namespace
 {
 
-// The time of an iteration is the shortest of so many runs, for most of it is the system's own.
+// The time of an iteration is the shortest of this many runs, because most of it is the system's.
 constexpr int RUNS = 50;
 
 template <typename Measure>

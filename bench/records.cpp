@@ -1,5 +1,5 @@
-// Records on their way through stmctl, from the request to the file, over a link without latency:
-// against the module with a callback that does nothing but write what it is given.
+// Records on their way through stmctl, from the request to the file, over a link without latency,
+// compared with the module and a callback that only writes what it is given.
 #include "bench/exchange.hpp"
 #include "bench/harness.hpp"
 #include "bench/yardstick/json_lines.hpp"
@@ -52,7 +52,7 @@ void bare_text(const std::string &file)
     write_records(READOUT_TEXT, file);
 }
 
-// As the command "records" does it.
+// Does what the command "records" does.
 void run_stmctl(Format format, const std::string &file)
 {
     Destination destination(file);

@@ -34,7 +34,7 @@ class Goal:
 
     @property
     def faster(self):
-        """True if the ratio tells how many times faster ours is, False if how much more it takes."""
+        """True if the ratio says how many times faster ours is, False if how much more it takes."""
         return self.relation == ">="
 
 
@@ -45,7 +45,7 @@ def read_goals(path):
             *names, goal, wanted = (cell.strip() for cell in line.split("|"))
             relation, limit = goal.split()
             if relation not in (">=", "<="):
-                sys.exit(f"{path}: '{relation}' is no relation")
+                sys.exit(f"{path}: '{relation}' is not a relation")
             goals.append(Goal(*names, relation, float(limit), wanted))
     return goals
 
@@ -55,7 +55,7 @@ def keep_least(results, key, value):
 
 
 def read_benchmarks(path, results):
-    """Seconds an item and counters, by name and measure."""
+    """Seconds per item and counters, by name and measure."""
     for run in json.loads(path.read_text())["benchmarks"]:
         if run["run_type"] != "iteration":
             continue

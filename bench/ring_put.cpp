@@ -22,7 +22,7 @@ namespace
 RingBuffer ring;
 int32_t polls = 0;
 
-// Stops the stream when all blocks have been there.
+// Stops the stream after all blocks have been delivered.
 int stop_behind_last_block(char *line)
 {
     memcpy(line, STM_STOP_LINE, sizeof(STM_STOP_LINE));
@@ -87,7 +87,7 @@ bool blocks_agree()
     return ours.count > 0 && same_bytes(ours, ring);
 }
 
-// What a plain put is given is repacked here, for it only copies.
+// A plain put only copies, so its record is repacked here.
 bool puts_agree()
 {
     constexpr int32_t COUNT = RINGBUFFER_SLOTS + 40;

@@ -1,5 +1,5 @@
-// stmctl as a process: what it spends on a stream of records on the virtual board in counted time,
-// against a front end that only writes them, and how soon it is there.
+// stmctl as a process: what it spends on a stream of records from the virtual board in counted time,
+// compared with a front end that only writes them, and how fast it starts.
 #include "bench/harness.hpp"
 #include "bench/process.hpp"
 #include "bench/yardstick/json_lines.hpp"
@@ -36,7 +36,7 @@ Command bare_records(int64_t count, const char *mode, const char *file)
     return on_board({BARE_FRONT_END, std::to_string(count), mode, file});
 }
 
-// Of an odd number of starts, which a busy moment does not move.
+// The median of an odd number of starts, on which a busy moment has no effect.
 double median_start(const Command &command)
 {
     constexpr size_t STARTS = 101;

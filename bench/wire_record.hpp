@@ -1,4 +1,4 @@
-// A record with a temperature as it lies on the wire, read and written by one copy.
+// A record with a temperature as it is on the wire, read and written by one copy.
 #pragma once
 
 #include <bit>

@@ -1,4 +1,4 @@
-/* Yardstick: a front end that does nothing but write what the module hands it. */
+/* Yardstick: a front end that does nothing but write what the module passes to it. */
 #include "link/stm_com_funcs.h"
 
 #include <stdlib.h>

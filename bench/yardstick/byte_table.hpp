@@ -1,4 +1,4 @@
-// Yardstick: the checksum by a table, one look-up a byte.
+// Yardstick: the checksum from a table, one look-up per byte.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Yardstick: a number to text in any base, one division a digit, then turned round.
+// Yardstick: a number to text in any base, one division per digit, then reversed.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// What a CSV with a header is as JSON, an object in a line, made plainly.
+// A plain conversion of CSV with a header to JSON, one object per line.
 #pragma once
 
 #include <string>

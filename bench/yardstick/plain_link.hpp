@@ -1,4 +1,4 @@
-// What the yardsticks have in place of the module's link: two buffers, and exchanges between them.
+// The yardsticks' replacement for the module's link: two buffers, and exchanges between them.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ struct PlainLink {
 
     void clear();
     void exchange(uint32_t length);
-    void fetch(uint32_t length); // behind filler
+    void fetch(uint32_t length); // by sending filler
     void fetch_behind(uint32_t held, uint32_t length);
     void request(uint8_t command, uint8_t second);
 

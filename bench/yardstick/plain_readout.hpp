@@ -1,5 +1,5 @@
-// Yardstick: a counted read-out of records with a temperature, the plain way. The same exchanges
-// and clears as the module's, the checksum by the byte table, and any renderer.
+// Yardstick: a plain counted read-out of records with a temperature, with the module's exchanges and
+// clears, the checksum from the byte table, and any renderer.
 #pragma once
 
 #include "link/stm_com_funcs.h"
@@ -11,7 +11,7 @@ namespace bench
 
 using PlainRender = void (*)(const uint8_t *record, char *text);
 
-// The header goes before the records, if there is one.
+// The header, if there is one, precedes the records.
 void plain_read_records(int32_t count, const char *header, PlainRender render, StmPollFn poll,
                         StmOutputFn output);
 

@@ -60,7 +60,7 @@ bool poll_header(StmPollFn poll)
     return poll(line) == 0;
 }
 
-// The length stands behind the 0x55, and data behind the length.
+// The length follows the 0x55, and the data follow the length.
 int32_t fetch_block()
 {
     uint8_t *rx = plain_link.rx;

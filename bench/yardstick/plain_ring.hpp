@@ -8,11 +8,11 @@
 namespace bench
 {
 
-// Copies 48 bytes into the next slot and moves the indices on.
+// Copies 48 bytes into the next slot and advances the indices.
 void plain_put(RingBuffer &ring, const void *record);
 
-// The live stream into the ring, until the poll callback has a line: the module's exchanges and
-// clears, the checksum by the byte table, and each record moved byte by byte.
+// Puts the live stream into the ring until the poll callback has a line, with the module's exchanges
+// and clears, the checksum from the byte table, and each record moved byte by byte.
 void plain_acquire(RingBuffer &ring, StmPollFn poll);
 
 } // namespace bench

@@ -1,4 +1,4 @@
-// Yardstick: a program of C++ that does nothing but print what stmctl prints for --version.
+// Yardstick: a C++ program that does nothing but print what stmctl prints for --version.
 #include <iostream>
 
 int main()
