@@ -1,8 +1,8 @@
 // Completions of virtual-board for a shell.
 #include "simulator/launcher/completion.hpp"
 
-#include "simulator/board_directory.hpp"
-#include "simulator/faults.hpp"
+#include "simulator/faults/faults.hpp"
+#include "simulator/store/board_directory.hpp"
 
 #include <string_view>
 

@@ -1,9 +1,9 @@
 // Runs the command of virtual-board.
 #include "simulator/launcher/launch.hpp"
 
-#include "simulator/intrusion.hpp"
+#include "simulator/driver/intrusion.hpp"
 #include "simulator/launcher/preparation.hpp"
-#include "simulator/text.hpp"
+#include "simulator/words/text.hpp"
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -108,7 +108,7 @@ int run_on_fresh_board(LaunchOptions &options, const std::string &preload)
         return complain(text("cannot create a temporary folder: %s",
                              error ? error.message().c_str() : strerror(errno)));
     }
-    options.settings.directory = directory;
+    options.run.directory = directory;
     const std::string reason = prepare_board(options);
     int status = 0;
     const int failure = reason.empty() ? run_beside(prepare_command(options, preload), status) : 0;
@@ -124,7 +124,7 @@ int run_on_fresh_board(LaunchOptions &options, const std::string &preload)
 
 int run_on_lasting_board(LaunchOptions &options, const std::string &preload)
 {
-    const std::string reason = options.settings.through ? "" : prepare_board(options);
+    const std::string reason = options.run.through ? "" : prepare_board(options);
     return reason.empty() ? run_in_place(prepare_command(options, preload)) : complain(reason);
 }
 
@@ -138,23 +138,23 @@ int complain(const std::string &reason)
 
 int launch(LaunchOptions &options)
 {
-    Settings &settings = options.settings;
-    if (settings.through && settings.transcript.empty()) {
-        settings.transcript.assign(1, '-');
+    RunOptions &run = options.run;
+    if (run.through && run.transcript.empty()) {
+        run.transcript.assign(1, '-');
     }
     const std::string preload = find_preload(options);
     std::string reason = check_preload(options, preload);
     if (reason.empty()) {
-        reason = Intrusion().load(settings.behaviour.faults); // before it is overwritten
+        reason = Intrusion().load(run.behaviour.faults); // before it is overwritten
     }
     if (reason.empty()) {
-        reason = prepare_transcript(settings.transcript);
+        reason = prepare_transcript(run.transcript);
     }
     if (!reason.empty()) {
         return complain(reason);
     }
-    return settings.through || !settings.directory.empty() ? run_on_lasting_board(options, preload)
-                                                           : run_on_fresh_board(options, preload);
+    return run.through || !run.directory.empty() ? run_on_lasting_board(options, preload)
+                                                 : run_on_fresh_board(options, preload);
 }
 
 } // namespace simulator

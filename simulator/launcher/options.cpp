@@ -1,9 +1,9 @@
 // The option table of virtual-board.
 #include "simulator/launcher/options.hpp"
 
-#include "simulator/board_directory.hpp"
 #include "simulator/launcher/completion.hpp"
-#include "simulator/text.hpp"
+#include "simulator/store/board_directory.hpp"
+#include "simulator/words/text.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -36,7 +36,7 @@ bool set_board(LaunchOptions &options, const std::string &path)
     if (path.empty()) {
         return false;
     }
-    options.settings.directory = absolute(path);
+    options.run.directory = absolute(path);
     return true;
 }
 
@@ -65,7 +65,7 @@ bool set_answer(LaunchOptions &options, const std::string &words)
 bool take_number(LaunchOptions &options, int Behaviour::*number, const std::string &words)
 {
     options.range = range_of(number);
-    return set_number(options.settings, number, words);
+    return set_number(options.run, number, words);
 }
 
 bool set_busy_polls(LaunchOptions &options, const std::string &number)
@@ -90,7 +90,7 @@ bool set_rate(LaunchOptions &options, const std::string &number)
 
 bool set_header_index(LaunchOptions &options, const std::string &words)
 {
-    int &index = options.settings.behaviour.header_index;
+    int &index = options.run.behaviour.header_index;
     if (words == "any") {
         index = ANY_HEADER_INDEX;
         return true;
@@ -116,7 +116,7 @@ std::string with_absolute_file(const std::string &words)
 
 bool set_fault(LaunchOptions &options, const std::string &words)
 {
-    return add_fault(options.settings, with_absolute_file(words), options.error);
+    return add_fault(options.run, with_absolute_file(words), options.error);
 }
 
 bool set_transcript(LaunchOptions &options, const std::string &path)
@@ -124,19 +124,19 @@ bool set_transcript(LaunchOptions &options, const std::string &path)
     if (path.empty()) {
         return false;
     }
-    options.settings.transcript = path == "-" ? path : absolute(path);
+    options.run.transcript = path == "-" ? path : absolute(path);
     return true;
 }
 
 bool set_count_time(LaunchOptions &options, const std::string &)
 {
-    options.settings.counts_time = true;
+    options.run.counts_time = true;
     return true;
 }
 
 bool set_through(LaunchOptions &options, const std::string &)
 {
-    options.settings.through = true;
+    options.run.through = true;
     return true;
 }
 
@@ -273,7 +273,7 @@ void check_together(LaunchOptions &options)
     }
     if (options.command.empty()) {
         options.error = "no command to run; see --help";
-    } else if (options.settings.through && options.shapes_board) {
+    } else if (options.run.through && options.shapes_board) {
         options.error = "--through uses the real device: it works only with --transcript";
     } else if (!options.emulator.empty() && options.preload.empty()) {
         options.error = "--emulator needs --preload, a library of the command's architecture";

@@ -1,7 +1,7 @@
 // The command line of virtual-board.
 #pragma once
 
-#include "simulator/settings.hpp"
+#include "simulator/run/run_options.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -12,7 +12,7 @@ namespace simulator
 {
 
 struct LaunchOptions {
-    Settings settings;
+    RunOptions run;
     std::optional<Mode> mode;
     std::optional<uint8_t> version;
     CommandValues answers;

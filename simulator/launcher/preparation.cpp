@@ -1,9 +1,9 @@
 // What must be in place before a command can run on a virtual board.
 #include "simulator/launcher/preparation.hpp"
 
-#include "simulator/board_directory.hpp"
 #include "simulator/launcher/executable.hpp"
-#include "simulator/text.hpp"
+#include "simulator/store/board_directory.hpp"
+#include "simulator/words/text.hpp"
 
 #include <unistd.h>
 
@@ -128,7 +128,7 @@ std::string check_preload(const LaunchOptions &options, const std::string &prelo
 std::string prepare_board(const LaunchOptions &options)
 {
     BoardDirectory directory;
-    std::string error = directory.open(options.settings.directory);
+    std::string error = directory.open(options.run.directory);
     if (error.empty() && options.mode) {
         error = directory.save_mode(*options.mode);
     }
@@ -162,7 +162,7 @@ std::string prepare_transcript(const std::string &path)
 std::vector<char *> prepare_command(LaunchOptions &options, const std::string &preload)
 {
     admit_instrumented_programs();
-    put_into_environment(options.settings);
+    put_into_environment(options.run);
     const LoaderVariables loader = loader_variables(preload);
     std::vector<char *> words;
     if (options.emulator.empty()) {

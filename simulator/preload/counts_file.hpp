@@ -1,7 +1,7 @@
 // The files in which a board's counts can be read while a program uses it, and afterwards.
 #pragma once
 
-#include "simulator/counts.hpp"
+#include "simulator/board/counts.hpp"
 
 #include <array>
 #include <string>

@@ -1,8 +1,8 @@
 // Intercepts open, ioctl and close for one path, /dev/spidev1.0, and leaves all others alone.
+#include "simulator/driver/user_memory.hpp"
 #include "simulator/preload/device_files.hpp"
 #include "simulator/preload/program.hpp"
 #include "simulator/preload/real_calls.hpp"
-#include "simulator/user_memory.hpp"
 
 #include <fcntl.h>
 #include <pthread.h>

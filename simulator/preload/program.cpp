@@ -2,14 +2,14 @@
 // its very last instruction.
 #include "simulator/preload/program.hpp"
 
-#include "simulator/board_directory.hpp"
-#include "simulator/intrusion.hpp"
+#include "simulator/driver/intrusion.hpp"
+#include "simulator/driver/transcript.hpp"
+#include "simulator/driver/user_memory.hpp"
 #include "simulator/preload/counts_file.hpp"
 #include "simulator/preload/first_standard_error.hpp"
 #include "simulator/preload/transcript_file.hpp"
-#include "simulator/settings.hpp"
-#include "simulator/transcript.hpp"
-#include "simulator/user_memory.hpp"
+#include "simulator/run/run_options.hpp"
+#include "simulator/store/board_directory.hpp"
 
 #include <unistd.h>
 
@@ -40,10 +40,10 @@ void check(const std::string &error)
     _exit(OWN_FAILURE);
 }
 
-const Settings &settings()
+const RunOptions &run_options()
 {
     static const auto *const taken = [] {
-        auto *fresh = new Settings;
+        auto *fresh = new RunOptions;
         if (!take_from_environment(*fresh)) {
             check("the VIRTUAL_BOARD_ variables are not as virtual-board sets them");
         }
@@ -81,7 +81,7 @@ std::chrono::nanoseconds transcript_start()
 
 void note_exchange(const Exchange &exchange)
 {
-    const std::string &path = settings().transcript;
+    const std::string &path = run_options().transcript;
     if (!path.empty()) {
         check(add_to_transcript(path, transcript_line(exchange, now() - transcript_start())));
     }
@@ -90,14 +90,14 @@ void note_exchange(const Exchange &exchange)
 BoardDirectory open_directory()
 {
     BoardDirectory directory;
-    check(directory.open(settings().directory));
+    check(directory.open(run_options().directory));
     return directory;
 }
 
 Intrusion load_intrusion()
 {
     Intrusion intrusion;
-    check(intrusion.load(settings().behaviour.faults));
+    check(intrusion.load(run_options().behaviour.faults));
     return intrusion;
 }
 
@@ -107,7 +107,7 @@ struct Board {
     Board()
     {
         counts_file = new CountsFile;
-        check(counts_file->open(settings().directory));
+        check(counts_file->open(run_options().directory));
     }
 
     std::chrono::nanoseconds power_on = now(); // when the board's time begins
@@ -116,10 +116,10 @@ struct Board {
     CommandValues saved_settings;
     uint32_t saved_spi_mode = 0;
     std::chrono::nanoseconds call_begin{0}; // of the call being handled
-    Coprocessor coprocessor{directory.bytes(), identity, settings().behaviour};
+    Coprocessor coprocessor{directory.bytes(), identity, run_options().behaviour};
     Intrusion intrusion = load_intrusion();
     int stand_in_generation = 0;
-    SpiDevice device{coprocessor, settings().behaviour,
+    SpiDevice device{coprocessor, run_options().behaviour,
                      [this](std::chrono::nanoseconds time) { pass_wire_time(time); },
                      note_exchange};
 
@@ -214,7 +214,7 @@ void save_state(Board &board)
 // Appends the bytes of a buffer, if there is one that a driver would have accepted.
 void append(std::vector<uint8_t> &bytes, uint64_t user_address, uint32_t length)
 {
-    if (user_address == 0 || length > static_cast<uint32_t>(settings().behaviour.buffer_size)) {
+    if (user_address == 0 || length > static_cast<uint32_t>(run_options().behaviour.buffer_size)) {
         return;
     }
     const size_t size = bytes.size();
@@ -240,12 +240,12 @@ bool counts_time()
 
 bool leaves_device_real()
 {
-    return settings().through;
+    return run_options().through;
 }
 
 std::string device_stand_in()
 {
-    return BoardDirectory::stand_in(settings().directory);
+    return BoardDirectory::stand_in(run_options().directory);
 }
 
 void begin_transcript()

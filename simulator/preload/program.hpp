@@ -1,8 +1,8 @@
 // One program's virtual board: its settings, its clock and the device it opens.
 #pragma once
 
-#include "simulator/spi_device.hpp"
-#include "simulator/virtual_clock.hpp"
+#include "simulator/driver/spi_device.hpp"
+#include "simulator/driver/virtual_clock.hpp"
 
 #include <linux/spi/spidev.h>
 

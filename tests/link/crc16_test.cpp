@@ -1,7 +1,7 @@
 // Goal: the table-driven checksum is the defined one, for every length its argument can have, and
 // the one that the virtual co-processor computes.
 #include "link/stm_com_funcs.h"
-#include "simulator/crc.hpp"
+#include "simulator/wire/crc.hpp"
 #include "tests/platform/bitwise_crc.hpp"
 
 namespace

@@ -1,9 +1,9 @@
 // The module on the virtual co-processor, in one process, on a clock that is counted.
 #pragma once
 
-#include "simulator/coprocessor.hpp"
-#include "simulator/spi_device.hpp"
-#include "simulator/virtual_clock.hpp"
+#include "simulator/board/coprocessor.hpp"
+#include "simulator/driver/spi_device.hpp"
+#include "simulator/driver/virtual_clock.hpp"
 
 #include <chrono>
 #include <vector>

@@ -1,5 +1,5 @@
 // A board in a folder.
-#include "simulator/board_directory.hpp"
+#include "simulator/store/board_directory.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Values by command, as a person writes them and as a board keeps them.
-#include "simulator/command_values.hpp"
+#include "simulator/commands/command_values.hpp"
 
-#include "simulator/number.hpp"
+#include "simulator/words/number.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The co-processor's own checksum.
-#include "simulator/crc.hpp"
+#include "simulator/wire/crc.hpp"
 
 #include <gtest/gtest.h>
 

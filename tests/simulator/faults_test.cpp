@@ -1,5 +1,5 @@
 // Faults in words.
-#include "simulator/faults.hpp"
+#include "simulator/faults/faults.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Goal: the exchanges of another program's transcript reach the co-processor at their times.
-#include "simulator/intrusion.hpp"
-#include "simulator/transcript_reader.hpp"
+#include "simulator/driver/intrusion.hpp"
+#include "simulator/driver/transcript_reader.hpp"
 #include "tests/simulator/virtual_wire.hpp"
 
 #include <cstdlib>

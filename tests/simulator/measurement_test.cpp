@@ -2,8 +2,8 @@
 // every machine, and stands in each kind of record where a host looks for it.
 #include "tests/simulator/readout_wire.hpp"
 
-#include "simulator/adc_frame.hpp"
-#include "simulator/record.hpp"
+#include "simulator/measuring/adc_frame.hpp"
+#include "simulator/measuring/record.hpp"
 
 #include <cstdlib>
 

@@ -28,48 +28,48 @@ TEST(Options, have_their_defaults)
 {
     const LaunchOptions options = parsed({});
     EXPECT_EQ(options.error, "");
-    EXPECT_EQ(options.settings.behaviour.busy_polls, 0);
-    EXPECT_EQ(options.settings.behaviour.seed, 1);
-    EXPECT_EQ(options.settings.behaviour.adc_values, 200);
-    EXPECT_EQ(options.settings.behaviour.rate, 1000);
-    EXPECT_EQ(options.settings.behaviour.header_index, 0);
+    EXPECT_EQ(options.run.behaviour.busy_polls, 0);
+    EXPECT_EQ(options.run.behaviour.seed, 1);
+    EXPECT_EQ(options.run.behaviour.adc_values, 200);
+    EXPECT_EQ(options.run.behaviour.rate, 1000);
+    EXPECT_EQ(options.run.behaviour.header_index, 0);
 }
 
 TEST(Options, set_numbers_up_to_their_limits)
 {
-    const Behaviour least = parsed({"--seed", "0", "--samples=0"}).settings.behaviour;
+    const Behaviour least = parsed({"--seed", "0", "--samples=0"}).run.behaviour;
     EXPECT_EQ(least.seed, 0);
     EXPECT_EQ(least.adc_values, 0);
-    const Behaviour most = parsed({"--seed=1000000000", "--samples", "255"}).settings.behaviour;
+    const Behaviour most = parsed({"--seed=1000000000", "--samples", "255"}).run.behaviour;
     EXPECT_EQ(most.seed, 1'000'000'000);
     EXPECT_EQ(most.adc_values, 255);
 }
 
 TEST(Options, set_rate_and_header_of_a_stream)
 {
-    const Behaviour least = parsed({"--rate", "1", "--header-index=0"}).settings.behaviour;
+    const Behaviour least = parsed({"--rate", "1", "--header-index=0"}).run.behaviour;
     EXPECT_EQ(least.rate, 1);
     EXPECT_EQ(least.header_index, 0);
-    const Behaviour most = parsed({"--rate=1000000", "--header-index", "19"}).settings.behaviour;
+    const Behaviour most = parsed({"--rate=1000000", "--header-index", "19"}).run.behaviour;
     EXPECT_EQ(most.rate, 1'000'000);
     EXPECT_EQ(most.header_index, 19);
-    EXPECT_EQ(parsed({"--header-index=any"}).settings.behaviour.header_index, ANY_HEADER_INDEX);
+    EXPECT_EQ(parsed({"--header-index=any"}).run.behaviour.header_index, ANY_HEADER_INDEX);
 }
 
 TEST(Options, set_the_buffer_of_the_driver)
 {
-    EXPECT_EQ(parsed({}).settings.behaviour.buffer_size, 4096);
-    EXPECT_EQ(parsed({"--bufsiz", "1"}).settings.behaviour.buffer_size, 1);
-    EXPECT_EQ(parsed({"--bufsiz=1048576"}).settings.behaviour.buffer_size, 1'048'576);
+    EXPECT_EQ(parsed({}).run.behaviour.buffer_size, 4096);
+    EXPECT_EQ(parsed({"--bufsiz", "1"}).run.behaviour.buffer_size, 1);
+    EXPECT_EQ(parsed({"--bufsiz=1048576"}).run.behaviour.buffer_size, 1'048'576);
 }
 
 TEST(Options, make_the_file_of_an_intrusion_absolute)
 {
     const std::string here = std::filesystem::current_path();
-    const Settings settings = parsed({"--fault", "intrusion@t=2s=a=b@c"}).settings;
-    EXPECT_EQ(settings.fault_words, "intrusion@t=2s=" + here + "/a=b@c");
-    ASSERT_EQ(settings.behaviour.faults.size(), 1U);
-    EXPECT_EQ(settings.behaviour.faults[0].file, here + "/a=b@c");
+    const RunOptions run = parsed({"--fault", "intrusion@t=2s=a=b@c"}).run;
+    EXPECT_EQ(run.fault_words, "intrusion@t=2s=" + here + "/a=b@c");
+    ASSERT_EQ(run.behaviour.faults.size(), 1U);
+    EXPECT_EQ(run.behaviour.faults[0].file, here + "/a=b@c");
     EXPECT_EQ(parsed({"--fault", "intrusion@t=2s=/a b"}).error,
               "fault 'intrusion@t=2s=/a b': it contains a blank, which cannot be passed on");
 }

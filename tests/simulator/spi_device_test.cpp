@@ -1,5 +1,5 @@
 // The driver before the co-processor, asked without a program in between.
-#include "simulator/spi_device.hpp"
+#include "simulator/driver/spi_device.hpp"
 #include "tests/simulator/virtual_wire.hpp"
 
 #include <sys/ioctl.h>

@@ -1,6 +1,6 @@
 // The dialogue as text.
-#include "simulator/spi_device.hpp"
-#include "simulator/transcript.hpp"
+#include "simulator/driver/spi_device.hpp"
+#include "simulator/driver/transcript.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // A wire to a virtual co-processor, and the frames that a host sends over it.
 #pragma once
 
-#include "simulator/coprocessor.hpp"
-#include "simulator/crc.hpp"
+#include "simulator/board/coprocessor.hpp"
+#include "simulator/wire/crc.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // update loading images: every byte of them arrives, in frames whose checksums a second party
 // confirms, and what the console shows is true.
-#include "simulator/crc.hpp"
+#include "simulator/wire/crc.hpp"
 #include "tests/tool/workbench.hpp"
 
 #include <span>

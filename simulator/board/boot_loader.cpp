@@ -1,0 +1,94 @@
+// The boot loader's side of an image download.
+#include "simulator/board/boot_loader.hpp"
+
+#include "simulator/faults/faults.hpp"
+#include "simulator/wire/crc.hpp"
+#include "simulator/words/text.hpp"
+
+#include <utility>
+
+namespace simulator
+{
+
+namespace
+{
+
+constexpr size_t ADDRESS_AT = 2;
+constexpr size_t SIZE_AT = 6;
+constexpr size_t DATA_AT = 10;
+
+uint32_t little_endian(std::span<const uint8_t> bytes)
+{
+    uint32_t number = 0;
+    for (size_t i = bytes.size(); i-- > 0;) {
+        number = number << 8 | bytes[i];
+    }
+    return number;
+}
+
+} // namespace
+
+int BootLoader::next_step() const
+{
+    return stage_ == Stage::header ? STEP_HEADER : STEP_FIRST_BLOCK + blocks_;
+}
+
+Verdict BootLoader::open(const FlashRegion &region)
+{
+    region_ = &region;
+    stage_ = Stage::header;
+    return {STATUS_ACKNOWLEDGED, text("%s download begins", region.name)};
+}
+
+Verdict BootLoader::take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame)
+{
+    const uint32_t sent = little_endian(frame.first(ADDRESS_AT));
+    const uint16_t computed = bitwise_crc(frame.subspan(ADDRESS_AT));
+    if (sent != computed) {
+        return refuse(STATUS_CHECKSUM_ERROR,
+                      text("checksum 0x%04X sent, 0x%04X computed", sent, computed));
+    }
+    const uint32_t address = little_endian(frame.subspan(ADDRESS_AT, 4));
+    const uint32_t size = little_endian(frame.subspan(SIZE_AT, 4));
+    return stage_ == Stage::header ? take_header(address, size)
+                                   : take_block(address, size, frame.subspan(DATA_AT));
+}
+
+Verdict BootLoader::take_header(uint32_t address, uint32_t size)
+{
+    if (address != region_->start || size > region_->size) {
+        return refuse(STATUS_ADDRESS_ERROR,
+                      text("header: %u bytes at 0x%08X, but the %s has %u at 0x%08X", size, address,
+                           region_->name, region_->size, region_->start));
+    }
+    flash_.erase(*region_);
+    image_size_ = size;
+    received_ = 0;
+    blocks_ = 0;
+    stage_ = size == 0 ? Stage::closed : Stage::blocks;
+    return {STATUS_ACKNOWLEDGED, text("header: %u bytes at 0x%08X", size, address)};
+}
+
+Verdict BootLoader::take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data)
+{
+    const uint32_t missing = image_size_ - received_;
+    if (address != region_->start || size == 0 || size > IMAGE_BLOCK_SIZE || size > missing) {
+        return refuse(STATUS_ADDRESS_ERROR, text("block %d: %u bytes for 0x%08X, %u are missing",
+                                                 blocks_, size, address, missing));
+    }
+    flash_.program(region_->start + received_, data.first(size));
+    received_ += size;
+    if (received_ == image_size_) {
+        stage_ = Stage::closed;
+    }
+    const char *end = stage_ == Stage::closed ? ", the image is complete" : "";
+    return {STATUS_ACKNOWLEDGED, text("block %d: %u bytes%s", blocks_++, size, end)};
+}
+
+Verdict BootLoader::refuse(uint8_t status, std::string note)
+{
+    close();
+    return {status, std::move(note)};
+}
+
+} // namespace simulator

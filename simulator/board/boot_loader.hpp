@@ -1,0 +1,62 @@
+// The boot loader's side of an image download:
+//
+//     closed --mode command--> header expected --header--> blocks expected --last block--> closed
+//
+// A frame that does not fit ends the download; a mode command starts a new one.
+#pragma once
+
+#include "simulator/board/flash.hpp"
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace simulator
+{
+
+inline constexpr size_t IMAGE_FRAME_SIZE = 1034;
+inline constexpr uint32_t IMAGE_BLOCK_SIZE = 1024;
+
+inline constexpr uint8_t STATUS_ACKNOWLEDGED = 0x55;
+inline constexpr uint8_t STATUS_CHECKSUM_ERROR = 0xF0;
+inline constexpr uint8_t STATUS_ADDRESS_ERROR = 0xF1;
+
+// How a frame was received.
+struct Verdict {
+    uint8_t status;
+    std::string note; // for people who read the dialogue
+};
+
+class BootLoader
+{
+  public:
+    explicit BootLoader(Flash flash) : flash_(flash) {}
+
+    // A mode command has arrived: the next frame is a header for this region.
+    Verdict open(const FlashRegion &region);
+
+    // A frame has arrived while one was expected.
+    Verdict take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame);
+
+    void close() { stage_ = Stage::closed; }
+    bool expects_frame() const { return stage_ != Stage::closed; }
+
+    // The step of the download that the next frame is: STEP_HEADER, or STEP_FIRST_BLOCK and on.
+    int next_step() const;
+
+  private:
+    enum class Stage { closed, header, blocks };
+
+    Verdict take_header(uint32_t address, uint32_t size);
+    Verdict take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data);
+    Verdict refuse(uint8_t status, std::string note);
+
+    Flash flash_;
+    Stage stage_ = Stage::closed;
+    const FlashRegion *region_ = nullptr;
+    uint32_t image_size_ = 0;
+    uint32_t received_ = 0;
+    int blocks_ = 0;
+};
+
+} // namespace simulator

@@ -1,0 +1,102 @@
+// The kernel's SPI device driver in front of a co-processor: what it accepts, refuses and returns.
+//
+// Results are the kernel's: non-negative on success, a negated errno on failure.
+#pragma once
+
+#include "simulator/board/coprocessor.hpp"
+#include "simulator/faults/spells.hpp"
+
+#include <linux/spi/spidev.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace simulator
+{
+
+inline constexpr uint32_t DEFAULT_SPEED_HZ = 1'000'000;
+inline constexpr uint32_t HIGHEST_SPEED_HZ = 10'000'000; // higher ones are accepted, not reached
+
+// One exchange as it went over the wire, or as it was refused.
+struct Exchange {
+    int number; // from 1
+    std::span<const uint8_t> sent;
+    std::span<const uint8_t> received; // empty if it failed
+    uint64_t length;                   // also of a refused one, whose bytes were not sent
+    int result;
+    std::string_view note;
+};
+
+// How long that many bytes take on a wire with this clock.
+constexpr std::chrono::nanoseconds wire_time(uint64_t bytes, uint32_t speed_hz)
+{
+    return std::chrono::nanoseconds(bytes * 8 * 1'000'000'000 / speed_hz);
+}
+
+struct MessageLength;
+
+// The number of transfers of an SPI_IOC_MESSAGE request, or -1 for any other request.
+int transfers_of(unsigned long request);
+
+class SpiDevice
+{
+  public:
+    using Observer = std::function<void(const Exchange &)>;
+    using Passage = std::function<void(std::chrono::nanoseconds)>;
+
+    // The observer sees every exchange, in order. The exchange's time on the wire passes before
+    // that, and before the program gets its bytes.
+    SpiDevice(Coprocessor &coprocessor, const Behaviour &behaviour, Passage pass,
+              Observer observer);
+
+    // The time of the calls to come. A device that is absent then comes back with its defaults.
+    void advance_to(std::chrono::nanoseconds now);
+
+    // Returns the generation of what was opened. Nothing works with an older one.
+    int open();
+    void close(int generation = 0); // the last close restores the default clock
+    // When a program closes the device, the driver keeps the mode that the program set.
+    uint32_t mode() const { return mode_; }
+    void set_mode(uint32_t mode) { mode_ = mode; }
+
+    int ioctl(unsigned long request, void *argument, int generation = 0);
+
+  private:
+    bool fetch_transfers(std::span<spi_ioc_transfer> transfers, const void *argument);
+    int message(std::span<const spi_ioc_transfer> transfers, int refusal);
+    int fetch(std::span<const spi_ioc_transfer> transfers, const MessageLength &length);
+    int exchange_bytes(std::span<const spi_ioc_transfer> transfers);
+    std::chrono::nanoseconds time_of(std::span<const spi_ioc_transfer> transfers) const;
+    int configure(unsigned long request, void *argument);
+    int set_speed(uint32_t speed_hz);
+    template <typename Setting, typename Take>
+    int take(const void *argument, Take take);
+    template <typename Setting>
+    int give(void *argument, Setting value);
+
+    Coprocessor &coprocessor_;
+    Faults faults_;
+    Spells absences_;
+    uint64_t buffer_size_;
+    Passage pass_;
+    Observer observer_;
+    bool gone_ = false;
+    int generation_ = 0; // how many absences have begun
+    int opened_ = 0;
+    int exchanges_ = 0;
+    uint32_t speed_hz_ = DEFAULT_SPEED_HZ;
+    uint32_t mode_ = 0;
+    std::vector<uint8_t> mosi_;
+    std::vector<uint8_t> miso_;
+    // Programs send from the same buffer each time: its bytes are fetched together with the
+    // transfer, and taken if that names the buffer again.
+    uint64_t expected_buffer_ = 0;
+    std::vector<uint8_t> expected_; // as long as the last time; what the buffer holds
+    bool has_expected_ = false;
+};
+
+} // namespace simulator
