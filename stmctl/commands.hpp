@@ -1,4 +1,4 @@
-// The table of commands, above all that it calls.
+// The table of commands, the layer above all of them.
 #pragma once
 
 #include "stmctl/command_line/command.hpp"

@@ -1,5 +1,5 @@
-// The part of fmt that is no template, for cross builds: their machine's archive is not there, but
-// the headers hold its sources.
+// The part of fmt that is not a template, for cross builds: the target's archive is not installed,
+// but the headers contain its sources.
 #include <fmt/format-inl.h>
 
 namespace fmt::detail

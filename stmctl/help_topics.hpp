@@ -1,4 +1,4 @@
-// Help that belongs to no single command.
+// Help that does not belong to a single command.
 #pragma once
 
 #include "stmctl/command_line/command_line.hpp"

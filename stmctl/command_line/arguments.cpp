@@ -1,4 +1,4 @@
-// Declares what stands behind the name of a command.
+// Declares what follows the name of a command.
 #include "stmctl/command_line/arguments.hpp"
 
 #include "stmctl/command_line/nearest.hpp"
@@ -6,7 +6,9 @@
 #include "stmctl/process/failure.hpp"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
 
 namespace stmctl
@@ -21,36 +23,39 @@ std::map<const CLI::Option *, Offer> &offers()
     return all;
 }
 
-// As CLI11 has it, with the word that may have been meant.
-CLI::Validator member_of(const std::vector<std::string> &words)
+// Names the words, and the one that was probably meant.
+std::string why_not_one_of(const std::vector<std::string> &words, const std::string &word)
 {
-    const CLI::Validator member = CLI::IsMember(words);
-    CLI::Validator named = member;
-    named.operation([member, words](std::string &word) {
-        const std::string error = member(word);
-        return error.empty() ? error : error + suggestion(word, words);
-    });
-    return named;
+    if (std::ranges::find(words, word) != words.end()) {
+        return "";
+    }
+    return fmt::format("'{}' is not one of {}{}", word, fmt::join(words, ", "),
+                       suggestion(word, words));
 }
 
-void make_offer(CLI::Option &option, const Offer &offer)
+// The help shows the words after the name of the value.
+void make_offer(CLI::Option &option, const char *value_name, const Offer &offer)
 {
     offers()[&option] = offer;
+    option.type_name(value_name);
     if (offer.only_these) {
-        option.check(member_of(offer.words));
+        option.type_name(fmt::format("{}{}{{{}}}", value_name, *value_name == 0 ? "" : ":",
+                                     fmt::join(offer.words, ",")));
+        option.check(
+            [words = offer.words](const std::string &word) { return why_not_one_of(words, word); });
     }
 }
 
-// As a script has it whose variable is not set: it must not pass for an option not given.
+// As in a script whose variable is not set: it must not pass for an option that was not given.
 std::string is_given(const std::string &word)
 {
-    return word.empty() ? "nothing is given" : "";
+    return word.empty() ? "the value is empty" : "";
 }
 
 void choose(Detail wanted)
 {
     if (detail() != Detail::usual && detail() != wanted) {
-        throw Failure(ExitStatus::usage, "--quiet and --verbose exclude each other");
+        throw Failure(ExitStatus::usage, "--quiet and --verbose cannot be combined");
     }
     set_detail(wanted);
 }
@@ -81,21 +86,21 @@ void add_option(CLI::App &command, const char *names, const char *value_name, st
                 const char *help, const Offer &offer)
 {
     const bool has_default = !value.empty();
-    CLI::Option *option = command.add_option(names, value, help)->type_name(value_name);
+    CLI::Option *option = command.add_option(names, value, help);
     option->check(is_given);
     if (has_default) {
         option->capture_default_str();
     }
-    make_offer(*option, offer);
+    make_offer(*option, value_name, offer);
 }
 
 void add_operand(CLI::App &command, const char *name, Presence presence, std::string &value,
                  const char *help, const Offer &offer)
 {
-    CLI::Option *option = command.add_option(name, value, help)->type_name("");
+    CLI::Option *option = command.add_option(name, value, help);
     option->required(presence == Presence::required);
     option->check(is_given);
-    make_offer(*option, offer);
+    make_offer(*option, "", offer);
 }
 
 void add_operands(CLI::App &command, const char *name, Presence presence,
@@ -107,9 +112,9 @@ void add_operands(CLI::App &command, const char *name, Presence presence,
 void add_detail(CLI::App &command)
 {
     command.add_flag_callback(
-        "-q,--quiet", [] { choose(Detail::quiet); }, "no progress and no summary");
+        "-q,--quiet", [] { choose(Detail::quiet); }, "show no progress and no summary");
     command.add_flag_callback(
-        "-v,--verbose", [] { choose(Detail::verbose); }, "say more of what is done");
+        "-v,--verbose", [] { choose(Detail::verbose); }, "report what is done in more detail");
 }
 
 void add_offer(const CLI::Option &flag, const Offer &offer)

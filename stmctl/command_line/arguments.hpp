@@ -1,6 +1,6 @@
-// Declares what stands behind the name of a command: flags, options with a value, operands.
+// Declares what follows the name of a command: flags, options with a value, operands.
 //
-// All values are taken as words; numbers.hpp makes numbers of them.
+// All values are taken as words; numbers.hpp converts them to numbers.
 #pragma once
 
 #include <string>
@@ -15,7 +15,7 @@ class Option;
 namespace stmctl
 {
 
-// What a shell may offer for a value, and whether it must be one of that.
+// What a shell may offer for a value, and whether nothing else is accepted.
 struct Offer {
     std::vector<std::string> words;
     bool files = false;
@@ -29,7 +29,7 @@ Offer one_of(std::vector<std::string> words);
 // names are as in "-y,--yes".
 void add_flag(CLI::App &command, const char *names, bool &value, const char *help);
 
-// A word that value holds by then is shown as the default.
+// A word that value already holds is shown as the default.
 void add_option(CLI::App &command, const char *names, const char *value_name, std::string &value,
                 const char *help, const Offer &offer = {});
 
@@ -43,7 +43,7 @@ void add_operands(CLI::App &command, const char *name, Presence presence,
 // "-q" and "-v", which take effect at once.
 void add_detail(CLI::App &command);
 
-// What a shell may offer behind a flag.
+// What a shell may offer after a flag.
 void add_offer(const CLI::Option &flag, const Offer &offer);
 
 // What was offered for an option or operand.

@@ -20,10 +20,10 @@ using Action = std::function<ExitStatus()>;
 struct Command {
     const char *name;
     const char *summary;
-    const char *examples;                 // lines below the help, two blanks in front of each
+    const char *examples;                 // lines below the help, each indented by two blanks
     Action (*declare)(CLI::App &command); // declares options and operands
-    std::span<const Command> (*nested)() = nullptr; // in place of that: commands behind this one
-    bool needs_all = false;                         // of what is declared behind the others
+    std::span<const Command> (*nested)() = nullptr; // instead of that: commands after this one
+    bool needs_all = false;                         // of what the other commands declare
 };
 
 } // namespace stmctl

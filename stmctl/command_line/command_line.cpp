@@ -1,4 +1,4 @@
-// A table of commands, made into a command line.
+// Builds a command line from a table of commands.
 #include "stmctl/command_line/command_line.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
@@ -31,7 +31,7 @@ struct CommandLine {
     std::map<const CLI::App *, Action> actions;
 };
 
-// Null if there is none.
+// Null if there is no such command.
 const Command *find_command(std::span<const Command> rows, const std::string &name)
 {
     const auto found =
@@ -49,10 +49,10 @@ Words names_of(std::span<const Row> rows)
     return names;
 }
 
-// How much is declared: to do it all takes longer than most commands do.
+// How much is declared: declaring everything takes longer than most commands run.
 struct Extent {
     std::span<const std::string> words; // that call a command
-    bool all;                           // also what the words have no use for
+    bool all;                           // also what these words do not need
 
     bool calls(const Command &row) const { return !words.empty() && words[0] == row.name; }
     Extent behind() const { return {words.subspan(std::min<size_t>(words.size(), 1)), all}; }
@@ -67,7 +67,7 @@ void declare_command(CommandLine &line, CLI::App &parent, const Command &row, co
     if (!extent.all && !extent.calls(row)) {
         return; // help names it
     }
-    command->set_help_flag("-h,--help", "show this text");
+    command->set_help_flag("-h,--help", "show this help");
     command->footer(fmt::format("Examples:\n{}", row.examples));
     if (row.nested != nullptr) {
         declare_commands(line, *command, row.nested(), extent.behind());
@@ -108,8 +108,8 @@ void declare(CommandLine &line, const Program &program, std::span<const std::str
     words = words.subspan(!words.empty() && asks_for_help(words[0]) ? 1 : 0);
     const Command *called = words.empty() ? nullptr : find_command(program.commands, words[0]);
     const Extent extent = {words, called != nullptr && called->needs_all};
-    const CLI::Option *help = line.app.set_help_flag(
-        "-h,--help", "show this text; behind it a topic or a command may stand");
+    const CLI::Option *help =
+        line.app.set_help_flag("-h,--help", "show this help, or that of a command or topic");
     if (extent.all) {
         add_offer(*help, some_of(names_of(program.topics)));
     }
@@ -119,7 +119,7 @@ void declare(CommandLine &line, const Program &program, std::span<const std::str
     declare_commands(line, line.app, program.commands, extent);
 }
 
-// The names are without the dashes.
+// The names come without the dashes.
 std::string like_option(const std::string &word, const Words &names)
 {
     constexpr std::string_view DASHES = "--";
@@ -129,25 +129,33 @@ std::string like_option(const std::string &word, const Words &names)
                : "";
 }
 
-// CLI11 says no more than that one is required. The path is that of the commands so far.
+[[noreturn]] void refuse(const std::string &sentence, const std::string &path)
+{
+    throw Failure(ExitStatus::usage, with_reference(sentence, path + " --help"));
+}
+
+// CLI11 only says that a command is required. The path consists of the commands so far.
 void expect_command(std::span<const Command> rows, std::span<const std::string> words,
                     const std::string &path)
 {
     if (words.empty()) {
-        throw Failure(ExitStatus::usage, fmt::format("no command; see {} --help", path));
+        refuse("no command given", path);
     }
-    if (words[0] == "--help" || words[0] == "-h" || asks_for_version(words[0])) {
+    const bool is_nested = path.find(' ') != std::string::npos;
+    if (words[0] == "--help" || words[0] == "-h" || (!is_nested && asks_for_version(words[0]))) {
         return;
     }
     if (words[0].starts_with('-')) {
-        throw Failure(ExitStatus::usage,
-                      fmt::format("no option '{}' in front of a command{}; see {} --help", words[0],
-                                  like_option(words[0], {"help", "version"}), path));
+        const Words known = is_nested ? Words{"help"} : Words{"help", "version"};
+        refuse(fmt::format("unknown option '{}' before the command{}", words[0],
+                           like_option(words[0], known)),
+               path);
     }
     const Command *row = find_command(rows, words[0]);
     if (row == nullptr) {
-        throw Failure(ExitStatus::usage, fmt::format("no command '{}'{}; see {} --help", words[0],
-                                                     suggestion(words[0], names_of(rows)), path));
+        refuse(
+            fmt::format("unknown command '{}'{}", words[0], suggestion(words[0], names_of(rows))),
+            path);
     }
     if (row->nested != nullptr) {
         expect_command(row->nested(), words.subspan(1), fmt::format("{} {}", path, row->name));
@@ -174,15 +182,14 @@ bool take_help_topic(const Program &program, Words &words)
     if (find_command(program.commands, words[1]) == nullptr) {
         Words names = names_of(program.commands);
         std::ranges::copy(names_of(program.topics), std::back_inserter(names));
-        throw Failure(ExitStatus::usage,
-                      fmt::format("there is no help for '{}'{}; see {} --help", words[1],
-                                  suggestion(words[1], names), program.name));
+        refuse(fmt::format("there is no help for '{}'{}", words[1], suggestion(words[1], names)),
+               program.name);
     }
     std::swap(words[0], words[1]);
     return false;
 }
 
-// The command whose words they are; path gets its name, with those before it.
+// The command that was parsed; path gets its name, after those of its parents.
 const CLI::App *parsed_command(const CLI::App &app, std::string &path)
 {
     const CLI::App *at = &app;
@@ -193,7 +200,7 @@ const CLI::App *parsed_command(const CLI::App &app, std::string &path)
     return at;
 }
 
-// Of the words that a command does not expect, the first that is much like one of its options.
+// A suggestion for the first unexpected word that resembles one of the command's options.
 std::string suggested_option(const CLI::App &command, const Words &extras)
 {
     Words names;
@@ -222,7 +229,23 @@ void explain_missing_option(const Program &program, const Words &words)
     }
 }
 
-// Returns whether there is something to run: help and version are done with by then.
+// CLI11's own sentence, except where it counts values: an option takes one, a flag none.
+std::string sentence_of(const CLI::ParseError &error)
+{
+    constexpr std::string_view NOT_CONVERTED = "Could not convert: ";
+    const std::string text = error.what();
+    const std::string name = text.substr(0, text.find(':'));
+    if (text.starts_with(NOT_CONVERTED)) {
+        const std::string flag = text.substr(NOT_CONVERTED.size());
+        return flag.substr(0, flag.find(' ')) + " takes no value";
+    }
+    if (text.find(": At Most 1 ") != std::string::npos) {
+        return name + " can be given only once";
+    }
+    return text.ends_with(" missing") ? name + " needs a value" : text;
+}
+
+// Returns whether there is something to run: help and version have been printed by then.
 bool parse(const Program &program, CommandLine &line, const Words &words)
 {
     try {
@@ -238,21 +261,21 @@ bool parse(const Program &program, CommandLine &line, const Words &words)
         std::string path;
         const CLI::App *command = parsed_command(line.app, path);
         const Words extras = line.app.remaining(true);
-        throw Failure(ExitStatus::usage,
-                      fmt::format("not expected: {}{}; see {} --help", fmt::join(extras, " "),
-                                  suggested_option(*command, extras), path));
+        refuse(fmt::format("unexpected argument{}: {}{}", extras.size() == 1 ? "" : "s",
+                           fmt::join(extras, " "), suggested_option(*command, extras)),
+               path);
     } catch (const CLI::ParseError &error) {
         explain_missing_option(program, words);
         std::string path;
         parsed_command(line.app, path);
-        throw Failure(ExitStatus::usage, fmt::format("{}; see {} --help", error.what(), path));
+        refuse(sentence_of(error), path);
     }
     return false;
 }
 
 ExitStatus run(const Program &program, Words words)
 {
-    if (words.size() == 1 && asks_for_version(words[0])) { // at once, for it is asked by scripts
+    if (words.size() == 1 && asks_for_version(words[0])) { // at once, because scripts ask for it
         print(version_of(program) + '\n');
         return ExitStatus::done;
     }

@@ -1,4 +1,4 @@
-// A table of commands, made into a command line.
+// Builds a command line from a table of commands.
 #pragma once
 
 #include "stmctl/command_line/command.hpp"
@@ -8,15 +8,15 @@
 namespace stmctl
 {
 
-// Help that belongs to no single command: "--help NAME".
+// Help that does not belong to a single command: "--help NAME".
 struct HelpTopic {
     const char *name;
     const char *text;
 };
 
-// An option that users look for, and that there cannot be.
+// An option that users look for but that cannot exist.
 struct MissingOption {
-    const char *name; // "--device", and the same behind "="
+    const char *name; // "--device", also with "=VALUE"
     const char *sentence;
 };
 
@@ -30,7 +30,7 @@ struct Program {
     std::span<const MissingOption> missing_options = {};
 };
 
-// Parses the words, runs their command, and says why if it fails.
+// Parses the words, runs their command, and reports why if it fails.
 ExitStatus run_command_line(const Program &program, int argc, char **argv);
 
 } // namespace stmctl

@@ -1,4 +1,4 @@
-// completion: a script for a shell, made from the command line itself.
+// completion: a script for a shell, generated from the command line itself.
 #include "stmctl/command_line/completion.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
@@ -17,7 +17,7 @@ namespace
 
 using Words = std::vector<std::string>;
 
-constexpr char FILES[] = "<file>"; // stands for the names of files
+constexpr char FILES[] = "<file>"; // represents the names of files
 
 std::string joined(const Words &words)
 {
@@ -40,12 +40,12 @@ Words names_of(const CLI::Option &option)
     return names;
 }
 
-// The tables of the script: associative arrays, a line each.
+// The tables of the script: associative arrays, one line per entry.
 struct Tables {
-    std::string row;      // how the shell writes one of key and words
+    std::string row;      // how the shell writes an entry with its key and words
     std::string commands; // path -> its commands
     std::string options;  // path -> its options
-    std::string valued;   // path -> those of them that a value follows
+    std::string valued;   // path -> those of them that take a value
     std::string words;    // path and option, or path and number of the operand -> what to offer
 };
 

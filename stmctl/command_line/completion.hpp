@@ -1,4 +1,4 @@
-// completion: a script for a shell, made from the command line itself.
+// completion: a script for a shell, generated from the command line itself.
 #pragma once
 
 #include "stmctl/command_line/command.hpp"

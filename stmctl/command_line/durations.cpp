@@ -29,7 +29,7 @@ constexpr Unit UNITS[] = {
 std::chrono::milliseconds parse_duration(const std::string &text, std::string_view what)
 {
     constexpr double MOST_MS = 1e12;
-    constexpr double SLACK_MS = 1e-3; // what binary fractions have more than decimal ones
+    constexpr double SLACK_MS = 1e-3; // what binary fractions may exceed decimal ones by
     const char *end = text.data() + text.size();
     double number = 0;
     const auto [stop, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
@@ -39,8 +39,8 @@ std::chrono::milliseconds parse_duration(const std::string &text, std::string_vi
     const double time = known ? number * unit->milliseconds : 0;
     if (!(time > 0) || !(time <= MOST_MS)) {
         throw Failure(ExitStatus::usage,
-                      fmt::format("{}: a time as 90, 90s, 5m, 1.5h or 500ms, above 0, at most "
-                                  "1000000000 s, not '{}'",
+                      fmt::format("{} must be a time such as 90, 90s, 5m, 1.5h or 500ms, above 0 "
+                                  "and at most 1000000000 s, not '{}'",
                                   what, text));
     }
     return std::chrono::milliseconds(std::llround(std::max(std::ceil(time - SLACK_MS), 1.0)));

@@ -8,8 +8,8 @@
 namespace stmctl
 {
 
-// Throws a Failure that names the forms: "--duration: a time as 90, ..., not 'soon'". What is less
-// than a millisecond counts as one.
+// Throws a Failure that names the forms: "--duration must be a time such as 90, ..., not 'soon'".
+// Anything below a millisecond counts as one.
 std::chrono::milliseconds parse_duration(const std::string &text, std::string_view what);
 
 } // namespace stmctl

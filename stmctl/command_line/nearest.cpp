@@ -1,4 +1,4 @@
-// The word that a mistyped one was meant to be.
+// Finds the word that a mistyped one was probably meant to be.
 #include "stmctl/command_line/nearest.hpp"
 
 #include <fmt/format.h>
@@ -12,10 +12,10 @@ namespace stmctl
 namespace
 {
 
-constexpr size_t MOST_MISTAKES = 2; // and in less than half of the letters
+constexpr size_t MOST_MISTAKES = 2; // and fewer than half of the letters
 constexpr size_t LONGEST_TYPED = 64;
 
-// The line of distances behind the last two, from one letter more of the typed word.
+// The line of distances after the last two, for one more letter of the typed word.
 std::vector<size_t> next_line(std::string_view typed, size_t row, std::string_view meant,
                               const std::vector<size_t> &before, const std::vector<size_t> &last)
 {
@@ -63,6 +63,11 @@ std::string suggestion(std::string_view typed, std::span<const std::string> name
         }
     }
     return nearest == nullptr ? "" : fmt::format("; did you mean {}{}?", front, *nearest);
+}
+
+std::string with_reference(std::string_view sentence, std::string_view place)
+{
+    return fmt::format("{}{} {}", sentence, sentence.ends_with('?') ? " See" : "; see", place);
 }
 
 } // namespace stmctl

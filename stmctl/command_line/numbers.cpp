@@ -21,24 +21,24 @@ uint32_t parse_number(const std::string &text, std::string_view what, uint32_t l
     uint32_t number = 0;
     const auto [stop, error] = std::from_chars(begin, end, number, hexadecimal ? 16 : 10);
     if (error != std::errc() || stop != end || number < least || number > most) {
-        throw Failure(ExitStatus::usage,
-                      fmt::format("{}: a number from {} to {}, not '{}'", what, least, most, text));
+        throw Failure(ExitStatus::usage, fmt::format("{} must be a number from {} to {}, not '{}'",
+                                                     what, least, most, text));
     }
     return number;
 }
 
 float parse_hundredths(const std::string &text, std::string_view what)
 {
-    constexpr double MOST = 655.35; // above it the low 16 bits would travel, another number
-    constexpr double SLACK = 1e-9;  // what binary fractions may lack of decimal ones
+    constexpr double MOST = 655.35; // beyond it only the low 16 bits would be sent
+    constexpr double SLACK = 1e-9;  // what binary fractions may fall short of decimal ones by
     const char *end = text.data() + text.size();
     double number = 0;
     const auto [stop, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
     if (error != std::errc() || stop != end || !(number >= 0) || !(number <= MOST)) {
         throw Failure(ExitStatus::usage,
-                      fmt::format("{}: a number from 0 to 655.35, not '{}'", what, text));
+                      fmt::format("{} must be a number from 0 to 655.35, not '{}'", what, text));
     }
-    // The module multiplies in single precision and cuts off: 655.35 would travel as 655.34.
+    // The module multiplies in single precision and truncates: 655.35 would be sent as 655.34.
     const auto wanted = static_cast<uint32_t>(number * 100 + SLACK);
     auto sent = static_cast<float>(wanted / 100.0);
     while (stm_scale100(sent) < wanted) {

@@ -1,4 +1,4 @@
-// Numbers as users type them: decimal, or hexadecimal behind 0x.
+// Numbers as users type them: decimal, or hexadecimal with 0x.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +8,16 @@
 namespace stmctl
 {
 
-// Throws a Failure that says what the number must be: "channel: a number from 0 to 7, not '8'".
+// Throws a Failure that says what the number must be: "channel must be a number from 0 to 7, not
+// '8'".
 uint32_t parse_number(const std::string &text, std::string_view what, uint32_t least,
                       uint32_t most);
 
-// A number that settings send in hundredths, 0 to 655.35: such a one that the module sends exactly
-// the two decimals that were typed. Further ones are cut off.
+// A number that settings send in hundredths, 0 to 655.35, chosen so that the module sends exactly
+// the two decimals that were typed. Further decimals are dropped.
 float parse_hundredths(const std::string &text, std::string_view what);
 
-// Whether such a number has further ones that are not 0.
+// Whether such a number has further decimals that are not 0.
 bool has_more_than_hundredths(std::string_view text);
 
 } // namespace stmctl

@@ -1,4 +1,4 @@
-// Checks of the co-processor and of the wire to it.
+// Checks of the co-processor and of the connection to it.
 #include "stmctl/doctor/checks.hpp"
 #include "stmctl/mode/mode.hpp"
 
@@ -10,7 +10,7 @@ namespace stmctl
 namespace
 {
 
-constexpr char WHOM_TO_BLAME[] = "has the co-processor power, does it hang? switch it off and on";
+constexpr char WHOM_TO_BLAME[] = "does it have power, or has it hung? switch it off and on";
 
 // Why a question was not even asked; empty if it was.
 std::string why_not_asked(const Examination &examination)
@@ -34,13 +34,13 @@ Finding judge_link(const Examination &examination)
         return unknown("not tried: " + examination.why_silent());
     }
     if (const std::optional<Report> &failure = examination.dialogue->not_synchronised) {
-        return bad(fmt::format("an exchange fails: {}", failure->reason),
-                   "see the lines above, and dmesg");
+        return bad(fmt::format("an exchange failed: {}", failure->reason),
+                   "see the lines above and dmesg");
     }
-    return good("exchanges go through");
+    return good("exchanges work");
 }
 
-// Ten times the wire's own time is more than any driver needs.
+// No driver needs ten times the time on the wire.
 Finding judge_exchange(const Examination &examination)
 {
     constexpr double MOST = 10;
@@ -58,7 +58,7 @@ Finding judge_exchange(const Examination &examination)
     const std::string words = fmt::format("{} bytes take {:.2f} ms, the wire alone {:.2f} ms",
                                           SYNCHRONISING_BYTES, *answer.value * 1e3, wire * 1e3);
     if (wire > 0 && *answer.value > MOST * wire) {
-        return bad(words, "is the machine busy, does the controller work without DMA?");
+        return bad(words, "is the machine busy, or the controller without DMA?");
     }
     return good(words);
 }
@@ -114,9 +114,9 @@ Finding judge_query(const Examination &examination)
         return good("sampletime is " + *answer.value);
     }
     return answer.failure.empty()
-               ? unknown("not asked: the application does not run")
+               ? unknown("not asked: the application is not running")
                : bad("sampletime: " + answer.failure,
-                     "the application runs, but does not answer: stmctl start, stmctl reset");
+                     "it runs but does not answer; try stmctl start, stmctl reset");
 }
 
 } // namespace stmctl

@@ -1,4 +1,4 @@
-// The table of checks, in the order in which one needs the other.
+// The table of checks, each after those that it depends on.
 #include "stmctl/doctor/checks.hpp"
 
 namespace stmctl

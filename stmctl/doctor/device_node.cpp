@@ -1,4 +1,4 @@
-// The device's node: whether it is one, and who may open it.
+// The device node: whether it is one, and who may open it.
 #include "stmctl/doctor/device_node.hpp"
 
 #include "stmctl/module/device.hpp"
@@ -52,16 +52,17 @@ std::string owner_words(const NodeFile &file)
 const char *kind_words(mode_t mode)
 {
     return S_ISREG(mode)   ? "a regular file"
-           : S_ISDIR(mode) ? "a folder"
+           : S_ISDIR(mode) ? "a directory"
            : S_ISBLK(mode) ? "a block device"
-                           : "of another kind";
+                           : "something else";
 }
 
 Finding judge_file(const NodeFile &file)
 {
     if (!S_ISCHR(file.mode)) {
-        return bad(fmt::format("{} is no device, but {}", DEVICE, kind_words(file.mode)),
-                   fmt::format("remove it: sudo rm -r {}; see stmctl --help access", DEVICE));
+        return bad(
+            fmt::format("{} is not a character device but {}", DEVICE, kind_words(file.mode)),
+            fmt::format("sudo rm -r {}; see stmctl --help access", DEVICE));
     }
     return good(fmt::format("{}, a character device ({}, {})", DEVICE, major(file.number),
                             minor(file.number)));
@@ -72,13 +73,13 @@ std::string remedy_of_rights(const NodeFile &file, const Caller &caller)
     constexpr mode_t GROUP_MAY = S_IRGRP | S_IWGRP;
     const std::string group = group_name(file.group);
     if (file.group == 0 || (file.mode & GROUP_MAY) != GROUP_MAY) {
-        return "a udev rule gives it to the group spi, see stmctl --help access";
+        return "use a udev rule for the group spi, see stmctl --help access";
     }
     if (has(caller.groups, file.group)) {
-        return "the group would do, something else forbids it: see ls -l, getfacl and dmesg";
+        return "something else denies access: see ls -l, getfacl and dmesg";
     }
     if (has(caller.member_of, file.group)) {
-        return fmt::format("log in again: this session is older than being in the group {}", group);
+        return fmt::format("log in again: you joined the group {} after this login", group);
     }
     return fmt::format("sudo usermod -aG {} {}, then log in again", group, user_name(caller.user));
 }
@@ -121,11 +122,11 @@ Finding judge_node(const DeviceNode &node)
     }
     const bool is_character_device = node.file && S_ISCHR(node.file->mode);
     if (node.has_driver && !is_character_device) {
-        return good(fmt::format("{} is no device node, but behaves like one: virtual", DEVICE));
+        return good(fmt::format("{} is virtual: it behaves like a device node", DEVICE));
     }
     if (node.error == 0 && !node.has_driver && is_character_device) {
-        return bad(fmt::format("{} is a device, but not for SPI", DEVICE),
-                   "the driver spidev must be bound to it, see stmctl --help access");
+        return bad(fmt::format("{} is a device, but not an SPI device", DEVICE),
+                   "bind the driver spidev to it, see stmctl --help access");
     }
     return node.file ? judge_file(*node.file) : good(fmt::format("{} is there", DEVICE));
 }
@@ -133,7 +134,7 @@ Finding judge_node(const DeviceNode &node)
 Finding judge_rights(const DeviceNode &node, const Caller &caller)
 {
     if (node.error != 0 && !is_forbidden(node.error)) {
-        return unknown("there is nothing to have rights to");
+        return unknown("there is no device to check");
     }
     const std::string who = "user " + user_name(caller.user);
     const std::string whose = node.file ? ": " + owner_words(*node.file) : "";
@@ -142,7 +143,7 @@ Finding judge_rights(const DeviceNode &node, const Caller &caller)
     }
     const std::string words = fmt::format("{} may not read and write it{}", who, whose);
     if (node.error == EPERM) {
-        return bad(words, "not its mode, but the system forbids it: a container, for instance");
+        return bad(words, "the system denies it (a container?), not the file's mode");
     }
     return bad(words,
                node.file ? remedy_of_rights(*node.file, caller) : remedy_of_opening(node.error));

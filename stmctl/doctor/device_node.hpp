@@ -1,4 +1,4 @@
-// The device's node: whether it is one, and who may open it.
+// The device node: whether it is one, and who may open it.
 #pragma once
 
 #include "stmctl/doctor/finding.hpp"
@@ -20,14 +20,14 @@ struct NodeFile {
 
 struct DeviceNode {
     int error = 0;                // the errno with which it cannot be opened; 0 if it can
-    std::optional<NodeFile> file; // what was opened, or what has its name
-    bool has_driver = false;      // which answers as one for SPI does
+    std::optional<NodeFile> file; // what was opened, or what exists under its name
+    bool has_driver = false;      // one that answers like a driver for SPI
 };
 
 struct Caller {
     uid_t user = 0;
     std::vector<gid_t> groups;    // of this session
-    std::vector<gid_t> member_of; // of those of a new one
+    std::vector<gid_t> member_of; // that a new session would have
 };
 
 Caller this_caller();

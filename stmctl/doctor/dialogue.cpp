@@ -1,4 +1,4 @@
-// A little talk with the co-processor, to see how it goes.
+// A short dialogue with the co-processor, to see whether it works.
 #include "stmctl/doctor/dialogue.hpp"
 
 #include "link/stm_com_funcs.h"
@@ -38,11 +38,11 @@ void take_failures(const Outcome &opening, Dialogue &dialogue)
     }
 }
 
-// Empty if it did what it should.
+// Empty if it succeeded.
 std::string failure_of(const Outcome &outcome)
 {
     if (outcome.stopped || stop_requested()) {
-        throw Failure(ExitStatus::stopped, "doctor: stopped before it was done");
+        throw Failure(ExitStatus::stopped, "doctor: stopped before it had finished");
     }
     if (!outcome.failures.empty()) {
         return outcome.failures.front().sentence();
@@ -58,7 +58,7 @@ Answer<uint8_t> ask(uint8_t query)
     return failure.empty() ? Answer<uint8_t>{answer, {}} : Answer<uint8_t>{{}, failure};
 }
 
-// The quickest one: what else the machine does takes time from the others.
+// The quickest one: the others were slowed down by other work of the machine.
 Answer<double> time_exchanges()
 {
     using std::chrono::steady_clock;
@@ -83,7 +83,7 @@ Answer<std::string> ask_sampletime()
     });
     const std::string failure = failure_of(outcome);
     if (!failure.empty() || outcome.texts.empty()) {
-        return {{}, failure.empty() ? "it says nothing" : failure};
+        return {{}, failure.empty() ? "the answer is empty" : failure};
     }
     std::string text = printable_line(outcome.texts.front());
     text.pop_back();

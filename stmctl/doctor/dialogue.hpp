@@ -1,4 +1,4 @@
-// A little talk with the co-processor, to see how it goes. Nothing is changed by it.
+// A short dialogue with the co-processor, to see whether it works. It changes nothing.
 #pragma once
 
 #include "stmctl/module/voice.hpp"
@@ -10,7 +10,7 @@
 namespace stmctl
 {
 
-// What was asked for, or why it did not come. Nothing of both: it was not asked for.
+// The answer, or why there is none. If both are empty, the question was not asked.
 template <typename Value>
 struct Answer {
     std::optional<Value> value;
@@ -19,7 +19,7 @@ struct Answer {
 
 struct Dialogue {
     std::optional<Report> refused_clock;
-    std::optional<Report> not_synchronised; // then nothing else was tried
+    std::optional<Report> not_synchronised; // if set, nothing else was tried
     std::optional<uint32_t> speed_hz;
     Answer<uint8_t> mode;
     Answer<uint8_t> version;
@@ -27,7 +27,7 @@ struct Dialogue {
     Answer<std::string> sampletime;  // of the application
 };
 
-// descriptor is one of the device. Throws a Failure if the user ends it.
+// The descriptor is one of the device. Throws a Failure if the user stops the dialogue.
 Dialogue talk(int descriptor);
 
 } // namespace stmctl

@@ -1,4 +1,4 @@
-// doctor: looks at everything that a board needs, and says what is wrong and what helps.
+// doctor: checks everything that a board needs, and reports what is wrong and what helps.
 #include "stmctl/doctor/doctor.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
@@ -93,7 +93,7 @@ ExitStatus examine_all(bool as_json)
         return ExitStatus::done;
     }
     throw Failure(examination.node.error != 0 ? ExitStatus::not_there : ExitStatus::failed,
-                  fmt::format("doctor: {} of {} bad: {}", names.size(), lines.size(),
+                  fmt::format("doctor: {} of {} checks failed: {}", names.size(), lines.size(),
                               fmt::join(names, ", ")));
 }
 

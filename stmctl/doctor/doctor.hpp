@@ -1,4 +1,4 @@
-// doctor: looks at everything that a board needs.
+// doctor: checks everything that a board needs.
 #pragma once
 
 #include "stmctl/command_line/command.hpp"

@@ -1,4 +1,4 @@
-// Checks of the driver and of those who use it.
+// Checks of the driver and of the processes that use it.
 #include "stmctl/doctor/checks.hpp"
 
 #include <fmt/format.h>
@@ -22,7 +22,7 @@ Finding judge_bufsiz_without_exchange(const std::string &why)
 {
     const std::optional<long> bufsiz = driver_bufsiz();
     if (!bufsiz) {
-        return unknown(fmt::format("not shown, and not tried: {}", why));
+        return unknown(fmt::format("not shown and not tried: {}", why));
     }
     return *bufsiz >= SYNCHRONISING_BYTES
                ? good(fmt::format("{} bytes at once, {} are needed", *bufsiz, SYNCHRONISING_BYTES))
@@ -39,17 +39,17 @@ Finding judge_users(const Examination &examination)
         return unknown("the device cannot be opened");
     }
     if (users.processes.size() > 1) {
-        return bad(users.clause("it"), "end all but one: what they say gets mixed");
+        return bad(users.clause("it"), "end all but one: their dialogues mix");
     }
     if (!users.processes.empty()) {
         return unknown(users.clause("it") + "; nothing was sent",
-                       "when it has ended, the rest can be looked at");
+                       "once it has ended, the rest can be checked");
     }
     if (users.some_hidden) {
-        return unknown("nobody else that may be seen, but processes are hidden",
-                       "sudo stmctl doctor sees them all");
+        return unknown("no visible process has it open, but some are hidden",
+                       "sudo stmctl doctor can see them all");
     }
-    return good("nobody else has it open");
+    return good("no other process has it open");
 }
 
 Finding judge_lock(const Examination &examination)
@@ -64,7 +64,7 @@ Finding judge_lock(const Examination &examination)
                                            : examination.holder + " holds it; --wait waits for it");
 }
 
-// An exchange of this length is the proof, whatever the parameter is.
+// An exchange of this length is the proof, whatever the parameter says.
 Finding judge_bufsiz(const Examination &examination)
 {
     if (!examination.dialogue) {
@@ -73,14 +73,14 @@ Finding judge_bufsiz(const Examination &examination)
     const std::optional<Report> &failure = examination.dialogue->not_synchronised;
     if (failure && failure->error == EMSGSIZE) {
         const std::optional<long> bufsiz = driver_bufsiz();
-        return bad(fmt::format("the driver does not take {} bytes at once{}", SYNCHRONISING_BYTES,
-                               bufsiz ? fmt::format(", bufsiz is {}", *bufsiz) : ""),
+        return bad(fmt::format("the driver refuses {} bytes at once{}", SYNCHRONISING_BYTES,
+                               bufsiz ? fmt::format("; bufsiz is {}", *bufsiz) : ""),
                    "set it where the driver is loaded, see stmctl --help access");
     }
     if (failure) {
         return judge_bufsiz_without_exchange("the link fails");
     }
-    return good(fmt::format("the driver takes {} bytes at once", SYNCHRONISING_BYTES));
+    return good(fmt::format("the driver accepts {} bytes at once", SYNCHRONISING_BYTES));
 }
 
 Finding judge_wire_mode(const Examination &examination)
@@ -90,17 +90,16 @@ Finding judge_wire_mode(const Examination &examination)
         return unknown(examination.why_silent());
     }
     if (*left.mode != EXPECTED_MODE) {
-        return bad(fmt::format("{}, as another program left it; {} is needed",
-                               mode_words(*left.mode), EXPECTED_MODE),
-                   "let it set it back, or restart the system, see stmctl --help access");
+        return bad(fmt::format("{}, left by another program; {} is needed", mode_words(*left.mode),
+                               EXPECTED_MODE),
+                   "set it to 0 or restart the system, see stmctl --help access");
     }
     const uint8_t bits = left.bits_per_word.value_or(EXPECTED_BITS_PER_WORD);
     if (bits != EXPECTED_BITS_PER_WORD && bits != 0) {
-        return bad(
-            fmt::format("{}, but words of {} bits, as another program left them", *left.mode, bits),
-            "let it set them back to 8, or restart the system");
+        return bad(fmt::format("{}, but {}-bit words, left by another program", *left.mode, bits),
+                   "set them back to 8 bits or restart the system");
     }
-    return good(fmt::format("{}, words of {} bits", *left.mode, EXPECTED_BITS_PER_WORD));
+    return good(fmt::format("{}, {}-bit words", *left.mode, EXPECTED_BITS_PER_WORD));
 }
 
 Finding judge_clock(const Examination &examination)
@@ -112,12 +111,12 @@ Finding judge_clock(const Examination &examination)
     }
     const uint32_t speed = examination.dialogue->speed_hz.value_or(CLOCK_HZ);
     if (examination.dialogue->refused_clock) {
-        return bad(fmt::format("{}: {} was refused: {}", megahertz(speed), megahertz(CLOCK_HZ),
+        return bad(fmt::format("{}; {} was refused: {}", megahertz(speed), megahertz(CLOCK_HZ),
                                examination.dialogue->refused_clock->reason),
                    "spi-max-frequency in the device tree must allow it");
     }
     return good(megahertz(speed) +
-                (left && *left != speed ? ", before it was " + megahertz(*left) : ""));
+                (left && *left != speed ? ", previously " + megahertz(*left) : ""));
 }
 
 } // namespace stmctl

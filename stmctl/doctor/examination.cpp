@@ -1,4 +1,4 @@
-// All that is looked at, once, before it is judged.
+// Gathers everything once, before it is judged.
 #include "stmctl/doctor/examination.hpp"
 
 #include "stmctl/module/device.hpp"
@@ -57,7 +57,7 @@ void look_at_lock(int descriptor, Examination &examination)
     }
 }
 
-// The lines would be too long with all the words that these were begun with.
+// Only names: with the full command lines of the processes the lines would be too long.
 std::string names_of(const DeviceUsers &users)
 {
     std::string names;
@@ -67,7 +67,7 @@ std::string names_of(const DeviceUsers &users)
     return names + (users.processes.size() == 1 ? " has" : " have");
 }
 
-// Whatever is sent in the middle of another program's dialogue breaks that.
+// Anything sent in the middle of another program's dialogue breaks it.
 bool may_talk(const Examination &examination)
 {
     return examination.node.has_driver && examination.users.processes.empty() &&

@@ -1,4 +1,4 @@
-// All that is looked at, once, before it is judged.
+// Gathers everything once, before it is judged.
 #pragma once
 
 #include "stmctl/doctor/device_node.hpp"
@@ -17,7 +17,7 @@ struct Examination {
     Caller caller;
     DeviceUsers users;
     WireSettings left;  // as other programs have left them
-    std::string holder; // of the lock; empty if that was free
+    std::string holder; // of the lock; empty if it was free
     std::string lock_failure;
     std::optional<Dialogue> dialogue; // none where that could disturb another program's
 

@@ -1,4 +1,4 @@
-// What came of one check.
+// The result of one check.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Checks of what else this machine has.
+// Checks of the rest of this machine.
 #include "stmctl/doctor/checks.hpp"
 #include "stmctl/plot/gnuplot.hpp"
 #include "stmctl/process/failure.hpp"
@@ -25,22 +25,21 @@ Finding judge_look(const RingLook &look)
         return bad("damaged, see stmctl ring status", NEW_RING);
     }
     if (!may_be_attached()) {
-        return bad(fmt::format("it belongs to {} and cannot be written or read by you",
+        return bad(fmt::format("it belongs to {}, and you may not both read and write it",
                                user_words(look.segment.info.shm_perm.uid)),
                    NEW_RING);
     }
-    const std::string words = fmt::format("there; its writer: {}", look.writer.words());
+    const std::string words = fmt::format("present; writer: {}", look.writer.words());
     switch (look.writer.state) {
     case WriterState::several:
         return bad(words, "end all but one: their records mix");
     case WriterState::unseen:
-        return unknown(words, "sudo stmctl doctor sees them");
+        return unknown(words, "sudo stmctl doctor can see them");
     default:
         break;
     }
-    return look.ring->writer_open == 0
-               ? good(words)
-               : bad(words + ", its flag is taken: nobody can begin to write", NEW_RING);
+    return look.ring->writer_open == 0 ? good(words)
+                                       : bad(words + "; its flag keeps writers out", NEW_RING);
 }
 
 } // namespace
@@ -49,7 +48,8 @@ Finding judge_ring(const Examination &)
 {
     try {
         const std::optional<Segment> segment = find_segment();
-        return segment ? judge_look(RingLook(*segment)) : good("none; stmctl ring write makes one");
+        return segment ? judge_look(RingLook(*segment))
+                       : good("none; stmctl ring write creates one");
     } catch (const Failure &failure) {
         return bad(failure.what(), NEW_RING);
     }

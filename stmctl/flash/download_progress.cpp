@@ -1,4 +1,4 @@
-// Shows how far a download is.
+// Shows how far a download has got.
 #include "stmctl/flash/download_progress.hpp"
 
 #include "stmctl/output/counted.hpp"
@@ -85,13 +85,13 @@ void DownloadProgress::tell(const Heard &heard) const
     const std::string time = fmt::format("flash: after {:.3f} s", seconds());
     switch (heard.event) {
     case Event::image_begun:
-        say(time + " the boot loader has taken the command");
+        say(time + " the boot loader accepted the command");
         break;
     case Event::block_sent:
-        say(fmt::format("{} block {} is sent, all before it is acknowledged", time, heard.number));
+        say(fmt::format("{} block {} sent, all before it acknowledged", time, heard.number));
         break;
     case Event::image_ended:
-        say(fmt::format("{} all {} bytes are acknowledged", time, heard.number));
+        say(fmt::format("{} all {} bytes acknowledged", time, heard.number));
         break;
     default:
         break;

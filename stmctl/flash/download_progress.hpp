@@ -1,5 +1,5 @@
-// Shows how far a download is, on standard error: a bar on a terminal, a line for each tenth
-// otherwise, and nothing if quiet.
+// Shows on standard error how far a download has got: a bar on a terminal, otherwise a line for
+// each tenth, and nothing if quiet.
 #pragma once
 
 #include "stmctl/flash/download_steps.hpp"
@@ -16,10 +16,10 @@ class DownloadProgress
 
     void show(const DownloadSteps &steps);
 
-    // Says which step is done, if much is to be said.
+    // Reports each step as it is done, if verbose.
     void tell(const Heard &heard) const;
 
-    // Leaves the bar standing, so that something can be said below it.
+    // Leaves the bar in place, so that something can be printed below it.
     void end();
 
     double seconds() const;
@@ -33,7 +33,7 @@ class DownloadProgress
     uint32_t shown_tenths_ = 0;
 };
 
-// "65.1 KiB/s", or "312 B/s"; empty where that says nothing.
+// "65.1 KiB/s", or "312 B/s"; empty where it would be meaningless.
 std::string rate_words(uint32_t bytes, double seconds);
 
 } // namespace stmctl

@@ -1,4 +1,4 @@
-// Where a download stands, read from the module's texts.
+// Tracks where a download is, from the module's texts.
 #include "stmctl/flash/download_steps.hpp"
 
 #include "stmctl/output/counted.hpp"
@@ -21,10 +21,11 @@ struct Refusal {
 };
 
 constexpr Refusal REFUSALS[] = {
-    {Event::bus_inactive, "the bus is inactive, no co-processor drives it"},
-    {Event::checksum_error, "checksum error, the co-processor got other bytes than were sent"},
-    {Event::address_error, "address error, the co-processor does not take this address or size"},
-    {Event::timed_out, "time-out, no acknowledge within 16.5 seconds"},
+    {Event::bus_inactive, "the bus is inactive (no co-processor drives it)"},
+    {Event::checksum_error,
+     "checksum error (the co-processor received other bytes than were sent)"},
+    {Event::address_error, "address error (the co-processor does not accept this address or size)"},
+    {Event::timed_out, "time-out (no acknowledgement within 16.5 seconds)"},
 };
 
 } // namespace
@@ -57,7 +58,7 @@ void DownloadSteps::take_refusal(Event event)
     }
 }
 
-// Its text comes once it is on the wire: those before it have been acknowledged.
+// Its text comes once it has been sent: the blocks before it have been acknowledged.
 void DownloadSteps::begin_block(uint32_t number)
 {
     step_ = Step::block;
@@ -87,14 +88,14 @@ std::string DownloadSteps::reason(const std::vector<Report> &failures) const
     if (!refusal_.empty()) {
         return refusal_;
     }
-    return fmt::format("the file gave {} of its {}", total_.value_or(0),
+    return fmt::format("only {} of the file's {} were sent", total_.value_or(0),
                        counted(size_, "byte", "bytes"));
 }
 
 std::string DownloadSteps::what_failed(const std::vector<Report> &failures) const
 {
     DownloadSteps at = *this;
-    // A block that could not be sent is the one behind the last that was.
+    // A block that could not be sent is the one after the last that was.
     if (!failures.empty() && failures.front().is_block_not_sent()) {
         at.begin_block(step_ == Step::block ? block_ + 1 : 0);
     }

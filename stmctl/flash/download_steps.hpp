@@ -1,4 +1,4 @@
-// Where a download stands, read from the module's texts.
+// Tracks where a download is, from the module's texts.
 #pragma once
 
 #include "stmctl/module/voice.hpp"
@@ -17,13 +17,13 @@ class DownloadSteps
   public:
     explicit DownloadSteps(uint32_t size) : size_(size) {}
 
-    // Takes a text of the output callback. Returns whether more bytes are acknowledged now.
+    // Takes a text from the output callback. Returns whether it acknowledges more bytes.
     bool take(std::string_view text);
 
     uint32_t size() const { return size_; }
     uint32_t acknowledged() const { return acknowledged_; }
 
-    // Whether all bytes have been acknowledged, as far as the texts tell.
+    // Whether all bytes have been acknowledged, as far as the texts show.
     bool is_complete() const { return total_ == static_cast<long>(size_); }
 
     // "at block 3, after 3072 of 5000 bytes"

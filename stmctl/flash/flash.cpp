@@ -1,4 +1,4 @@
-// flash: an image into the co-processor's flash, and whether it is really there.
+// flash: writes an image to the co-processor's flash, and reports whether all of it arrived.
 #include "stmctl/flash/flash.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
@@ -35,7 +35,7 @@ struct Region {
     const char *words;
     uint32_t address;
     uint32_t size;
-    const char *next; // what to do when it is written
+    const char *next; // what to do once it is written
 };
 
 constexpr uint32_t FLASH_SIZE = 512 * 1024;
@@ -62,34 +62,34 @@ const Region &region_named(const std::string &name)
     return name == REGIONS[0].name ? REGIONS[0] : REGIONS[1];
 }
 
-// What needs no look at the image, which may be long in coming.
+// Checks that do not need the image, which may take long to arrive.
 void check_words(const FlashOptions &options, const Region &region)
 {
     if (region.address != STM_FLASH_BOOTER_ADDR) {
         return;
     }
     if (options.start) {
-        throw Failure(ExitStatus::usage,
-                      "flash booter: --start starts a firmware, and is for flash firmware only");
+        throw Failure(ExitStatus::usage, "flash booter: --start is for flash firmware only");
     }
     if (options.file == "-" && !options.yes) {
-        throw Failure(ExitStatus::usage, "flash booter: nobody can be asked while the image comes "
-                                         "from standard input; --yes goes on");
+        throw Failure(ExitStatus::usage, "flash booter: cannot ask for confirmation while the "
+                                         "image comes from standard input; use --yes to continue");
     }
 }
 
-// A boot loader that does not work leaves no way to load another one.
+// A boot loader that does not work leaves no way to load another.
 void ask_before_boot_loader(const FlashOptions &options, const ImageFile &image)
 {
     if (options.yes) {
         return;
     }
     if (!is_terminal(STDIN_FILENO)) {
-        throw Failure(ExitStatus::usage,
-                      "flash booter: nobody can be asked without a terminal; --yes goes on");
+        throw Failure(
+            ExitStatus::usage,
+            "flash booter: cannot ask for confirmation without a terminal; use --yes to continue");
     }
-    print(fmt::format("Replace the boot loader by {} ({})? A wrong one leaves no way to load "
-                      "another.\nType yes to go on: ",
+    print(fmt::format("Replace the boot loader with {} ({})? A wrong one leaves no way to load "
+                      "another.\nType yes to continue: ",
                       options.file, counted(image.size(), "byte", "bytes")));
     flush_output();
     char answer[16] = {};
@@ -98,15 +98,16 @@ void ask_before_boot_loader(const FlashOptions &options, const ImageFile &image)
         print("\n");
     }
     if (!typed || std::string_view(answer) != "yes\n") {
-        throw Failure(ExitStatus::stopped, "flash booter: nothing was written, only yes goes on");
+        throw Failure(ExitStatus::stopped,
+                      "flash booter: nothing was written: the answer was not yes");
     }
 }
 
-// The download that runs, for the poll callback, which is a plain function.
+// The running download, for the poll callback, which is a plain function.
 DownloadSteps *running = nullptr;
 
-// Kept away from the module: it takes its stop line for an acknowledge here. There is no way out of
-// a download but the end of the process; the co-processor waits for a new one then.
+// The stop line is kept from the module, which takes it for an acknowledgement here. The only way
+// out of a download is to end the process; the co-processor then waits for a new one.
 Wish leave_when_stopped()
 {
     if (stop_requested()) {
@@ -120,7 +121,7 @@ Wish leave_when_stopped()
 }
 
 struct Download {
-    std::string failed; // what; empty if the image is in the flash
+    std::string failed; // where and why; empty if the image is in the flash
     std::vector<Report> failures;
     bool timed_out = false;
     double seconds = 0;
@@ -149,7 +150,7 @@ Download download(ImageFile &image, const Region &region)
             progress.seconds()};
 }
 
-// Why no acknowledge came. A boot loader that runs is no reason.
+// Why no acknowledgement came. That the boot loader is running is no reason.
 std::string cause_of_timeout(const Device &device)
 {
     if (device.other_users().processes.empty()) {
@@ -160,13 +161,13 @@ std::string cause_of_timeout(const Device &device)
     case Condition::boot_loader:
         return "";
     case Condition::application:
-        return "; the application runs: the co-processor has restarted";
+        return "; the application is running: the co-processor has restarted";
     default:
         return "; " + diagnosis.words;
     }
 }
 
-// Before another attempt the co-processor must forget the frame that it may be waiting for.
+// Before another attempt the co-processor must drop the frame that it may be waiting for.
 void prepare_retry(Recovery &recovery, uint32_t attempt, uint32_t attempts, const Download &last)
 {
     say(fmt::format("attempt {} of {} failed {}; trying again", attempt, attempts, last.failed));
@@ -185,7 +186,7 @@ void tell_success(const ImageFile &image, const Region &region, const Download &
                       done.seconds, rate.empty() ? "" : ", ", rate, next));
     flush_output();
     if (output_failed() && status_of_failed_output() != ExitStatus::done) {
-        say("flash: all bytes are written");
+        say("flash: all bytes have been written");
     }
 }
 
@@ -228,16 +229,16 @@ ExitStatus flash(const FlashOptions &options)
 Action declare_flash(CLI::App &command)
 {
     auto options = std::make_shared<FlashOptions>();
-    add_operand(command, "REGION", Presence::required, options->region, "what the image is",
+    add_operand(command, "REGION", Presence::required, options->region, "what the image contains",
                 one_of({REGIONS[0].name, REGIONS[1].name}));
     add_operand(command, "FILE", Presence::required, options->file,
                 "the image; - reads standard input", names_of_files());
     add_flag(command, "-y,--yes", options->yes, "write a boot loader without asking");
     add_flag(command, "--start", options->start, "start the firmware once it is written");
     add_option(command, "--limit", "BYTES", options->limit,
-               "most bytes that the image may have (firmware 507904, booter 16384)");
+               "largest size in bytes (507904; booter 16384)");
     add_option(command, "--retries", "N", options->retries,
-               "try so many times again after a failure");
+               "number of further attempts after a failure");
     add_device_options(command, options->device);
     add_detail(command);
     return [options] { return flash(*options); };

@@ -1,4 +1,4 @@
-// flash: an image into the co-processor's flash.
+// flash: writes an image to the co-processor's flash.
 #pragma once
 
 #include "stmctl/command_line/command.hpp"

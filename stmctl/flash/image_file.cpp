@@ -1,4 +1,4 @@
-// An image, looked at before the device is touched.
+// An image, checked before the device is touched.
 #include "stmctl/flash/image_file.hpp"
 
 #include "stmctl/output/counted.hpp"
@@ -26,7 +26,7 @@ namespace
     throw Failure(ExitStatus::failed, fmt::format("{}: {}", input_name(path), why));
 }
 
-// A pipe would keep an open without O_NONBLOCK waiting.
+// Without O_NONBLOCK, opening a pipe would block.
 int open_to_read(const std::string &path)
 {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -36,7 +36,7 @@ int open_to_read(const std::string &path)
     return descriptor;
 }
 
-// Whether only its end tells how long it is.
+// Whether its length is only known at its end.
 bool is_stream(const std::string &path)
 {
     struct stat status = {};
@@ -73,10 +73,10 @@ void ImageFile::take_stream(const std::string &path, uint32_t limit)
 {
     const std::string content = read_whole(path, limit);
     if (content.empty()) {
-        refuse(path, "nothing came");
+        refuse(path, "no data came");
     }
     if (content.size() > limit) {
-        refuse(path, fmt::format("more came than the {} bytes that fit", limit));
+        refuse(path, fmt::format("more data than the {} bytes that fit", limit));
     }
     size_ = static_cast<uint32_t>(content.size());
     file_.reset(fdopen(memfd_create("image", MFD_CLOEXEC), "w+b"));
@@ -98,7 +98,7 @@ void ImageFile::copy(FILE *file, const std::string &path)
         refuse(path, strerror(errno));
     }
     if (copied != size_) {
-        refuse(path, "it changed while it was read");
+        refuse(path, "the file changed while it was being read");
     }
 }
 

@@ -1,5 +1,5 @@
-// An image, looked at before the device is touched, and copied: a file that somebody writes during
-// the download would end up as half of each.
+// An image, checked before the device is touched, and copied: if the file were written during the
+// download, the flash would hold half of each version.
 #pragma once
 
 #include <cstdint>
@@ -13,13 +13,13 @@ namespace stmctl
 class ImageFile
 {
   public:
-    // Of a file, of a pipe or, for "-", of standard input, which are read to their end. Throws a
-    // Failure unless it can be read and has 1 to limit bytes, and if an interrupt ends the reading.
+    // Reads a file, a pipe or, for "-", standard input, to the end. Throws a Failure unless it can
+    // be read and has 1 to limit bytes, or if an interrupt ends the reading.
     ImageFile(const std::string &path, uint32_t limit);
 
     uint32_t size() const { return size_; }
 
-    // At its start.
+    // Positioned at its start.
     FILE *rewound();
 
   private:

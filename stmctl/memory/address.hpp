@@ -16,7 +16,7 @@ struct AddressOptions {
     std::string address;
     DeviceOptions device;
 
-    uint16_t parsed() const; // throws a Failure for what is none
+    uint16_t parsed() const; // throws a Failure if it is not an address
 };
 
 // Declares the operand and the options of the device.

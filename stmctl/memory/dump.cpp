@@ -1,4 +1,4 @@
-// dump: a range of the co-processor's memory.
+// dump: shows a range of the co-processor's memory.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/command_line/numbers.hpp"
 #include "stmctl/memory/address.hpp"
@@ -23,14 +23,14 @@ struct Options : AddressOptions {
     std::string count;
 };
 
-constexpr uint32_t MOST_DUMPED = 4096; // what one reply holds
+constexpr uint32_t MOST_DUMPED = 4096; // as many as one reply holds
 
 ExitStatus dump(const Options &options)
 {
     const uint16_t address = options.parsed();
     const auto count = static_cast<uint16_t>(parse_number(options.count, "count", 1, MOST_DUMPED));
     if (uint32_t{address} + count > LAST_ADDRESS + 1) {
-        throw Failure(ExitStatus::usage, "the range reaches beyond address 0xFFFF");
+        throw Failure(ExitStatus::usage, "the range extends beyond address 0xFFFF");
     }
     const Device device(options.device);
     std::vector<uint8_t> bytes;
@@ -43,12 +43,12 @@ ExitStatus dump(const Options &options)
                     }
                 });
     device.check(outcome, "dump");
-    // Behind the reply the module shows what earlier exchanges have left.
+    // After the reply the module shows what earlier exchanges have left.
     const auto came = static_cast<size_t>(outcome.result);
     bytes.resize(std::min(bytes.size(), came));
     print(hexdump(address, bytes));
     if (came != count) {
-        throw Failure(ExitStatus::failed, fmt::format("dump: {} asked for, {} came; {}",
+        throw Failure(ExitStatus::failed, fmt::format("dump: {} requested, {} received; {}",
                                                       counted(count, "byte", "bytes"), came,
                                                       device.other_users().suspicion()));
     }
@@ -61,7 +61,7 @@ Action declare_dump(CLI::App &command)
 {
     auto options = std::make_shared<Options>();
     add_address(command, *options);
-    add_operand(command, "COUNT", Presence::required, options->count, "bytes, 1 to 4096");
+    add_operand(command, "COUNT", Presence::required, options->count, "number of bytes, 1 to 4096");
     return [options] { return dump(*options); };
 }
 

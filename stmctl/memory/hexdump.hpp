@@ -1,4 +1,4 @@
-// "1F00  AB CD ...  |..|", sixteen bytes a line.
+// "1F00  AB CD ...  |..|", sixteen bytes per line.
 #pragma once
 
 #include <cstdint>

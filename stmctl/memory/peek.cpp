@@ -1,4 +1,4 @@
-// peek: a byte, or four, of the co-processor's memory.
+// peek: reads one or four bytes of the co-processor's memory.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/memory/address.hpp"
 #include "stmctl/memory/memory.hpp"
@@ -44,7 +44,7 @@ Action declare_peek(CLI::App &command)
 {
     auto options = std::make_shared<Options>();
     add_address(command, *options);
-    add_flag(command, "--long", options->four, "four bytes as one number, the highest first");
+    add_flag(command, "--long", options->four, "read four bytes as one big-endian number");
     return [options] { return peek(*options); };
 }
 

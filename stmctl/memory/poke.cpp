@@ -1,4 +1,4 @@
-// poke: bytes into the co-processor's memory.
+// poke: writes bytes to the co-processor's memory.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/command_line/numbers.hpp"
 #include "stmctl/memory/address.hpp"
@@ -29,7 +29,7 @@ ExitStatus poke(const Options &options)
         bytes.push_back(static_cast<uint8_t>(parse_number(value, "value", 0, 0xFF)));
     }
     if (address + bytes.size() > LAST_ADDRESS + 1) {
-        throw Failure(ExitStatus::usage, "the values reach beyond address 0xFFFF");
+        throw Failure(ExitStatus::usage, "the values extend beyond address 0xFFFF");
     }
     const Device device(options.device);
     for (const uint8_t byte : bytes) {
@@ -50,7 +50,7 @@ Action declare_poke(CLI::App &command)
     auto options = std::make_shared<Options>();
     add_address(command, *options);
     add_operands(command, "VALUE", Presence::required, options->values,
-                 "0 to 255, each for the address behind the last");
+                 "0 to 255, for consecutive addresses");
     return [options] { return poke(*options); };
 }
 

@@ -1,4 +1,4 @@
-// text: the text that an address gives byte by byte, or one to be written.
+// text: reads or writes a text, byte by byte at one address.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/memory/address.hpp"
 #include "stmctl/memory/memory.hpp"
@@ -46,11 +46,12 @@ void write_text(const Device &device, uint16_t address, const std::string &text)
 
 ExitStatus text(const Options &options)
 {
-    constexpr size_t LONGEST = 255; // the module sends a longer one without end
+    constexpr size_t LONGEST = 255; // the module would never stop sending a longer one
     const uint16_t address = options.parsed();
     if (options.written.size() > LONGEST) {
-        throw Failure(ExitStatus::usage, fmt::format("the text has {} characters, {} are possible",
-                                                     options.written.size(), LONGEST));
+        throw Failure(ExitStatus::usage,
+                      fmt::format("the text has {} characters; at most {} are possible",
+                                  options.written.size(), LONGEST));
     }
     const Device device(options.device);
     if (options.written.empty()) {
@@ -68,7 +69,7 @@ Action declare_text(CLI::App &command)
     auto options = std::make_shared<Options>();
     add_address(command, *options);
     add_option(command, "--write", "TEXT", options->written,
-               "write these characters, one after another to the same address");
+               "write this text, every byte to this address");
     return [options] { return text(*options); };
 }
 

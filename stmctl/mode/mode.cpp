@@ -1,4 +1,4 @@
-// The mode that the co-processor runs in.
+// The mode in which the co-processor runs.
 #include "stmctl/mode/mode.hpp"
 
 #include "link/stm_com_funcs.h"

@@ -1,4 +1,4 @@
-// The commands that ask for the mode that the co-processor runs in, or change it.
+// The commands that show or change the mode in which the co-processor runs.
 #pragma once
 
 #include "stmctl/command_line/command.hpp"
@@ -15,13 +15,13 @@ namespace stmctl
 
 inline constexpr uint8_t VERSION_QUERY = 0x91;
 
-// For an answer that nobody gives.
+// For an answer that no co-processor gives.
 [[noreturn]] void fail_without_answer(const char *name, uint8_t answer, const Device &device);
 
 // "1.5": the co-processor sends the minor number, the major number is always 1.
 std::string version_words(uint8_t minor);
 
-// Declares a command that takes no more than a device.
+// Declares a command that takes nothing but a device.
 Action declare_on_device(CLI::App &command,
                          const std::function<ExitStatus(const Device &device)> &work);
 

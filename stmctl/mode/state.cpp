@@ -1,4 +1,4 @@
-// state: what the co-processor runs.
+// state: shows what the co-processor is running.
 #include "stmctl/mode/mode.hpp"
 #include "stmctl/output/json.hpp"
 #include "stmctl/output/output.hpp"

@@ -1,4 +1,4 @@
-// version: that of the boot loader.
+// version: shows the version of the boot loader.
 #include "stmctl/mode/mode.hpp"
 #include "stmctl/output/json.hpp"
 #include "stmctl/output/output.hpp"

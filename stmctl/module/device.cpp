@@ -1,4 +1,4 @@
-// The device, looked at before the module ends the process over it.
+// The device, checked first, because the module would end the process over a failure.
 #include "stmctl/module/device.hpp"
 
 #include "link/stm_com_funcs.h"
@@ -25,14 +25,15 @@ using std::chrono::steady_clock;
 namespace
 {
 
-// A refused clock is a warning: the link runs at the device's own. Null if nothing else failed.
+// A refused clock is only a warning: the link runs at the device's own. Null if nothing else
+// failed.
 const Report *failure_of_opening(const Outcome &outcome)
 {
     for (const Report &report : outcome.failures) {
         if (!report.is_refused_clock()) {
             return &report;
         }
-        say(fmt::format("{}; going on with the device's own", report.sentence()));
+        say(fmt::format("{}; continuing with the device's own clock", report.sentence()));
     }
     return nullptr;
 }
@@ -53,7 +54,7 @@ const char *remedy_of_opening(int error)
     switch (error) {
     case EACCES:
     case EPERM:
-        return "your user needs the group spi, see stmctl --help access";
+        return "your user must be in the group spi, see stmctl --help access";
     case ENOENT:
     case ENXIO:
     case ENODEV:
@@ -63,8 +64,8 @@ const char *remedy_of_opening(int error)
     }
 }
 
-// The module ends the process where the device cannot be opened for reading and writing, so that is
-// tried, too; should it go away after that, the module's word for it is all that is said.
+// The module ends the process if the device cannot be opened for reading and writing, so that is
+// tried first. If the device goes away after that, the module's own message is all there is.
 int open_to_lock()
 {
     const int lock = open(DEVICE, WAITING_FLAGS | O_CLOEXEC);
@@ -147,7 +148,7 @@ bool Device::await_return(const Pause &pause)
     return true;
 }
 
-// A device that goes away again while it is opened is waited for once more.
+// If the device goes away again while it is being opened, the wait starts again.
 bool Device::reopen(const Pause &pause)
 {
     const auto begin = steady_clock::now();

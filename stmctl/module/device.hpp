@@ -1,4 +1,4 @@
-// The device, for as long as a command talks to the co-processor.
+// The device, held while a command talks to the co-processor.
 #pragma once
 
 #include "stmctl/module/device_lock.hpp"
@@ -15,26 +15,26 @@ namespace stmctl
 
 inline constexpr char DEVICE[] = "/dev/spidev1.0"; // the one that the module knows
 
-// Opens the device as one that only waits for the lock. Negative, and errno, if it cannot be opened
-// for reading and writing.
+// Opens the device in the way of a process that only waits for the lock. Returns a negative number
+// and sets errno if it cannot be opened for reading and writing.
 int open_to_lock();
 
-// "see stmctl --help access", and what is known of an errno of opening.
+// "see stmctl --help access", with what an errno of opening implies.
 const char *remedy_of_opening(int error);
 
-// Opens the link, which synchronises it, and must be closed with stm_close. For a device that could
-// be opened just before.
+// Opens and synchronises the link, which must be closed with stm_close. For a device that could
+// just be opened.
 Outcome open_link();
 
 struct DeviceOptions {
-    bool wait = false; // for another stmctl to be done
+    bool wait = false; // for another stmctl to finish
 };
 
 // Declares "--wait".
 void add_device_options(CLI::App &command, DeviceOptions &options);
 
-// Looks whether the device can be opened, locks it against other stmctl, opens and synchronises
-// the link. Throws a Failure with the remedy in its sentence.
+// Checks whether the device can be opened, locks it against other stmctl, then opens and
+// synchronises the link. Throws a Failure whose sentence names the remedy.
 class Device
 {
   public:
@@ -43,23 +43,24 @@ class Device
     Device(const Device &) = delete;
     Device &operator=(const Device &) = delete;
 
-    // The processes that have it open, too. Not all of them know the lock.
+    // The other processes that have it open. Not all of them know the lock.
     DeviceUsers other_users() const { return other_users_of(lock_); }
 
     bool is_open() const { return open_; }
 
-    // Closes a device that has gone, and waits until one is there that can be opened and locked.
-    // False if the wait was given up: then there is none.
+    // Closes a device that has gone and waits for one that can be opened and locked. False if the
+    // wait was given up: then no device is open.
     bool await_return(const Pause &pause);
 
-    // As the function of this name. A time-out is told with its cause, as far as that can be found.
+    // Like the function of this name, but reports a time-out with its cause where that can be
+    // found.
     void check(const Outcome &outcome, const std::string &name) const;
 
   private:
     bool reopen(const Pause &pause);
     void close();
 
-    int lock_ = -1; // locked; the module opens the device again for itself
+    int lock_ = -1; // locked; the module opens the device for itself
     bool open_ = false;
 };
 

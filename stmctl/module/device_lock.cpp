@@ -66,7 +66,7 @@ bool try_lock(int descriptor, const char *name)
     return false;
 }
 
-// A wait in flock would miss an interrupt that comes just before it.
+// Waiting in flock would miss an interrupt that comes just before.
 bool wait_for_lock(int descriptor, const char *name, const Pause &pause)
 {
     constexpr std::chrono::milliseconds BETWEEN_TRIES(100);
@@ -84,8 +84,9 @@ void lock_device(int descriptor, const char *name, bool wait)
         return;
     }
     if (!wait) {
-        throw Failure(ExitStatus::failed, fmt::format("{} is in use by {}; --wait waits for it",
-                                                      name, lock_holder(descriptor)));
+        throw Failure(ExitStatus::failed,
+                      fmt::format("{} is in use by {}; use --wait to wait for it", name,
+                                  lock_holder(descriptor)));
     }
     say(fmt::format("waiting for {}", lock_holder(descriptor)));
     if (!wait_for_lock(descriptor, name, wait_unless_stopped)) {

@@ -9,7 +9,7 @@
 namespace stmctl
 {
 
-// Waits for some time. False if the wait is to be given up.
+// Waits for the given time. False if the wait is to be given up.
 using Pause = std::function<bool(std::chrono::milliseconds)>;
 
 // False if another process has the lock.
@@ -18,10 +18,10 @@ bool try_lock(int descriptor, const char *name);
 // "process 12 (stmctl follow)"
 std::string lock_holder(int descriptor);
 
-// Throws a Failure that names the holder, or with wait waits for it.
+// Throws a Failure that names the holder or, if wait is set, waits for it.
 void lock_device(int descriptor, const char *name, bool wait);
 
-// Waits without a word. False if it was given up.
+// Waits silently. False if the wait was given up.
 bool wait_for_lock(int descriptor, const char *name, const Pause &pause);
 
 } // namespace stmctl

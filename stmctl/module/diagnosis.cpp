@@ -1,4 +1,4 @@
-// Why the co-processor does not do what it is asked for.
+// Finds out why the co-processor does not do what it is asked to.
 #include "stmctl/module/diagnosis.hpp"
 
 #include "link/stm_com_funcs.h"
@@ -22,12 +22,13 @@ struct Answer {
 };
 
 constexpr Answer ANSWERS[] = {
-    {APPLICATION, Condition::application, "the application runs, but does not answer this"},
+    {APPLICATION, Condition::application, "the application is running but does not answer this"},
     {BOOT_LOADER, Condition::boot_loader,
-     "the boot loader runs, stmctl reset starts the application"},
+     "the boot loader is running (stmctl reset starts the application)"},
     {SILENT_LINE, Condition::no_answer,
-     "nothing answers at all: has the co-processor power, does it hang?"},
-    {UNDRIVEN_LINE, Condition::no_answer, "nobody drives the line: is the co-processor there?"},
+     "nothing is answering: does the co-processor have power, or has it hung?"},
+    {UNDRIVEN_LINE, Condition::no_answer,
+     "nothing drives the line: is the co-processor connected?"},
 };
 
 Diagnosis meaning_of(uint8_t mode)
@@ -35,7 +36,8 @@ Diagnosis meaning_of(uint8_t mode)
     const auto *found = std::ranges::find(ANSWERS, mode, &Answer::mode);
     if (found == std::end(ANSWERS)) {
         return {Condition::no_answer,
-                fmt::format("its mode is {}, which is none; {}", mode, DeviceUsers().suspicion()),
+                fmt::format("it reports mode {}, which does not exist; {}", mode,
+                            DeviceUsers().suspicion()),
                 {}};
     }
     return {found->condition, found->words, {}};
@@ -69,7 +71,7 @@ std::string sentence_of(const Report &report, const Device &device)
     const Diagnosis diagnosis = diagnose(device);
     return fmt::format("{}; {}", report.sentence(),
                        diagnosis.condition == Condition::application
-                           ? "the co-processor announced a length that cannot be; " +
+                           ? "the co-processor announced an impossible length; " +
                                  device.other_users().suspicion()
                            : diagnosis.words);
 }
@@ -81,9 +83,9 @@ std::string odd_mode_words(uint8_t answer, const Device &device)
 
 std::string odd_mode_words(uint8_t answer, const DeviceUsers &users)
 {
-    return answer == SILENT_LINE     ? "nothing answers"
-           : answer == UNDRIVEN_LINE ? "nobody drives the line"
-                                     : "that is no mode; " + users.suspicion();
+    return answer == SILENT_LINE     ? "so nothing is answering"
+           : answer == UNDRIVEN_LINE ? "so nothing drives the line"
+                                     : "which is not a mode; " + users.suspicion();
 }
 
 } // namespace stmctl

@@ -1,4 +1,4 @@
-// Why the co-processor does not do what it is asked for: what it says of itself.
+// Finds out why the co-processor does not do what it is asked to, by asking it.
 #pragma once
 
 #include "stmctl/module/voice.hpp"
@@ -22,7 +22,7 @@ inline constexpr uint8_t UNDRIVEN_LINE = 0xFF;
 enum class Condition {
     application, // runs
     boot_loader, // runs
-    no_answer,   // a silent or undriven line, or what is no mode
+    no_answer,   // a silent or undriven line, or a number that is not a mode
     failed,      // the exchange
     shared,      // another process has the device open: nothing was sent
 };
@@ -33,14 +33,13 @@ struct Diagnosis {
     std::vector<Report> failures; // of the exchange
 };
 
-// Asks for the mode, unless another process has the device open: a query in the middle of its
-// dialogue would break that.
+// Asks for the mode, unless another process has the device open: a query would break its dialogue.
 Diagnosis diagnose(const Device &device);
 
-// The report's sentence, with the cause of a length that cannot be.
+// The report's sentence, with the cause of an impossible length.
 std::string sentence_of(const Report &report, const Device &device);
 
-// What an answer to the mode query means, for which there is no name: "nothing answers".
+// What an answer to the mode query means that has no name: "so nothing is answering".
 std::string odd_mode_words(uint8_t answer, const Device &device);
 std::string odd_mode_words(uint8_t answer, const DeviceUsers &users);
 

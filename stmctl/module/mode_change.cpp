@@ -1,4 +1,4 @@
-// The mode that the co-processor runs in, and its change.
+// The mode in which the co-processor runs, and how to change it.
 #include "stmctl/module/mode_change.hpp"
 
 #include "link/stm_com_funcs.h"
@@ -46,7 +46,7 @@ ExitStatus change_mode(int (*send)(), const char *name, uint8_t wanted)
     }
     if (mode != wanted) {
         throw Failure(ExitStatus::failed,
-                      fmt::format("{}: sent, but the {} does not run: the mode is {} ({})", name,
+                      fmt::format("{}: sent, but the {} is not running: the mode is {} ({})", name,
                                   mode_name(wanted), mode, mode_name(mode)));
     }
     print(fmt::format("{} ({})\n", mode_name(mode), mode));

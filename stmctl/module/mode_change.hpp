@@ -1,4 +1,4 @@
-// The mode that the co-processor runs in: asked for, named and changed.
+// Queries, names and changes the mode in which the co-processor runs.
 #pragma once
 
 #include "stmctl/process/exit_status.hpp"
@@ -15,7 +15,7 @@ const char *mode_name(uint8_t mode);
 // The byte that answers a query. Throws a Failure that begins with the name.
 uint8_t ask_for_byte(uint8_t query, const std::string &name);
 
-// Sends a command that has no answer: only the mode tells whether it was understood.
+// Sends a command that has no answer: only the mode shows whether it was understood.
 ExitStatus change_mode(int (*send)(), const char *name, uint8_t wanted);
 
 } // namespace stmctl

@@ -1,4 +1,4 @@
-// Runs one operation of the module, and tells all that came of it.
+// Runs one operation of the module and gathers everything that came of it.
 #include "stmctl/module/operation.hpp"
 
 #include "stmctl/output/output.hpp"
@@ -18,7 +18,7 @@ namespace stmctl
 namespace
 {
 
-// What the callbacks work on, which are plain functions.
+// What the callbacks work on; they are plain functions.
 struct Run {
     const Sink &sink;
     const Question &question;
@@ -115,7 +115,7 @@ void check(const Outcome &outcome, const std::string &name)
                       fmt::format("{}: the co-processor did not answer in time", name));
     }
     if (outcome.stopped) {
-        throw Failure(ExitStatus::stopped, fmt::format("{}: stopped before it was done", name));
+        throw Failure(ExitStatus::stopped, fmt::format("{}: stopped before it had finished", name));
     }
 }
 

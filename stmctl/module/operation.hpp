@@ -1,4 +1,4 @@
-// Runs one operation of the module, and tells all that came of it.
+// Runs one operation of the module and gathers everything that came of it.
 #pragma once
 
 #include "link/stm_com_funcs.h"
@@ -18,32 +18,32 @@ struct Outcome {
     bool timed_out = false;         // the module reported a time-out
     bool rejected = false;          // or a wrong checksum
     bool stopped = false;           // by the user
-    bool cut_off = false;           // by the stop line, whatever it was handed out for
+    bool cut_off = false;           // by the stop line, for whatever reason
 };
 
 using Operation = std::function<int32_t(StmPollFn poll, StmOutputFn output)>;
 
-// Takes the texts of an operation in place of Outcome::texts; time-outs are noticed all the same.
-// It and the question may throw: the operation is stopped by then, and the exception goes on
+// Takes the texts of an operation instead of Outcome::texts; time-outs are still noticed. The sink
+// and the question may throw: the operation is then stopped, and the exception is thrown again
 // after it.
 using Sink = std::function<void(const char *text, int more)>;
 
 enum class Wish {
     go_on,
-    end,  // nothing more is wanted of this operation
+    end,  // nothing more is wanted from this operation
     stop, // by the user
 };
 
-// Asked as often as the module polls.
+// Asked whenever the module polls.
 using Question = std::function<Wish()>;
 
 Wish ask_user();
 
-// What is neither a report nor expected on standard error goes on there.
+// Lines on standard error that are not reports are passed on to it.
 Outcome perform(const Operation &operation, const Sink &sink = {},
                 const Question &question = ask_user);
 
-// Brings the link to where the co-processor waits for a command.
+// Brings the link to the point where the co-processor waits for a command.
 Outcome synchronise();
 
 // Throws a Failure, "NAME: why", for a failing exchange, a time-out or a stop.

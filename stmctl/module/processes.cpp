@@ -21,7 +21,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-// The words of a process's command line, separated by blanks, the first without its folders.
+// The words of a process's command line, separated by blanks, the first one without its path.
 std::string command_of(pid_t process)
 {
     std::ifstream file(fmt::format("/proc/{}/cmdline", process));
@@ -36,7 +36,7 @@ std::string command_of(pid_t process)
     return slash == std::string::npos ? words : words.substr(slash + 1);
 }
 
-// The number that a name of a folder or file is; 0 if it is none.
+// The number that a file name consists of; 0 if it is not a number.
 int number_of(const fs::path &path)
 {
     const std::string name = path.filename().string();
@@ -45,7 +45,7 @@ int number_of(const fs::path &path)
     return error == std::errc() && end == name.data() + name.size() ? number : 0;
 }
 
-// "flags: 0104002", octal, in the file that tells of a descriptor.
+// "flags: 0104002", octal, in the file about a descriptor.
 bool only_waits(pid_t process, const fs::path &descriptor)
 {
     std::ifstream file(fmt::format("/proc/{}/fdinfo/{}", process, descriptor.filename().string()));
@@ -112,7 +112,7 @@ DeviceUsers other_users_of(int descriptor)
     struct stat device = {};
     std::error_code error;
     fs::directory_iterator folder("/proc", error);
-    // The first process is always there, but may be shown to nobody else.
+    // The first process always exists, but may be hidden from other users.
     users.some_hidden = error || access("/proc/1", F_OK) != 0;
     if (fstat(descriptor, &device) != 0 || error) {
         return users;

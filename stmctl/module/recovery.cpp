@@ -1,4 +1,4 @@
-// Brings the dialogue with the co-processor back after a failure.
+// Restores the dialogue with the co-processor after a failure.
 #include "stmctl/module/recovery.hpp"
 
 #include "stmctl/module/diagnosis.hpp"
@@ -56,8 +56,8 @@ bool Recovery::await_application(const std::vector<Report> &failures)
         const Diagnosis diagnosis = diagnose(device_);
         latest = diagnosis.failures;
         if (diagnosis.condition == Condition::boot_loader) {
-            tell_("the boot loader runs; going on when the application does, stmctl reset starts "
-                  "it");
+            tell_("the boot loader is running; waiting for the application, which stmctl reset "
+                  "starts");
             if (!pause_(BETWEEN_QUERIES)) {
                 return false;
             }
@@ -67,8 +67,8 @@ bool Recovery::await_application(const std::vector<Report> &failures)
     }
 }
 
-// Whatever is sent in the middle of another program's dialogue breaks that: a download, for
-// instance, gets no acknowledge any more.
+// Anything sent in the middle of another program's dialogue breaks it: a download, for instance,
+// gets no further acknowledgement.
 bool Recovery::await_sole_use()
 {
     using std::chrono::steady_clock;
@@ -89,7 +89,8 @@ bool Recovery::await_sole_use()
         if (now >= reminder) {
             reminder += BETWEEN_REMINDERS;
             const auto minutes = std::chrono::duration_cast<std::chrono::minutes>(now - begin);
-            tell_(fmt::format("still waiting for {}, for {} min", users.words(), minutes.count()));
+            tell_(
+                fmt::format("still waiting for {}, after {} min", users.words(), minutes.count()));
         }
         if (!pause_(BETWEEN_LOOKS)) {
             return false;
@@ -107,8 +108,7 @@ void Recovery::tell_of_failures(const std::vector<Report> &failures)
 void Recovery::tell_of_hidden(const DeviceUsers &users)
 {
     if (users.some_hidden && !std::exchange(told_of_hidden_, true)) {
-        tell_("processes of other users may not be looked at: whether they have the device open "
-              "is unknown");
+        tell_("processes of other users cannot be inspected: they may have the device open");
     }
 }
 

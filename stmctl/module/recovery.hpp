@@ -1,4 +1,4 @@
-// Brings the dialogue with the co-processor back after a failure.
+// Restores the dialogue with the co-processor after a failure.
 #pragma once
 
 #include "stmctl/module/device.hpp"
@@ -14,15 +14,16 @@ class Recovery
   public:
     using Tell = std::function<void(const std::string &sentence)>;
 
-    // pause is how it waits, and ends what waits.
+    // pause does all the waiting, and can end it.
     Recovery(Device &device, Pause pause, Tell tell);
 
-    // Waits until the device is there and nobody else has it open, and synchronises the link. That
-    // this fails is told, and shows in what is done next. False if the wait was given up.
+    // Waits until the device is there and no other process has it open, then synchronises the link.
+    // A failure to do so is reported and shows in what is done next. False if the wait was given
+    // up.
     bool await_link(const std::vector<Report> &failures);
 
-    // The same, and until the application runs, as far as the co-processor tells. The mode is never
-    // switched: whoever started the boot loader may have had a reason.
+    // The same, and also waits until the co-processor says that the application is running. The
+    // mode is never switched: there may have been a reason to start the boot loader.
     bool await_application(const std::vector<Report> &failures);
 
   private:

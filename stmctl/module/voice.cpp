@@ -1,4 +1,4 @@
-// Every text that the module is known to say, and what it means.
+// Every text that the module is known to print, and what it means.
 #include "stmctl/module/voice.hpp"
 
 #include <fmt/format.h>
@@ -37,7 +37,7 @@ constexpr Spoken SPOKEN[] = {
 // clang-format on
 
 struct Meaning {
-    std::string_view text; // as the module hands it to perror, without the newline that some end in
+    std::string_view text; // as passed to perror, without the newline that some end in
     std::string_view sentence;
 };
 
@@ -48,11 +48,11 @@ constexpr std::string_view BLOCK_NOT_SENT = "SPI send data";
 // clang-format off
 constexpr Meaning MEANINGS[] = {
     {"Error: stm_com_func: Can't open device",   "cannot open /dev/spidev1.0"},
-    {REFUSED_CLOCK,                              "the device refused the clock of 6 MHz"},
+    {REFUSED_CLOCK,                              "the device refused a clock of 6 MHz"},
     {NOT_SYNCHRONISED,                           "synchronising the link failed"},
     {"SPI command",                              "sending the command failed"},
     {"read data",                                "fetching the answer failed"},
-    {"SPI wait for ACK",                         "asking for the acknowledge failed"},
+    {"SPI wait for ACK",                         "asking for the acknowledgement failed"},
     {"SPI send header information",              "sending the header failed"},
     {BLOCK_NOT_SENT,                             "sending the data failed"},
     {"Error stm_com_funcs: SPI command",         "sending the command failed"},
@@ -68,11 +68,11 @@ constexpr Meaning MEANINGS[] = {
     {"SPI datatransfer (4)",                     "fetching the data failed (4)"},
     {"shmget (ringbuffer space)",                "cannot get the ring's shared memory"},
     {"shmat (ringbuffer space)",                 "cannot attach the ring's shared memory"},
-    {"shmctl (ringbuffer space)",                "cannot look at the ring's shared memory"},
+    {"shmctl (ringbuffer space)",                "cannot inspect the ring's shared memory"},
 };
 // clang-format on
 
-// The errno whose reason stands at the end of a line of perror's; 0 if the line is none.
+// The errno whose reason ends a line printed by perror; 0 if perror did not print it.
 int error_at_end(std::string_view line)
 {
     constexpr int LAST_ERRNO = 133;
@@ -131,8 +131,8 @@ bool Report::is_refused_clock() const
     return text == REFUSED_CLOCK;
 }
 
-// Synchronising sends as much as the driver ever must take: if that is refused, it is the driver
-// who refuses. Later on it is the link, which does not even begin an exchange of such a length.
+// Synchronising sends as much as the driver ever has to accept: if that is refused, the driver
+// refuses it. Later it is the link, which does not even start an exchange of such a length.
 bool Report::is_length_refused() const
 {
     return error == EMSGSIZE && text != NOT_SYNCHRONISED;
@@ -171,7 +171,7 @@ std::string bufsiz_words(std::optional<long> bufsiz)
 Reports read_reports(std::string_view captured)
 {
     Reports reports;
-    std::string before; // a line that may be the first half of a report: some texts end in one
+    std::string before; // may be the first half of a report: some texts end in a newline
     while (!captured.empty()) {
         const size_t end = std::min(captured.find('\n'), captured.size() - 1) + 1;
         const std::string line(captured.substr(0, end));

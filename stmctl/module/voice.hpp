@@ -1,5 +1,5 @@
-// Every text that the module is known to say, and what it means. Nothing else in stmctl compares a
-// text of the module's.
+// Every text that the module is known to print, and what it means. Nothing else in stmctl compares
+// the module's texts.
 #pragma once
 
 #include <optional>
@@ -10,19 +10,19 @@
 namespace stmctl
 {
 
-// What the output callback is told.
+// What a text of the output callback reports.
 enum class Event {
-    none, // it is data, or nothing that is known
+    none, // data, or an unknown text
     timed_out,
     rejected, // a record or frame with a wrong checksum
     ring_refused,
     slot_refused,
     bus_inactive,
-    checksum_error, // of a part of an image, as are those below
+    checksum_error, // of a part of an image, like those below
     address_error,
     image_begun,
-    block_sent,  // its number is told
-    image_ended, // the number of bytes is told
+    block_sent,  // with its number
+    image_ended, // with the number of bytes
 };
 
 struct Heard {
@@ -38,13 +38,13 @@ struct Report {
     std::string reason;
     int error = 0; // the errno with this reason
 
-    // The device is not there any more, for this descriptor at least.
+    // The device no longer exists, at least for this descriptor.
     bool is_device_gone() const;
 
-    // A clock that was refused is told, but the link runs at the device's own.
+    // A refused clock is reported, but the link runs at the device's own.
     bool is_refused_clock() const;
 
-    // The link was asked for more bytes than there can be: the co-processor has said so, or nobody
+    // The link was asked for more bytes than possible: the co-processor announced them, or nothing
     // drives the line.
     bool is_length_refused() const;
 
@@ -59,7 +59,7 @@ bool is_device_gone(const std::vector<Report> &reports);
 
 struct Reports {
     std::vector<Report> failures;
-    std::string rest; // lines that are no perror's, as they came
+    std::string rest; // lines that perror did not print, as they came
 };
 
 Reports read_reports(std::string_view captured);
@@ -67,11 +67,11 @@ Reports read_reports(std::string_view captured);
 // The length of the exchange that synchronises the link, the longest of all.
 inline constexpr int SYNCHRONISING_BYTES = 4096;
 
-// How many bytes the driver says that it takes at once. None where the kernel does not show it.
+// How many bytes the driver claims to accept at once. None if the kernel does not show it.
 std::optional<long> driver_bufsiz();
 
-// Why the driver takes no exchange of 4096 bytes, and what helps; bufsiz is none if nobody can
-// tell.
+// Why the driver refuses an exchange of 4096 bytes, and what helps; bufsiz is none if it is
+// unknown.
 std::string bufsiz_words(std::optional<long> bufsiz);
 
 } // namespace stmctl

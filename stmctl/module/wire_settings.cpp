@@ -1,4 +1,4 @@
-// The settings of the wire, as the driver has them.
+// The settings of the SPI link, as the driver has them.
 #include "stmctl/module/wire_settings.hpp"
 
 #include "stmctl/output/output.hpp"
@@ -33,7 +33,7 @@ std::optional<Number> ask(int descriptor, unsigned long request)
     return ioctl(descriptor, request, &number) == 0 ? std::optional(number) : std::nullopt;
 }
 
-// Kernels before 3.15 know the mode's eight lowest bits only.
+// Kernels before 3.15 only know the eight lowest bits of the mode.
 std::optional<uint32_t> mode_of(int descriptor)
 {
     const std::optional<uint32_t> mode = ask<uint32_t>(descriptor, SPI_IOC_RD_MODE32);
@@ -75,7 +75,7 @@ void tell_odd_mode(int descriptor)
     static bool told = false;
     const uint32_t mode = mode_of(descriptor).value_or(EXPECTED_MODE);
     if (mode != EXPECTED_MODE && !std::exchange(told, true)) {
-        say(fmt::format("SPI mode is {}, as another program left it; the co-processor expects {}, "
+        say(fmt::format("the SPI mode is {}, left by another program; the co-processor expects {}, "
                         "see stmctl --help access",
                         mode_words(mode), EXPECTED_MODE));
     }

@@ -27,7 +27,7 @@ void BufferedWriter::flush()
     held_ = 0;
 }
 
-// Some file systems tell only now that a file has not been written.
+// Some file systems only report now that a file has not been written.
 void BufferedWriter::close()
 {
     if (descriptor_ < 0) {
@@ -48,7 +48,7 @@ void BufferedWriter::send(std::string_view text)
             note_sent(text.substr(0, static_cast<size_t>(size)));
             text.remove_prefix(static_cast<size_t>(size));
         } else if (size == 0 || errno != EINTR || interrupted()) {
-            error_ = size < 0 ? errno : EIO; // an interrupt ends a write that nobody reads
+            error_ = size < 0 ? errno : EIO; // an interrupt ends a write that has no reader
             cut_half_line();
         }
     }
@@ -62,8 +62,8 @@ void BufferedWriter::note_sent(std::string_view text)
                      : static_cast<int64_t>(text.size() - newline - 1);
 }
 
-// Unless somebody else has written behind it. The position goes back, too: others that share it
-// would leave a hole.
+// Unless another process has written after it. The position goes back as well: a process that
+// shares it would otherwise leave a hole.
 void BufferedWriter::cut_half_line() const
 {
     struct stat status = {};

@@ -1,4 +1,4 @@
-// Writes text to a descriptor in large pieces, and leaves whole lines behind where it fails.
+// Writes text to a descriptor in large pieces, and leaves only whole lines if it fails.
 #pragma once
 
 #include <array>
@@ -16,8 +16,8 @@ class BufferedWriter
 
     int descriptor() const { return descriptor_; }
 
-    // After a failure, whose errno is kept, everything else is dropped; of a regular file the half
-    // line at the end is cut off.
+    // After a failure, whose errno is kept, everything else is dropped, and an incomplete last line
+    // is removed from a regular file.
     void write(std::string_view text)
     {
         if (text.size() > bytes_.size() - held_) {
@@ -28,7 +28,7 @@ class BufferedWriter
         held_ += text.size();
     }
     void flush();
-    void close(); // flushes; once is enough
+    void close(); // flushes; later calls do nothing
 
     int error() const { return error_; } // 0: all that was flushed has been written
 
@@ -43,7 +43,7 @@ class BufferedWriter
     int descriptor_;
     int error_ = 0;
     size_t held_ = 0;       // in the buffer
-    int64_t half_line_ = 0; // bytes sent behind the last newline
+    int64_t half_line_ = 0; // bytes sent after the last newline
     std::array<char, BUFFER_BYTES> bytes_ = {};
 };
 

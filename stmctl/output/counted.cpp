@@ -1,4 +1,4 @@
-// A number of things in words.
+// A number of things as text.
 #include "stmctl/output/counted.hpp"
 
 #include <fmt/format.h>

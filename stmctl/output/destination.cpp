@@ -24,7 +24,8 @@ namespace
 
 constexpr int NONE = -1;
 
-// Only a regular file is read as well: to open a pipe so would not wait for its reader.
+// Only a regular file is opened for reading as well: opening a pipe like that would not wait for
+// its reader.
 int open_to_continue(const char *name)
 {
     const int descriptor = open(name, O_WRONLY | O_APPEND | O_CLOEXEC);
@@ -36,7 +37,7 @@ int open_to_continue(const char *name)
     return open(name, O_RDWR | O_APPEND | O_CLOEXEC);
 }
 
-// made tells whether it was not there.
+// made is set if the file did not exist.
 int open_file(const std::string &name, OldContent old, bool &made)
 {
     const bool continued = old == OldContent::continued;
@@ -48,7 +49,7 @@ int open_file(const std::string &name, OldContent old, bool &made)
     }
     if (old == OldContent::protects_file) {
         throw Failure(ExitStatus::failed,
-                      fmt::format("'{}' is there already; --no-clobber keeps it", name));
+                      fmt::format("'{}' already exists; --no-clobber keeps it", name));
     }
     return continued ? open_to_continue(name.c_str()) : open(name.c_str(), O_WRONLY | O_CLOEXEC);
 }
@@ -73,7 +74,7 @@ Destination::Destination(std::string name, OldContent old, std::string beginning
     }
 }
 
-// What somebody else has put into a file that we made, and did not begin, is theirs.
+// A file that we created but did not start stays if another process has written to it.
 Destination::~Destination()
 {
     const bool nobody_needs_it = made_ && size_of_regular(file_.descriptor()) == 0;
@@ -83,7 +84,7 @@ Destination::~Destination()
     }
 }
 
-// A file that is shorter ends in half a line, and is begun anew.
+// A shorter file ends in an incomplete line, and is started from scratch.
 void Destination::check_beginning() const
 {
     if (old_ != OldContent::continued || size_of_regular(file_.descriptor()) == 0) {
@@ -91,15 +92,16 @@ void Destination::check_beginning() const
     }
     const std::string begins = first_bytes(file_.descriptor(), beginning_.size());
     if (!beginning_.starts_with(begins)) {
-        throw Failure(ExitStatus::failed,
-                      fmt::format("cannot append to '{}': its first line is another one; is it of "
-                                  "another --format, --variant, --separator or --timestamps?",
-                                  name_));
+        throw Failure(
+            ExitStatus::failed,
+            fmt::format("cannot append to '{}': its first line does not match; was it written with "
+                        "another --format, --variant, --separator or --timestamps?",
+                        name_));
     }
     const bool is_ours = !begins.empty() || end_of_last_line(file_.descriptor());
     if (!is_ours) {
         throw Failure(ExitStatus::failed,
-                      fmt::format("cannot append to '{}': there is no whole line in it", name_));
+                      fmt::format("cannot append to '{}': it holds no complete line", name_));
     }
 }
 
@@ -111,8 +113,7 @@ void Destination::cut_half_line()
         if (ftruncate(file_.descriptor(), whole) != 0) {
             fail(errno);
         }
-        say(fmt::format("'{}': the half line at its end, {} bytes, is cut off", name_,
-                        size - whole));
+        say(fmt::format("'{}': removed the incomplete last line ({} bytes)", name_, size - whole));
     }
     continues_ = whole > 0;
 }
@@ -124,7 +125,7 @@ void Destination::begin()
     }
     struct stat status = {};
     if (old_ == OldContent::continued) {
-        check_beginning(); // somebody may have written it while we waited for the device
+        check_beginning(); // another process may have written it while we waited for the device
         cut_half_line();
     } else if (fstat(file_.descriptor(), &status) == 0 && S_ISREG(status.st_mode) &&
                ftruncate(file_.descriptor(), 0) != 0) {
@@ -193,7 +194,7 @@ bool Destination::mixes_with(const Destination &other) const
     }
     if (fstat(descriptor(), &ours) != 0 || fstat(other.descriptor(), &theirs) != 0 ||
         S_ISCHR(ours.st_mode)) {
-        return false; // a device keeps nothing
+        return false; // a device stores nothing
     }
     return ours.st_dev == theirs.st_dev && ours.st_ino == theirs.st_ino;
 }

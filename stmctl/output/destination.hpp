@@ -14,14 +14,14 @@
 namespace stmctl
 {
 
-// What becomes of what a file holds.
+// What happens to the content of an existing file.
 enum class OldContent { replaced, continued, protects_file };
 
 class Destination
 {
   public:
-    // An empty name, or "-": standard output. Throws a Failure if the file cannot be written, or
-    // may not; what it holds stays until begin. One that is continued must begin with these words.
+    // An empty name or "-" is standard output. Throws a Failure if the file cannot or must not be
+    // written; its content stays until begin. A file to be continued must start with the beginning.
     explicit Destination(std::string name, OldContent old = OldContent::replaced,
                          std::string beginning = {});
     ~Destination();
@@ -29,21 +29,21 @@ class Destination
     Destination &operator=(const Destination &) = delete;
 
     void begin();
-    bool continues() const { return continues_; } // behind what an earlier run has written
+    bool continues() const { return continues_; } // after what an earlier run has written
 
-    // A failure is kept, and everything else dropped.
+    // After a failure, which is kept, everything else is dropped.
     void write(std::string_view text);
     void flush();
     bool failed() const;
 
-    void finish(); // all is written, or a Failure says that a file does not take it
+    void finish(); // writes everything, or throws a Failure
 
-    // What both write would stand in the same file or pipe.
+    // Whether both write to the same file or pipe.
     bool mixes_with(const Destination &other) const;
 
-    // It is a file, and no terminal: whoever looks on sees nothing of it.
+    // Whether it is a file rather than a terminal: the user sees nothing of it.
     bool is_out_of_sight() const;
-    std::optional<uint64_t> size() const; // of a regular file, as far as it is written
+    std::optional<uint64_t> size() const; // of a regular file, as written so far
 
   private:
     void check_beginning() const;
@@ -55,12 +55,12 @@ class Destination
     bool is_output_;
     OldContent old_;
     std::string beginning_;
-    bool made_ = false; // by us, and nothing in it yet
+    bool made_ = false; // by us, and still empty
     bool continues_ = false;
     BufferedWriter file_;
 };
 
-// Lets readers of the results see them soon; called often.
+// Lets readers see the results soon; called often.
 class RegularFlush
 {
   public:

@@ -9,7 +9,7 @@ namespace stmctl
 namespace
 {
 
-// The length of the character of UTF-8 that a text begins with; 0 if it begins with none.
+// The length of the UTF-8 character at the start of a text; 0 if there is none.
 size_t utf8_length(std::string_view text)
 {
     const auto first = static_cast<uint8_t>(text[0]);
@@ -26,7 +26,7 @@ size_t utf8_length(std::string_view text)
             return 0;
         }
     }
-    // Forms that are too long, halves of pairs, and numbers above the last one.
+    // Overlong forms, surrogates, and numbers beyond the last character.
     const auto second = static_cast<uint8_t>(length > 1 ? text[1] : 0);
     const bool bad = (first == 0xE0 && second < 0xA0) || (first == 0xED && second >= 0xA0) ||
                      (first == 0xF0 && second < 0x90) || (first == 0xF4 && second >= 0x90);

@@ -8,7 +8,8 @@
 namespace stmctl
 {
 
-// In quotation marks; what is no character of UTF-8 is shown as the character of its number.
+// In quotation marks; a byte that is not part of a UTF-8 character becomes the character with its
+// number.
 std::string json_string(std::string_view text);
 
 // Members in the order in which they are added. One without a value is null.

@@ -1,4 +1,4 @@
-// The fields of a live line, as many as a terminal has room for.
+// The fields of a live line, as many as fit on a terminal.
 #include "stmctl/output/live_fields.hpp"
 
 #include <fmt/format.h>
@@ -20,7 +20,7 @@ const std::string &brief_of(const LiveField &field)
     return field.brief.empty() ? field.words : field.brief;
 }
 
-// Which of the fields have room, a better rank before a worse one.
+// Which of the fields fit, the best ranks first.
 std::vector<bool> with_room(std::span<const LiveField> fields, size_t columns)
 {
     std::vector<size_t> order;

@@ -1,4 +1,4 @@
-// The fields of a live line, as many as a terminal has room for.
+// The fields of a live line, as many as fit on a terminal.
 #pragma once
 
 #include <cstdint>
@@ -9,13 +9,13 @@ namespace stmctl
 {
 
 struct LiveField {
-    int rank; // 1 is the last to be left out
+    int rank; // 1 is left out last
     std::string words;
-    std::string brief = {}; // the same in fewer columns; empty: the words
+    std::string brief = {}; // the same in fewer columns; if empty, the words
 };
 
-// The fields with two blanks between them: all of them in their words, if they fit; else those of
-// the lowest ranks that do, brief.
+// The fields with two blanks between them: all of them in full if they fit, otherwise as many as
+// fit in brief, the lowest ranks first.
 std::string fitted_line(std::span<const LiveField> fields, int columns);
 
 // "999 B", "1.5 KiB", "12.0 MiB"

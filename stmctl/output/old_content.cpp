@@ -1,4 +1,4 @@
-// What a regular file holds that somebody is to write on.
+// The content of a regular file that is to be continued.
 #include "stmctl/output/old_content.hpp"
 
 #include "stmctl/process/failure.hpp"

@@ -34,7 +34,8 @@ bool is_read_by_line()
     return on_terminal;
 }
 
-// Whoever began us without a standard descriptor gets an error for using it, not the device.
+// If stmctl is started without a standard descriptor, using it is an error and does not reach the
+// device.
 void occupy(int descriptor, int flags)
 {
     if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) {
@@ -59,7 +60,7 @@ Screen live_screen()
 void write_errors(std::string_view text)
 {
     if (!text.empty() && write(error_descriptor(), text.data(), text.size()) < 0) {
-        // There is nobody left to tell.
+        // There is nobody left to inform.
     }
 }
 
@@ -108,7 +109,7 @@ bool is_on_terminal(Screen screen)
     return is_terminal(descriptor_of(screen));
 }
 
-// The last column stays free: some terminals begin a new line behind it.
+// The last column stays free: some terminals start a new line after it.
 int width_of(Screen screen)
 {
     return std::max(terminal_width(descriptor_of(screen)) - 1, 1);
@@ -176,7 +177,7 @@ void pass_on(std::string_view text)
         return;
     }
     remove_live_line();
-    flush_output(); // on a terminal both are read in the order of their writing
+    flush_output(); // so that on a terminal both appear in the order of writing
     write_errors(text);
 }
 

@@ -1,4 +1,4 @@
-// Texts of the co-processor's, made safe to show.
+// Makes texts from the co-processor safe to show.
 #include "stmctl/output/printable.hpp"
 
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-// Texts of the co-processor's, made safe to show: what is no printing character becomes "\x1B".
+// Makes texts from the co-processor safe to show: characters that do not print become "\x1B".
 #pragma once
 
 #include <string>

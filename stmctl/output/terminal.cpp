@@ -1,4 +1,4 @@
-// What a terminal is like, and what is drawn on it.
+// The properties of a terminal, and what is drawn on it.
 #include "stmctl/output/terminal.hpp"
 
 #include <fmt/format.h>

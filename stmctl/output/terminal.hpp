@@ -1,4 +1,4 @@
-// What a terminal is like, and what is drawn on it.
+// The properties of a terminal, and what is drawn on it.
 #pragma once
 
 #include <string>
@@ -8,10 +8,10 @@ namespace stmctl
 
 bool is_terminal(int descriptor);
 
-// Columns of a terminal; 80 where that is none.
+// The columns of a terminal; 80 if it is not a terminal.
 int terminal_width(int descriptor = 1);
 
-// "[#####.....]  50 %" of so many columns in all.
+// "[#####.....]  50 %" with this total number of columns.
 std::string progress_bar(double share, int columns);
 
 // "0:07", "12:34", "1:02:03"

@@ -31,7 +31,7 @@ std::string folder_of(const std::string &path)
     return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
-// Behind links, for it is not they that are replaced.
+// Links are followed, because they must not be replaced.
 std::string real_path(const std::string &path)
 {
     char resolved[PATH_MAX];
@@ -44,7 +44,7 @@ bool is_replaced(const std::string &path)
     return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
 }
 
-// Returns an errno, 0 if all of it is in the file.
+// Returns an errno, or 0 if all of it is in the file.
 int write_and_close(int file, std::string_view text)
 {
     while (!text.empty()) {
@@ -59,7 +59,7 @@ int write_and_close(int file, std::string_view text)
     return close(file) == 0 ? 0 : errno;
 }
 
-// Returns an errno, 0 if all has gone well.
+// Returns an errno, or 0 on success.
 int replace(const std::string &path, std::string_view text)
 {
     const std::string fresh = fmt::format("{}.{}", path, getpid());
@@ -69,7 +69,7 @@ int replace(const std::string &path, std::string_view text)
     }
     struct stat old = {};
     if (stat(path.c_str(), &old) == 0 && fchmod(file, old.st_mode & 07777) != 0) {
-        // It is written all the same, with the rights of a new file.
+        // It is still written, with the permissions of a new file.
     }
     int error = write_and_close(file, text);
     if (error == 0 && rename(fresh.c_str(), path.c_str()) != 0) {

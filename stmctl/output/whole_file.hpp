@@ -7,11 +7,11 @@
 namespace stmctl
 {
 
-// Throws a Failure if the file could not be written, as far as that can be told beforehand.
+// Throws a Failure if it is already clear that the file cannot be written.
 void expect_writable(const std::string &path);
 
-// Puts the text in place of what the file held; a device or a pipe just gets it. Throws a Failure
-// if that fails.
+// Replaces the content of the file with the text; a device or a pipe is simply written to. Throws a
+// Failure if that fails.
 void write_whole(const std::string &path, std::string_view text);
 
 } // namespace stmctl

@@ -62,8 +62,8 @@ struct Pipe {
     throw Failure(ExitStatus::failed, fmt::format("cannot run gnuplot: {}", strerror(error)));
 }
 
-// With its own defaults: what a user has set up for other plots has no place in these. In a process
-// group of its own: at an interrupt from the keyboard it would take the rows for commands.
+// With its own defaults: a user's set-up for other plots must not affect these. In its own process
+// group: after an interrupt from the keyboard it would take the rows for commands.
 pid_t start(const Pipe &input, const Pipe &output)
 {
     posix_spawn_file_actions_t actions;
@@ -91,7 +91,7 @@ pid_t start(const Pipe &input, const Pipe &output)
     return pid;
 }
 
-// An error of this is one of gnuplot's, which tells it itself.
+// If this fails, gnuplot has failed, and reports it itself.
 void feed(int pipe, std::string_view script)
 {
     while (!script.empty()) {
@@ -119,14 +119,14 @@ std::string take(int pipe)
     }
 }
 
-constexpr int NOT_FOUND = 127; // as shells have it, and emulators
+constexpr int NOT_FOUND = 127; // as in shells and emulators
 
-// Returns the exit status, or -1 if there is none.
+// Returns the exit status, or -1 if a signal ended it.
 int wait_for_end(pid_t pid)
 {
     int status = 0;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-        // A stop that came late ends nothing here.
+        // A late stop does not end this wait.
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
@@ -140,7 +140,7 @@ std::string run_gnuplot(const std::string &script)
     const pid_t pid = start(input, output);
     Pipe::close_end(input.read_end);
     Pipe::close_end(output.write_end);
-    feed(input.write_end, script); // it draws only at the end of it
+    feed(input.write_end, script); // it only draws at the end of the script
     Pipe::close_end(input.write_end);
     std::string result = take(output.read_end);
     const int status = wait_for_end(pid);
@@ -150,11 +150,11 @@ std::string run_gnuplot(const std::string &script)
     if (status != 0 || result.empty()) {
         throw Failure(ExitStatus::failed, "gnuplot failed");
     }
-    // In front of a drawing in text it wants a new page, which a pipe has no use for.
+    // gnuplot starts a drawing in text with a form feed, which is useless in a pipe.
     return result.front() == '\f' ? result.substr(1) : result;
 }
 
-// Where the call that runs it looks for it.
+// Searches where the call that starts it does.
 std::string find_gnuplot()
 {
     const char *variable = getenv("PATH");
@@ -172,7 +172,7 @@ std::string find_gnuplot()
     }
 }
 
-// In single quotes only the quote itself has a meaning.
+// In single quotes only the quote itself is special.
 std::string gnuplot_string(const std::string &text)
 {
     std::string quoted = "'";

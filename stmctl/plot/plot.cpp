@@ -46,7 +46,7 @@ std::vector<std::string> split(const std::string &list)
     }
     if (std::ranges::count(names, "") > 0) {
         throw Failure(ExitStatus::usage,
-                      fmt::format("--columns: names with commas between them, not '{}'", list));
+                      fmt::format("--columns must be names separated by commas, not '{}'", list));
     }
     return names;
 }
@@ -61,7 +61,7 @@ std::string terminal_for_text()
                        std::max(rows - 1, LEAST_ROWS));
 }
 
-// The ending decides.
+// The suffix of the name decides.
 std::string terminal_for(const std::string &picture)
 {
     if (picture.empty()) {
@@ -76,10 +76,10 @@ std::string terminal_for(const std::string &picture)
         return "svg size 1200,600 background 'white'";
     }
     throw Failure(ExitStatus::usage,
-                  fmt::format("'{}': a picture's name ends in .png or .svg", picture));
+                  fmt::format("'{}': the name of a picture must end in .png or .svg", picture));
 }
 
-// An interrupt ends what is typed; the input from a pipe ends when its writer does.
+// An interrupt ends typed input; input from a pipe ends with its writer.
 std::string read_all(int descriptor, const std::string &source)
 {
     std::string text;
@@ -103,7 +103,7 @@ std::string read_all(int descriptor, const std::string &source)
 std::string read_source(const std::string &file)
 {
     if (file.empty() && is_terminal(STDIN_FILENO)) {
-        throw Failure(ExitStatus::usage, "plot: which file? see stmctl plot --help");
+        throw Failure(ExitStatus::usage, "plot: no file given; see stmctl plot --help");
     }
     if (file.empty() || file == "-") {
         return read_all(STDIN_FILENO, "standard input");
@@ -118,7 +118,7 @@ std::string read_source(const std::string &file)
     return text;
 }
 
-// The data are numbers of our own making, and all names are quoted: nothing that a file holds is
+// The data are numbers that we print ourselves, and all names are quoted: nothing in a file becomes
 // a word of the script.
 std::string script_for(const std::string &terminal, const PlotTable &table)
 {
@@ -137,7 +137,7 @@ std::string script_for(const std::string &terminal, const PlotTable &table)
     return script + "\n";
 }
 
-// gnuplot warns of values that are all the same.
+// gnuplot warns if all values are the same.
 std::string range_of(const char *axis, double least, double most)
 {
     return least < most ? "" : fmt::format("set {}range [{}:{}]\n", axis, least - 1, most + 1);
@@ -163,7 +163,7 @@ ExitStatus plot(const Options &options)
     const std::string source =
         options.file.empty() || options.file == "-" ? "standard input" : options.file;
     if (options.no_clobber && options.picture.empty()) {
-        throw Failure(ExitStatus::usage, "--no-clobber goes with -o PICTURE");
+        throw Failure(ExitStatus::usage, "--no-clobber requires -o PICTURE");
     }
     const std::string text = read_source(options.file);
     if (const auto only = only_column(text); only && options.columns == USUAL_COLUMNS) {
@@ -185,12 +185,11 @@ Action declare_plot(CLI::App &command)
 {
     auto options = std::make_shared<Options>();
     add_operand(command, "FILE", Presence::optional, options->file,
-                "a CSV that --format csv has written; - or none is standard input",
-                names_of_files());
-    add_option(command, "-o,--output", "PICTURE", options->picture, "a picture instead of text",
-               names_of_files());
-    add_flag(command, "--no-clobber", options->no_clobber, "leave a picture alone that is there");
-    add_option(command, "--columns", "NAMES", options->columns, "what is drawn");
+                "CSV from stmctl; standard input if - or missing", names_of_files());
+    add_option(command, "-o,--output", "PICTURE", options->picture,
+               "draw to a .png or .svg file instead of as text", names_of_files());
+    add_flag(command, "--no-clobber", options->no_clobber, "do not overwrite an existing picture");
+    add_option(command, "--columns", "NAMES", options->columns, "columns to draw");
     return [options] { return plot(*options); };
 }
 

@@ -44,7 +44,7 @@ size_t column(const Fields &header, const std::string &name, const std::string &
     if (const std::optional<size_t> at = find_column(header, name)) {
         return *at;
     }
-    fail(source, fmt::format("no column '{}'; there are {}", name, fmt::join(header, ",")));
+    fail(source, fmt::format("no column '{}'; the columns are {}", name, fmt::join(header, ",")));
 }
 
 double number(const Fields &values, size_t at, const std::string &source, size_t line)
@@ -53,7 +53,7 @@ double number(const Fields &values, size_t at, const std::string &source, size_t
     const std::string_view text = at < values.size() ? values[at] : std::string_view();
     const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || stop != text.data() + text.size() || !std::isfinite(value)) {
-        fail(source, fmt::format("line {}: '{}' is no number", line, text));
+        fail(source, fmt::format("line {}: '{}' is not a number", line, text));
     }
     return value;
 }
@@ -76,11 +76,11 @@ PlotTable read_plot_table(std::string_view text, const std::vector<std::string> 
                           const std::string &source)
 {
     if (text.empty()) {
-        fail(source, "there is nothing in it");
+        fail(source, "it is empty");
     }
     const std::string_view first = take_line(text);
     if (!first.starts_with('"')) {
-        fail(source, "no CSV with a header, as --format csv writes it");
+        fail(source, "not a CSV with a header as --format csv writes it");
     }
     const char separator = separator_of(first);
     const Fields header = csv_fields(first, separator);
@@ -101,7 +101,7 @@ PlotTable read_plot_table(std::string_view text, const std::vector<std::string> 
         table.rows.push_back(std::move(row));
     }
     if (table.rows.empty()) {
-        fail(source, "there is no record in it");
+        fail(source, "it holds no records");
     }
     return table;
 }

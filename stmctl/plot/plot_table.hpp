@@ -18,8 +18,8 @@ struct PlotTable {
 // The one column of a CSV besides the time and the number of a frame, if there is just one.
 std::optional<std::string> only_column(std::string_view text);
 
-// Throws a Failure for a column that is not there, a value that is no number, and where nothing is
-// to be drawn. source is for its sentence.
+// Throws a Failure, whose sentence names the source, if a column is missing, a value is not a
+// number, or there is nothing to draw.
 PlotTable read_plot_table(std::string_view text, const std::vector<std::string> &columns,
                           const std::string &source);
 

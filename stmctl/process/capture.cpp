@@ -1,4 +1,4 @@
-// Catches what goes to standard error, in a file that has no name.
+// Captures standard error in a file without a name.
 #include "stmctl/process/capture.hpp"
 
 #include "stmctl/process/failure.hpp"
@@ -20,8 +20,8 @@ namespace stmctl
 namespace
 {
 
-// The module ends the process when it cannot open or attach: its reason must not be lost, and an
-// object is not destroyed then.
+// The module ends the process when it cannot open or attach. Its reason must not be lost, but
+// objects are not destroyed in that case.
 std::atomic<Capture *> current = nullptr; // for signal handlers, too
 
 void pass_on_at_exit()
@@ -39,11 +39,11 @@ Capture::Capture()
 {
     static const int registered = std::atexit(pass_on_at_exit);
     (void)registered;
-    // Appending, so that what is written after a take stands at the start again.
+    // In append mode, so that writing starts at the beginning again after a take.
     if (caught_ < 0 || real_errors_ < 0 || fcntl(caught_, F_SETFL, O_APPEND) != 0 ||
         dup2(caught_, STDERR_FILENO) < 0) {
         throw Failure(ExitStatus::failed,
-                      fmt::format("cannot catch standard error: {}", strerror(errno)));
+                      fmt::format("cannot capture standard error: {}", strerror(errno)));
     }
     current = this;
 }
@@ -56,7 +56,7 @@ Capture::~Capture()
     close(caught_);
     close(real_errors_);
     if (!text.empty() && write(STDERR_FILENO, text.data(), text.size()) < 0) {
-        // There is nobody left to tell.
+        // There is nobody left to inform.
     }
 }
 
@@ -69,7 +69,7 @@ std::string Capture::take()
         text.append(piece, static_cast<size_t>(size));
     }
     if (ftruncate(caught_, 0) != 0) {
-        // Told twice is better than not at all.
+        // Reporting it twice is better than not at all.
     }
     return text;
 }

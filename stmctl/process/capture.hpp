@@ -1,7 +1,7 @@
-// Catches what goes to standard error.
+// Captures standard error.
 //
-// The module tells failing exchanges to perror only, and many of its operations return nothing:
-// what stands on standard error afterwards is the one sign that something went wrong.
+// The module reports failed exchanges only through perror, and many of its operations return
+// nothing: its output on standard error is the only sign that something went wrong.
 #pragma once
 
 #include <string>
@@ -9,16 +9,16 @@
 namespace stmctl
 {
 
-// There is one at a time.
+// There is at most one at a time.
 class Capture
 {
   public:
     Capture();
-    ~Capture(); // what was not taken by then goes on to standard error
+    ~Capture(); // passes what was not taken on to standard error
     Capture(const Capture &) = delete;
     Capture &operator=(const Capture &) = delete;
 
-    // Takes what was caught since the last call.
+    // Takes what was captured since the last call.
     std::string take();
 
     int real_errors() const { return real_errors_; }

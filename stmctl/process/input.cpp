@@ -1,4 +1,4 @@
-// What a file, a pipe or standard input holds, read whole.
+// Reads all of a file, a pipe or standard input.
 #include "stmctl/process/input.hpp"
 
 #include "stmctl/process/failure.hpp"
@@ -27,7 +27,7 @@ namespace
 class Descriptor
 {
   public:
-    // A pipe that nobody writes would keep an open without O_NONBLOCK waiting.
+    // Without O_NONBLOCK, opening a pipe that has no writer would block.
     explicit Descriptor(const std::string &path)
         : number_(path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3)
                               : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
@@ -60,7 +60,7 @@ std::string read_whole(const std::string &path, size_t most)
     while (content.size() <= most) {
         if (!wait_for_input(input.number())) {
             throw Failure(ExitStatus::stopped,
-                          fmt::format("{}: stopped before it was read", input_name(path)));
+                          fmt::format("{}: stopped while it was being read", input_name(path)));
         }
         char piece[4096];
         const size_t room = most - content.size();

@@ -1,4 +1,4 @@
-// The user's wish to end what runs.
+// The user's wish to stop a run.
 #include "stmctl/process/stop.hpp"
 
 #include "link/stm_com_funcs.h"
@@ -29,13 +29,13 @@ volatile sig_atomic_t interrupts_seen = 0; // those from the keyboard
 bool stop_typed = false;
 bool input_ended = false;
 bool all_input = false;                                         // is ours
-std::string typed;                                              // the line that is not complete yet
-std::optional<std::chrono::steady_clock::time_point> next_look; // at standard input; else at once
-void (*before_end)() = nullptr; // of the process, at the second interrupt
+std::string typed;                                              // the line that is still incomplete
+std::optional<std::chrono::steady_clock::time_point> next_look; // none: at once
+void (*before_end)() = nullptr; // of the process, on the second interrupt
 
-// Others than those from the keyboard come twice without anybody wishing so, when a terminal is
-// closed for instance. They end what blocks; but one that comes just before a write would not, and
-// the write would block for good. So the alarm repeats it.
+// Signals other than those from the keyboard may come twice unintentionally, for instance when a
+// terminal is closed. They interrupt blocking calls, but one that comes just before a write would
+// not, and the write would block forever. So the alarm repeats it.
 void on_signal(int signal_number)
 {
     signals_seen = 1;
@@ -50,7 +50,7 @@ void on_signal(int signal_number)
     }
 }
 
-// Who began us with a signal ignored, as shells do for jobs in the background, keeps it so.
+// A signal that was ignored when we started, as in background jobs of shells, stays ignored.
 void handle(int signal_number)
 {
     struct sigaction action = {};
@@ -60,14 +60,15 @@ void handle(int signal_number)
     }
     action = {};
     action.sa_handler = on_signal;
-    // At the keyboard's, output is written whole, however long its reader takes; waits end all the
-    // same. Others end what blocks.
+    // After an interrupt from the keyboard, output is still written in full, however long its
+    // reader takes, while waits do end. Other signals end all blocking calls.
     action.sa_flags = signal_number == SIGINT ? SA_RESTART : 0;
     sigemptyset(&action.sa_mask);
     sigaction(signal_number, &action, nullptr);
 }
 
-// The first bytes that wait in a file, a socket or a pipe, and stay there. Returns how many.
+// Copies the first bytes available in a file, a socket or a pipe, without consuming them. Returns
+// their number.
 ssize_t peek_input(char *bytes, size_t size)
 {
     const ssize_t in_file = pread(STDIN_FILENO, bytes, size, lseek(STDIN_FILENO, 0, SEEK_CUR));
@@ -100,7 +101,7 @@ void take_lines()
         stop_typed = stop_typed || typed.compare(0, end + 1, STM_STOP_LINE) == 0;
         typed.erase(0, end + 1);
     }
-    constexpr size_t LONGEST_KEPT = 64; // a longer line is no stop line
+    constexpr size_t LONGEST_KEPT = 64; // a longer line is not a stop line
     typed.resize(std::min(typed.size(), LONGEST_KEPT));
 }
 
@@ -120,7 +121,7 @@ void read_input()
     }
 }
 
-// A look takes two to four system calls, and a poll of the module's often less time than one.
+// A look takes two to four system calls; a poll by the module often takes less time than one.
 bool is_time_to_look()
 {
     constexpr std::chrono::milliseconds INTERVAL(10);
@@ -137,7 +138,7 @@ void look_at_input()
     if (isatty(STDIN_FILENO) == 0) {
         all_input ? read_input() : take_first_line_if_stop();
     } else if (tcgetpgrp(STDIN_FILENO) == getpgrp()) {
-        read_input(); // a job in the background would be stopped by it
+        read_input(); // it would suspend a background job
     }
 }
 
@@ -185,7 +186,7 @@ bool wait_unless_stopped(std::chrono::milliseconds time)
 
 bool wait_for_input(int descriptor)
 {
-    // An interrupt between a look at it and the wait would be missed: it is let in by the wait.
+    // An interrupt between the check and the wait would be missed: so only the wait lets it in.
     sigset_t ours;
     sigset_t before;
     sigemptyset(&ours);

@@ -1,9 +1,9 @@
-// The user's wish to end what runs: the line "s" on standard input, or Ctrl-C; a second Ctrl-C
-// ends the process at once.
+// The user's wish to stop a run: the line "s" on standard input, or Ctrl-C; a second Ctrl-C ends
+// the process at once.
 //
-// Input that comes from no terminal often belongs to others, to the loop of a script that reads a
-// list for instance. Only runs that go on until they are stopped take all of it; others take the
-// line "s" if it comes first, and leave everything else where it is.
+// Input that does not come from a terminal often belongs to others, for instance to a loop in a
+// script that reads a list. Only runs that continue until they are stopped take all of it; others
+// take the line "s" if it comes first, and leave everything else in place.
 #pragma once
 
 #include <chrono>
@@ -13,20 +13,20 @@ namespace stmctl
 
 // before_abrupt_end is called by a signal handler.
 void watch_for_stop(void (*before_abrupt_end)());
-void take_all_input(); // not only from a terminal
+void take_all_input(); // even if it is not from a terminal
 
-// Looks whether the wish has been uttered; it holds from then on. Standard input is looked at no
-// more often than each ten milliseconds.
+// Whether the user wants to stop; once true, it stays true. Standard input is checked at most every
+// ten milliseconds.
 bool stop_requested();
 
-// The same by a signal alone: what is typed stays for whoever asked for it.
+// The same for signals only: typed input is left for those who asked for it.
 bool interrupted();
 
-// Waits in a way that the wish ends. Returns false if it did.
+// Waits until the time is over or the user wants to stop. Returns false in the latter case.
 bool wait_unless_stopped(std::chrono::milliseconds time);
 
-// Waits until a file, unless told otherwise standard input, can be read, without reading it.
-// Returns false if an interrupt came.
+// Waits until the descriptor, by default standard input, can be read, without reading it. Returns
+// false if an interrupt came.
 bool wait_for_input(int descriptor = 0);
 
 } // namespace stmctl

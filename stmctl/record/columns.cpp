@@ -23,31 +23,30 @@ struct Row {
     std::string_view label;
     Sign sign = Sign::with;
     Line line = Line::plain;
-    std::string_view name_live = {}; // of the module's, where it is another one
+    std::string_view name_live = {}; // the module's, if different
 };
 
-// The orders of the kinds agree. The module labels the temperature as another number, and names it
-// so in its live CSV.
-// clang-format off
+// The order is the same for all kinds. The module gives the temperature the label of another
+// number, and that number's name in its live CSV. clang-format off
 constexpr Row ROWS[] = {
-    {ALL,      "nr",          "stm_uint8_t  nr   : "},
-    {OMEGA,    "omega_t",     "stm_uint16_t  omega_t : "},
-    {TEMP,     "temp",        "stm_uint16_t omega_t : ",       Sign::with, Line::plain, "omega_t"},
-    {ALL,      "rel_t",       "stm_int32_t  rel_t: ",          Sign::without, Line::ends_group},
-    {ALL,      "U1e",         "stm_int32_t  U1e  : "},
-    {ALL,      "U2e",         "stm_int32_t  U2e  : "},
-    {ALL,      "U3e",         "stm_int32_t  U3e  : "},
-    {ALL,      "Uen",         "stm_int32_t  Uen  : ",          Sign::with, Line::ends_group},
-    {ALL,      "I1",          "stm_int32_t  I1   : "},
-    {ALL,      "I2",          "stm_int32_t  I2   : "},
-    {ALL,      "I3",          "stm_int32_t  I3   : "},
-    {ALL,      "negIe",       "stm_int32_t  -Ie  : ",          Sign::with, Line::ends_group},
-    {ALL,      "BE1",         "stm_int16_t  BE1  : "},
-    {ALL,      "BE2",         "stm_int16_t  BE2  : "},
-    {ALL,      "BE",          "stm_int8_t   BE   : "},
+    {ALL, "nr", "stm_uint8_t  nr   : "},
+    {OMEGA, "omega_t", "stm_uint16_t  omega_t : "},
+    {TEMP, "temp", "stm_uint16_t omega_t : ", Sign::with, Line::plain, "omega_t"},
+    {ALL, "rel_t", "stm_int32_t  rel_t: ", Sign::without, Line::ends_group},
+    {ALL, "U1e", "stm_int32_t  U1e  : "},
+    {ALL, "U2e", "stm_int32_t  U2e  : "},
+    {ALL, "U3e", "stm_int32_t  U3e  : "},
+    {ALL, "Uen", "stm_int32_t  Uen  : ", Sign::with, Line::ends_group},
+    {ALL, "I1", "stm_int32_t  I1   : "},
+    {ALL, "I2", "stm_int32_t  I2   : "},
+    {ALL, "I3", "stm_int32_t  I3   : "},
+    {ALL, "negIe", "stm_int32_t  -Ie  : ", Sign::with, Line::ends_group},
+    {ALL, "BE1", "stm_int16_t  BE1  : "},
+    {ALL, "BE2", "stm_int16_t  BE2  : "},
+    {ALL, "BE", "stm_int8_t   BE   : "},
     {EXTENDED, "BE32_01_ext", "stm_uint32_t   BE32_01_ext   : ", Sign::without},
-    {ALL,      "buffered",    "stm_uint8    buffered  : "},
-    {ALL,      "checksum",    "stm_int8_t   checksum  : ",     Sign::with, Line::ends_group},
+    {ALL, "buffered", "stm_uint8    buffered  : "},
+    {ALL, "checksum", "stm_int8_t   checksum  : ", Sign::with, Line::ends_group},
 };
 // clang-format on
 

@@ -1,5 +1,5 @@
-// The columns of records: what the module calls them, what stmctl calls them, and which a kind of
-// record has.
+// The columns of records: their names in the module and in stmctl, and which kind of record has
+// them.
 #pragma once
 
 #include <array>
@@ -10,26 +10,26 @@
 namespace stmctl
 {
 
-// The bits by which the table of columns names the kinds that have one. A slot of the ring holds a
-// record with a temperature.
+// Bits, so that the table of columns can name several kinds. A slot of the ring holds a record with
+// a temperature.
 enum class RecordKind : uint8_t { base = 1, omega = 2, temp = 4 };
 
-// How CSV shows a number of 32 bits. The module's text shows them all with a sign.
+// How CSV shows a 32-bit number. The module's text shows all of them with a sign.
 enum class Sign : uint8_t { with, without };
 
 enum class Line : uint8_t { plain, ends_group }; // in text, a blank line follows a group
 
-// How an object in JSON names a member: ,"rel_t":
+// The name of a member in a JSON object: ,"rel_t":
 struct MemberName {
-    std::array<char, 16> bytes; // all of it may be copied
+    std::array<char, 16> bytes; // all of them may be copied
     uint8_t size;
 };
 
 struct Column {
     std::string_view name;      // stmctl's
     std::string_view label;     // the module's, in its text, up to the number
-    std::string_view name_read; // the module's, in the header of so many records in CSV
-    std::string_view name_live; // the module's, in the header of its live CSV
+    std::string_view name_read; // the module's, in the CSV header of a limited read-out
+    std::string_view name_live; // the module's, in the CSV header of the live stream
     Sign sign;
     Line line;
     MemberName member;
@@ -37,7 +37,7 @@ struct Column {
 
 constexpr size_t MOST_COLUMNS = 17;
 
-// Those of one kind of record, in the order in which they are shown.
+// The columns of one kind of record, in the order in which they are shown.
 class Columns
 {
   public:
@@ -48,7 +48,7 @@ class Columns
     constexpr const Column *begin() const { return columns_.data(); }
     constexpr const Column *end() const { return columns_.data() + size_; }
 
-    // Where those stand that stmctl looks at itself.
+    // The positions of those that stmctl itself uses.
     constexpr size_t nr() const { return 0; }
     constexpr size_t rel_t() const { return rel_t_; }
     constexpr size_t buffered() const { return size_ - 2; }

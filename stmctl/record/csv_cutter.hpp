@@ -13,7 +13,7 @@ class CsvCutter
   public:
     explicit CsvCutter(std::string_view line) : line_(line)
     {
-        // The lengths of numbers vary too much for a branch at each semicolon.
+        // The lengths of numbers vary too much to predict a branch at each semicolon.
         const size_t size = line.size() <= LONGEST_LINE ? line.size() : 0;
         size_t count = 0;
         for (size_t i = 0; i < size; ++i) {
@@ -23,13 +23,13 @@ class CsvCutter
         count_ = count;
     }
 
-    // Whether it consists of so many fields, each with a semicolon behind it, and the line's end.
+    // Whether it consists of this many fields, each followed by a semicolon, and the line end.
     bool has(size_t fields) const
     {
         return count_ == fields && line_.ends_with(";\n") && line_.size() == ends_[fields - 1] + 2U;
     }
 
-    // One of those that it has.
+    // One of its fields.
     std::string_view operator[](size_t field) const
     {
         const size_t begin = field == 0 ? 0 : ends_[field - 1] + 1U;
@@ -40,7 +40,7 @@ class CsvCutter
     static constexpr size_t LONGEST_LINE = 255;
 
     std::string_view line_;
-    std::array<uint8_t, LONGEST_LINE + 1> ends_; // of the fields, where their semicolons stand
+    std::array<uint8_t, LONGEST_LINE + 1> ends_; // of the fields: the positions of their semicolons
     size_t count_;
 };
 

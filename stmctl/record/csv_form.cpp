@@ -1,4 +1,4 @@
-// How a CSV is put together.
+// The form of a CSV.
 #include "stmctl/record/csv_form.hpp"
 
 #include "stmctl/process/failure.hpp"
@@ -37,7 +37,8 @@ CsvForm parse_csv_form(const std::string &words)
     if (words == "tab" || words == "\t") {
         return {'\t', false};
     }
-    throw Failure(ExitStatus::usage, fmt::format("--separator: ',', ';' or tab, not '{}'", words));
+    throw Failure(ExitStatus::usage,
+                  fmt::format("--separator must be ',', ';' or tab, not '{}'", words));
 }
 
 } // namespace stmctl

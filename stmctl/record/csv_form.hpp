@@ -1,4 +1,4 @@
-// How a CSV is put together, for programs that want it otherwise than the module shows it.
+// The form of a CSV, for programs that need another one than the module's.
 #pragma once
 
 #include <string>
@@ -9,15 +9,15 @@ namespace stmctl
 
 struct CsvForm {
     char separator = ';';
-    bool closing = true; // one more behind the last field
+    bool closing = true; // one more after the last field
 
     bool is_modules() const { return separator == ';' && closing; }
 };
 
-// The lines of a CSV in the module's form, in another one.
+// Converts lines of a CSV from the module's form.
 std::string in_form(const CsvForm &form, std::string_view lines);
 
-// From the words of "--separator"; empty ones are those of nobody. Throws a Failure.
+// From the value of "--separator"; empty if it was not given. Throws a Failure.
 CsvForm parse_csv_form(const std::string &words);
 
 } // namespace stmctl

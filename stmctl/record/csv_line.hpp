@@ -1,4 +1,4 @@
-// The module's CSV: names in quotes, numbers, each with a semicolon behind it.
+// The module's CSV: names in quotes and numbers, each followed by a semicolon.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ namespace stmctl
 // Cuts a line into its fields, without quotes. A last field may lack its separator.
 std::vector<std::string_view> csv_fields(std::string_view line, char separator = ';');
 
-// What stands between the fields below such a header: what stands behind its first one.
+// The separator of the fields below such a header: the character after its first field.
 char separator_of(std::string_view header);
 
 // "time";"nr";...

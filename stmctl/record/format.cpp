@@ -17,10 +17,10 @@ void check_file(const FormatOptions &options)
 {
     const bool is_file = !options.file.empty() && options.file != "-";
     if (options.append && options.no_clobber) {
-        throw Failure(ExitStatus::usage, "--append and --no-clobber exclude each other");
+        throw Failure(ExitStatus::usage, "--append and --no-clobber cannot be combined");
     }
     if (!is_file && (options.append || options.no_clobber)) {
-        throw Failure(ExitStatus::usage, fmt::format("{} goes with -o FILE",
+        throw Failure(ExitStatus::usage, fmt::format("{} requires -o FILE",
                                                      options.append ? "--append" : "--no-clobber"));
     }
 }
@@ -34,10 +34,10 @@ Format FormatOptions::checked() const
                           : format == "jsonl" ? Format::jsonl
                                               : Format::text;
     if (timestamps && chosen != Format::csv && chosen != Format::jsonl) {
-        throw Failure(ExitStatus::usage, "--timestamps goes with --format csv or jsonl");
+        throw Failure(ExitStatus::usage, "--timestamps requires --format csv or jsonl");
     }
     if (!separator.empty() && chosen != Format::csv) {
-        throw Failure(ExitStatus::usage, "--separator goes with --format csv");
+        throw Failure(ExitStatus::usage, "--separator requires --format csv");
     }
     csv_form();
     check_file(*this);
@@ -54,15 +54,15 @@ OldContent FormatOptions::old_content() const
 void add_format_options(CLI::App &command, FormatOptions &options,
                         const std::vector<std::string> &formats)
 {
-    add_option(command, "--format", "FORMAT", options.format, "how it is shown", one_of(formats));
-    add_option(command, "-o,--output", "FILE", options.file, "write it to a file",
+    add_option(command, "--format", "FORMAT", options.format, "output format", one_of(formats));
+    add_option(command, "-o,--output", "FILE", options.file, "write to this file",
                names_of_files());
-    add_flag(command, "--append", options.append, "go on behind what the file holds");
-    add_flag(command, "--no-clobber", options.no_clobber, "leave a file alone that is there");
+    add_flag(command, "--append", options.append, "append to what the file holds");
+    add_flag(command, "--no-clobber", options.no_clobber, "do not overwrite an existing file");
     add_flag(command, "--timestamps", options.timestamps,
              "put the host's time first, in seconds since 1970");
     add_option(command, "--separator", "CHARACTER", options.separator,
-               "what stands between fields of csv: , ; or tab", some_of({"tab"}));
+               "field separator of csv: , ; or tab", some_of({"tab"}));
 }
 
 int mode_for(Format format)

@@ -1,4 +1,4 @@
-// The host's time, as it goes with a record.
+// The host's time, as shown with a record.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 namespace stmctl
 {
 
-// Seconds since 1970 with six digits behind the point.
+// Seconds since 1970 with six decimals.
 std::string host_time();
 
 } // namespace stmctl

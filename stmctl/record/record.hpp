@@ -9,11 +9,11 @@
 namespace stmctl
 {
 
-// What a record tells about the stream it came in.
+// What a record says about the stream that it came in.
 struct RecordFacts {
     bool known = false; // hex does not show them
     uint32_t rel_t = 0;
-    uint32_t buffered = 0; // records that the co-processor still held
+    uint32_t buffered = 0; // records still waiting in the co-processor
 };
 
 struct Record {

@@ -14,8 +14,7 @@ namespace
 
 constexpr char LINE_END[] = ";\n";
 
-// Takes a number, which must have so many bits, and the semicolon behind it from the front of a
-// line.
+// Takes a number, which must fit its type, and the semicolon after it from the front of a line.
 template <typename Number>
 bool take_number(std::string_view &line, int64_t &value)
 {
@@ -45,7 +44,7 @@ std::string header_of(const Columns &columns, std::string_view Column::*name)
     return header + '\n';
 }
 
-// Where the last field of a line begins that ends in a semicolon.
+// Where the last field begins in a line that ends in a semicolon.
 size_t last_field(std::string_view line)
 {
     line.remove_suffix(std::min<size_t>(line.size(), 1));
@@ -78,7 +77,7 @@ bool is_csv_header(const Columns &columns, std::string_view text)
     }
     if (text != header_of(columns, &Column::name_read) &&
         text != header_of(columns, &Column::name_live)) {
-        throw Failure(ExitStatus::failed, "the module's records have other columns than expected");
+        throw Failure(ExitStatus::failed, "the module's records have unexpected columns");
     }
     return true;
 }

@@ -1,4 +1,4 @@
-// Records in CSV: names in quotes, numbers, each with a semicolon behind it.
+// Records in CSV: names in quotes and numbers, each followed by a semicolon.
 #pragma once
 
 #include "stmctl/record/record.hpp"
@@ -11,12 +11,12 @@
 namespace stmctl
 {
 
-// Whether a text of the module's is a header rather than a line; throws a Failure if it has other
-// columns than these.
+// Whether a text of the module is a header rather than a record; throws a Failure if the columns of
+// the header differ from these.
 bool is_csv_header(const Columns &columns, std::string_view text);
 
-// From a line as the module shows it. Nothing comes of one that is cut, or damaged otherwise; the
-// facts are looked for at their places alone, for they are wanted of each record.
+// From a line as the module shows it; nothing if the line is truncated or damaged. The facts are
+// needed for each record, so only their own fields are read.
 std::optional<Record> record_of_csv(const Columns &columns, std::string_view line);
 std::optional<RecordFacts> facts_of_csv(const Columns &columns, std::string_view line);
 

@@ -1,4 +1,4 @@
-// Records as objects in JSON.
+// Records as JSON objects.
 #include "stmctl/record/record_json.hpp"
 
 #include "stmctl/record/csv_cutter.hpp"
@@ -16,14 +16,14 @@ constexpr size_t LONGEST_NUMBER = 20;  // "-9223372036854775808"
 constexpr size_t LONGEST_32_BITS = 11; // "-2147483648"
 constexpr size_t LONGEST_MEMBER = sizeof(MemberName::bytes) + LONGEST_NUMBER;
 
-// A copy of a known length is a single move, which is quicker than one of the right length.
+// A copy of constant length is a single move, which is quicker than one of the exact length.
 char *put_first_of_16(char *at, const char *bytes, size_t size)
 {
     memcpy(at, bytes, 16);
     return at + size;
 }
 
-// One that stands in front of something else as far as that end.
+// Copies a number that is part of a longer text, which ends at end.
 char *put_number(char *at, std::string_view number, const char *end)
 {
     if (end - number.data() >= 16) {
@@ -32,8 +32,8 @@ char *put_number(char *at, std::string_view number, const char *end)
     return std::copy(number.begin(), number.end(), at);
 }
 
-// {"time":1763785200.000000,"nr":1,...}; put_value puts the next column's at a place where a number
-// has room, and returns the place behind it.
+// {"time":1763785200.000000,"nr":1,...}; put_value puts the next column's value at a place with
+// room for a number, and returns the place after it.
 template <typename PutValue>
 void put_object(const Columns &columns, std::string_view time, TextBuffer &to, PutValue put_value)
 {
@@ -49,7 +49,7 @@ void put_object(const Columns &columns, std::string_view time, TextBuffer &to, P
         at = put_value(at);
     }
     if (time.empty()) {
-        *members = '{'; // in place of the comma in front of the first
+        *members = '{'; // instead of the comma before the first
     }
     to.end(at);
     to.put("}\n");

@@ -1,4 +1,4 @@
-// Records as objects in JSON, one in a line.
+// Records as JSON objects, one per line.
 #pragma once
 
 #include "stmctl/record/record.hpp"
@@ -9,12 +9,11 @@
 namespace stmctl
 {
 
-// The time goes first, as a number; there is none if it is empty.
+// The time comes first, as a number; if it is empty, it is left out.
 void put_json(const Record &record, std::string_view time, TextBuffer &to);
 
-// The same from a line of the module's CSV, whose digits are taken as they are. Returns false for
-// fewer numbers or more, and for one longer than 32 bits can give; what is in the buffer is of no
-// use then.
+// The same from a line of the module's CSV, whose digits are copied. Returns false if there are too
+// few or too many numbers, or one too long for 32 bits; the buffer is then useless.
 bool put_json(const Columns &columns, std::string_view csv_line, std::string_view time,
               TextBuffer &to);
 

@@ -1,4 +1,4 @@
-// What came of a stream of records, in numbers.
+// The counts of a stream of records.
 #include "stmctl/record/record_tally.hpp"
 
 #include <fmt/format.h>
@@ -11,7 +11,7 @@ namespace stmctl
 namespace
 {
 
-// The co-processor's buffer is about to run over; the module takes the same number.
+// Above it the co-processor's buffer is about to overflow; the module uses the same number.
 constexpr uint32_t MOST_BUFFERED = 190;
 
 std::string part(uint64_t number, const char *one, const char *several)
@@ -49,7 +49,7 @@ uint32_t RecordTally::take(const RecordFacts &facts)
     visible = visible && facts.known;
     uint32_t missing = 0;
     if (facts.known && last.known) {
-        const uint32_t step = facts.rel_t - last.rel_t; // rel_t goes round
+        const uint32_t step = facts.rel_t - last.rel_t; // rel_t wraps around
         const bool rises = static_cast<int32_t>(step) > 0;
         backward += rises ? 0 : 1;
         missing = rises ? step - 1 : 0;

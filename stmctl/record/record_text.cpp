@@ -15,14 +15,14 @@ std::string_view end_of(const Column &column)
     return column.line == Line::ends_group ? "\n\n" : "\n";
 }
 
-// Text shows numbers with a sign that have none.
+// Text shows even unsigned numbers with a sign.
 int64_t with_range_of(const Column &column, int32_t number)
 {
     return column.sign == Sign::with ? int64_t{number} : int64_t{static_cast<uint32_t>(number)};
 }
 
-// Takes a column's line, and the blank line behind it, from the front of a text. Blanks between the
-// label and the number are none of its concern.
+// Takes a column's line, and the blank line after it, from the front of a text. Any blanks between
+// the label and the number are accepted.
 bool take_line(std::string_view &text, const Column &column, int64_t &value)
 {
     if (!text.starts_with(column.label)) {
@@ -48,7 +48,7 @@ std::string_view without_first_line(std::string_view text)
     return text.substr(end == std::string_view::npos ? text.size() : end + 1);
 }
 
-// Without newlines at the end, where the last line begins.
+// Where the last line begins, ignoring newlines at the end.
 size_t last_line(std::string_view text)
 {
     text.remove_suffix(text.size() - (text.find_last_not_of('\n') + 1));

@@ -10,8 +10,8 @@
 namespace stmctl
 {
 
-// From a text as the module shows it. Nothing comes of one that is cut, or damaged otherwise; the
-// facts are looked for at their places alone, for they are wanted of each record.
+// From a text as the module shows it; nothing if the text is truncated or damaged. The facts are
+// needed for each record, so only their own lines are read.
 std::optional<Record> record_of_text(const Columns &columns, std::string_view text);
 std::optional<RecordFacts> facts_of_text(const Columns &columns, std::string_view text);
 

@@ -1,4 +1,4 @@
-// Writes records in the format that the user wants.
+// Writes records in the format that the user chose.
 #include "stmctl/record/record_writer.hpp"
 
 #include "stmctl/output/printable.hpp"
@@ -19,7 +19,7 @@ namespace
 [[noreturn]] void refuse(std::string_view text)
 {
     throw Failure(ExitStatus::failed,
-                  fmt::format("the module shows '{}', which is no record of this kind",
+                  fmt::format("the module printed '{}', which is not a record of this kind",
                               printable(std::string(text.substr(0, text.find('\n'))))));
 }
 
@@ -93,7 +93,7 @@ std::optional<RecordFacts> RecordWriter::take(std::string_view text)
         break;
     }
     if (is_csv_header(columns_, text)) {
-        begin(); // asked again, the module shows it again
+        begin(); // when asked again, the module shows it again
         return {};
     }
     return take_line(text);

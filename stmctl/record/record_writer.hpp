@@ -1,4 +1,4 @@
-// Writes records in the format that the user wants.
+// Writes records in the format that the user chose.
 #pragma once
 
 #include "stmctl/output/destination.hpp"
@@ -12,7 +12,7 @@
 namespace stmctl
 {
 
-// With what a file begins that holds such records; empty if that is not known.
+// How a file with such records begins; empty if unknown.
 std::string beginning_of_records(Format format, bool timestamps, const Columns &columns,
                                  const CsvForm &form = {});
 
@@ -28,8 +28,8 @@ class RecordWriter
 
     void take(const Record &record);
 
-    // Takes what the module shows in the mode for the format: a record, or the header of a CSV, for
-    // which there are no facts. Throws a Failure if it is neither.
+    // Takes what the module shows in the mode for the format: a record, or the header of a CSV,
+    // which has no facts. Throws a Failure if it is neither.
     std::optional<RecordFacts> take(std::string_view text);
 
   private:
@@ -48,7 +48,7 @@ class RecordWriter
     uint64_t records_of_block_ = 0;
 };
 
-// Of a labelled text of the module's. Throws a Failure if it is none.
+// Of a labelled text of the module. Throws a Failure if it is not one.
 RecordFacts checked_facts_of_text(const Columns &columns, std::string_view text);
 
 } // namespace stmctl

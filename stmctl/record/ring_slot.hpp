@@ -7,7 +7,7 @@
 namespace stmctl
 {
 
-// Whether its checksum is that of its fields, put back into the wire's order.
+// Whether its checksum matches its fields in the order of the protocol.
 bool is_whole(const RingRecord &slot);
 
 bool is_empty(const RingRecord &slot); // never written

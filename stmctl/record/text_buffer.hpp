@@ -1,4 +1,4 @@
-// Memory for the text of one record, which is put together without the heap.
+// Memory for the text of one record, which is built without the heap.
 #pragma once
 
 #include <array>
@@ -30,8 +30,8 @@ class TextBuffer
         end(std::to_chars(at, at + LONGEST, number).ptr);
     }
 
-    // For who writes in place: so many bytes can be written behind the text, which then goes on to
-    // the end that is told.
+    // For writing in place: this many bytes can be written after the text; end then sets its new
+    // end.
     char *room(size_t size)
     {
         if (size > bytes_.size() - size_) {

@@ -1,4 +1,4 @@
-// adc: frames of the converter's values.
+// adc: shows frames of converter values.
 #include "stmctl/record/csv_line.hpp"
 #include "stmctl/record/host_time.hpp"
 #include "stmctl/records/frames.hpp"
@@ -25,7 +25,7 @@ std::string header(const FrameLook &look)
     return csv_header(names);
 }
 
-// What stands in front of each value of a frame.
+// What precedes each value of a frame.
 std::string front(const FrameLook &look, uint64_t number)
 {
     std::string text;

@@ -1,4 +1,4 @@
-// follow: measurement records as they come.
+// follow: shows measurement records as they come.
 #include "stmctl/records/records.hpp"
 
 #include "stmctl/records/readout.hpp"
@@ -8,7 +8,7 @@ namespace stmctl
 
 Action declare_follow(CLI::App &command)
 {
-    const auto options = declare_readout(command, "end after so many");
+    const auto options = declare_readout(command, "stop after this many records");
     return [options] { return read_records("follow", *options, true); };
 }
 

@@ -1,4 +1,4 @@
-// What adc and raw have in common: frames, read one after another.
+// What adc and raw have in common: they read frames one after another.
 #include "stmctl/records/frames.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
@@ -31,7 +31,7 @@ FrameLook look_of(const FormatOptions &options, bool several)
     return {options.format == "csv", options.timestamps, several};
 }
 
-// With what a file begins that holds such frames; empty if that is not known.
+// How a file with such frames begins; empty if unknown.
 std::string beginning_of_frames(const FrameKind &kind, const FormatOptions &options, bool several)
 {
     switch (options.checked()) {
@@ -54,7 +54,7 @@ class Frames
     {
     }
 
-    // Whether one came whole tells the tally.
+    // The tally shows whether it came whole.
 
     Outcome read_one(RecordStream &stream, Run &run)
     {
@@ -68,14 +68,14 @@ class Frames
                 return 0;
             },
             [&](const char *piece, int more) {
-                // The header stands behind what the module said before, and may be cut.
+                // The header comes after earlier texts of the module, and may be truncated.
                 const bool is_header = header_to_come && more != 0;
                 header_to_come = header_to_come && !is_header;
                 text += is_header || take_report(piece) ? "" : piece;
             },
             [&run] { return run.ask(); });
         if (tally_.timeouts > before.timeouts) {
-            tally_.rejected = before.rejected; // what was not there cannot be wrong
+            tally_.rejected = before.rejected; // what did not come cannot be wrong
         }
         const bool came = !outcome.cut_off && outcome.failures.empty() &&
                           tally_.timeouts + tally_.rejected == before.timeouts + before.rejected &&
@@ -119,7 +119,7 @@ class Frames
     RecordTally &tally_;
 };
 
-// Frames until a good one is missing, or as many as are wanted have come.
+// Reads frames until one fails, or as many as wanted have come.
 Outcome read_frames(Frames &frames, RecordStream &stream, Run &run, const RecordTally &tally)
 {
     for (;;) {
@@ -131,7 +131,7 @@ Outcome read_frames(Frames &frames, RecordStream &stream, Run &run, const Record
     }
 }
 
-// The cause, unless the run has told it before.
+// The cause, unless the run has already reported it.
 std::string cause_of(const RecordTally &tally, const Device &device)
 {
     const bool told = tally.failures > 0 || tally.silences > 0;
@@ -193,7 +193,7 @@ ExitStatus read(const FrameKind &kind, const Options &options)
     }
     destination.finish();
     if (output_failed()) {
-        return status_of_failed_output(); // the end of every run tells why
+        return status_of_failed_output(); // finish_output reports why
     }
     return status;
 }
@@ -203,7 +203,7 @@ ExitStatus read(const FrameKind &kind, const Options &options)
 Action declare_frames(CLI::App &command, const FrameKind &kind)
 {
     auto options = std::make_shared<Options>();
-    add_run_limits(command, options->run, "how many frames; 1 if --duration is not given either");
+    add_run_limits(command, options->run, "number of frames; 1 if --duration is not given");
     add_format_options(command, options->format, {"text", "csv", "hex", "jsonl"});
     add_keep_going(command, options->run);
     add_device_options(command, options->device);

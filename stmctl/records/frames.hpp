@@ -1,4 +1,4 @@
-// What adc and raw have in common: frames, read one after another.
+// What adc and raw have in common: they read frames one after another.
 #pragma once
 
 #include "link/stm_com_funcs.h"
@@ -18,10 +18,10 @@ struct FrameLook {
     bool numbered; // there may be several of them
 };
 
-// What the text of a frame of this number becomes.
+// How the text of a frame with this number is shown.
 using Render = std::string (*)(const std::string &text, const FrameLook &look, uint64_t number);
 
-// With what a CSV of them begins.
+// How a CSV of frames begins.
 using Beginning = std::string (*)(const FrameLook &look);
 
 struct FrameKind {
@@ -29,7 +29,7 @@ struct FrameKind {
     void (*read)(int mode, StmPollFn poll, StmOutputFn output);
     Render render;
     Beginning beginning;
-    bool has_header; // in CSV, shown before anything has come; its beginning is it
+    bool has_header; // in CSV, shown before anything has come: the beginning
 };
 
 Action declare_frames(CLI::App &command, const FrameKind &kind);

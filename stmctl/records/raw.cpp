@@ -1,4 +1,4 @@
-// raw: bytes that only the firmware understands.
+// raw: shows bytes that only the firmware understands.
 #include "stmctl/record/csv_line.hpp"
 #include "stmctl/record/host_time.hpp"
 #include "stmctl/records/frames.hpp"

@@ -1,4 +1,4 @@
-// What records and follow have in common: a read-out of measurement records.
+// What records and follow have in common: they read out measurement records.
 #include "stmctl/records/readout.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
@@ -41,7 +41,7 @@ std::string summary_of(const char *name, const RecordTally &tally, std::optional
 {
     const bool early = ending == Ending::stopped && wanted;
     return fmt::format("{}: {}{}", name, tally.summary(wanted),
-                       early ? "; stopped before all had come" : "");
+                       early ? "; stopped before all had arrived" : "");
 }
 
 ExitStatus judge(const ReadoutOptions &options, const RecordTally &tally,
@@ -56,7 +56,7 @@ ExitStatus judge(const ReadoutOptions &options, const RecordTally &tally,
     return status_of(ending, options.run, tally);
 }
 
-// A single record, unless somebody says how many or how long.
+// A single record, unless the user says how many or how long.
 std::optional<uint32_t> default_count(const ReadoutOptions &options, bool live)
 {
     const bool bounded = live || !options.run.duration.empty();
@@ -66,7 +66,9 @@ std::optional<uint32_t> default_count(const ReadoutOptions &options, bool live)
 StreamOptions checked(const char *name, const ReadoutOptions &options, bool live)
 {
     if (options.run.fail_on_loss && options.format.checked() == Format::hex) {
-        throw Failure(ExitStatus::usage, "--fail-on-loss: --format hex does not show losses");
+        throw Failure(
+            ExitStatus::usage,
+            "--fail-on-loss cannot be combined with --format hex, which does not show losses");
     }
     const std::optional<uint32_t> wanted = options.run.wanted();
     return {name, wanted ? wanted : default_count(options, live), options.run.keep_going,
@@ -133,7 +135,7 @@ ExitStatus read_records(const char *name, const ReadoutOptions &options, bool li
 std::shared_ptr<ReadoutOptions> declare_readout(CLI::App &command, const char *counted)
 {
     auto options = std::make_shared<ReadoutOptions>();
-    add_option(command, "--variant", "VARIANT", options->variant, "kind of the records",
+    add_option(command, "--variant", "VARIANT", options->variant, "kind of record",
                one_of(variant_names()));
     add_run_limits(command, options->run, counted);
     add_format_options(command, options->format, {"text", "csv", "hex", "jsonl"});

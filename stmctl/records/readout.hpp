@@ -1,4 +1,4 @@
-// What records and follow have in common: a read-out of measurement records.
+// What records and follow have in common: they read out measurement records.
 #pragma once
 
 #include "stmctl/command_line/command.hpp"
@@ -19,10 +19,10 @@ struct ReadoutOptions {
     DeviceOptions device;
 };
 
-// As many as are wanted, or live: as they come.
+// As many as wanted or, if live, as they come.
 ExitStatus read_records(const char *name, const ReadoutOptions &options, bool live);
 
-// Declares the options; of "-n" the help says what is counted.
+// Declares the options; counted is the help of "-n".
 std::shared_ptr<ReadoutOptions> declare_readout(CLI::App &command, const char *counted);
 
 } // namespace stmctl

@@ -1,4 +1,4 @@
-// records: measurement records, as many as are wanted.
+// records: shows measurement records, as many as wanted.
 #include "stmctl/records/records.hpp"
 
 #include "stmctl/records/readout.hpp"
@@ -8,7 +8,8 @@ namespace stmctl
 
 Action declare_records(CLI::App &command)
 {
-    const auto options = declare_readout(command, "how many; 1 if --duration is not given either");
+    const auto options =
+        declare_readout(command, "number of records; 1 if --duration is not given");
     return [options] { return read_records("records", *options, false); };
 }
 

@@ -1,4 +1,4 @@
-// Shows how a stream of records goes.
+// Shows the state of a stream of records.
 #include "stmctl/records/stream_watch.hpp"
 
 #include "stmctl/output/live_fields.hpp"
@@ -40,21 +40,21 @@ void StreamWatch::show_events()
     }
     const uint32_t rel_t = tally_.last.rel_t;
     if (tally_.lost > seen_.lost) {
-        show_event(fmt::format("lost: {}, until rel_t {}",
+        show_event(fmt::format("lost: {} before rel_t {}",
                                counted(tally_.lost - seen_.lost, "record", "records"), rel_t));
     }
     if (tally_.backward > seen_.backward) {
         show_event(fmt::format("step back: rel_t is {}", rel_t));
     }
     if (tally_.rejected > seen_.rejected) {
-        show_event(fmt::format("rejected: wrong checksum behind rel_t {}", rel_t));
+        show_event(fmt::format("rejected: wrong checksum after rel_t {}", rel_t));
     }
     const bool overflow = tally_.overflowing > seen_.overflowing;
     if (overflow != overflow_) {
         overflow_ = overflow;
-        show_event(overflow ? fmt::format("overflow: up to {} records wait at rel_t {}",
+        show_event(overflow ? fmt::format("overflow: up to {} records waiting at rel_t {}",
                                           tally_.fullest, rel_t)
-                            : fmt::format("overflow over: rel_t is {}", rel_t));
+                            : fmt::format("overflow over at rel_t {}", rel_t));
     }
     seen_ = tally_;
 }

@@ -1,5 +1,5 @@
-// Shows how a stream of records goes: on a terminal in one line that refreshes itself, else in a
-// line each second and one for each event.
+// Shows the state of a stream of records: on a terminal in one line that refreshes itself,
+// otherwise in a line each second and one for each event.
 #pragma once
 
 #include "stmctl/record/record_tally.hpp"
@@ -28,8 +28,8 @@ class StreamWatch
     std::string line(Time now, int columns);
 
     RecordTally &tally_;
-    RecordTally seen_;      // at the last look for events
-    bool overflow_ = false; // goes on
+    RecordTally seen_;      // when events were last shown
+    bool overflow_ = false; // lasts
     bool on_terminal_;
     Pace pace_;
 };

@@ -11,7 +11,7 @@
 namespace stmctl
 {
 
-// A kind of record, and the module's operations for it.
+// A kind of record and the module's operations for it.
 struct Variant {
     const char *name;
     void (*read)(int count, int mode, StmPollFn poll, StmOutputFn output);
@@ -19,7 +19,7 @@ struct Variant {
     RecordKind kind;
 };
 
-const Variant &variant_named(std::string_view name); // one of the names
+const Variant &variant_named(std::string_view name); // the name must be one of them
 std::vector<std::string> variant_names();
 
 } // namespace stmctl

@@ -1,4 +1,4 @@
-// watch: how well the stream of records goes, as it goes.
+// watch: monitors the live stream of records.
 #include "stmctl/records/records.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
@@ -49,7 +49,7 @@ ExitStatus watch(const Options &options)
     const auto once = [&] {
         return perform(
             [&](StmPollFn poll, StmOutputFn output) {
-                variant.follow(READOUT_TEXT, poll, output); // with those that CSV leaves out
+                variant.follow(READOUT_TEXT, poll, output); // includes those that CSV omits
                 return 0;
             },
             stream.sink(), [&run] { return run.ask(); });
@@ -62,7 +62,7 @@ ExitStatus watch(const Options &options)
     }
     const ExitStatus status = status_of(ending, options.run, tally);
     sum_up("watch: " + tally.summary({}), status);
-    return output_failed() ? status_of_failed_output() : status; // the end of every run tells why
+    return output_failed() ? status_of_failed_output() : status; // finish_output reports why
 }
 
 } // namespace
@@ -70,7 +70,7 @@ ExitStatus watch(const Options &options)
 Action declare_watch(CLI::App &command)
 {
     auto options = std::make_shared<Options>();
-    add_option(command, "--variant", "VARIANT", options->variant, "kind of the records",
+    add_option(command, "--variant", "VARIANT", options->variant, "kind of record",
                one_of(variant_names()));
     add_duration(command, options->run);
     add_keep_going(command, options->run);

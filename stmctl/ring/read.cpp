@@ -1,4 +1,4 @@
-// ring read: the records that another process writes into the ring.
+// ring read: shows the records that another process writes to the ring.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/failure.hpp"
@@ -26,7 +26,7 @@ namespace
 struct Options {
     RunOptions run;
     FormatOptions format;
-    bool from_now = false; // as without it
+    bool from_now = false; // the default
     bool from_oldest = false;
 };
 
@@ -50,7 +50,7 @@ class ReaderSide
     int handle_;
 };
 
-// Says that nothing comes any more, and that it comes again.
+// Reports that no more records come, and when they come again.
 class WriterWatch
 {
   public:
@@ -61,7 +61,7 @@ class WriterWatch
         last_look_ = steady_clock::now();
         if (said_) {
             said_ = false;
-            say("ring read: records come again");
+            say("ring read: records are coming again");
         }
     }
 
@@ -74,15 +74,14 @@ class WriterWatch
         last_look_ = steady_clock::now();
         if (!said_) {
             said_ = true;
-            say(is_alone() ? "ring read: no writer is there; waiting for one"
+            say(is_alone() ? "ring read: there is no writer; waiting for one"
                            : "ring read: nothing new from the writer; waiting for it");
         } else {
             current_segment();
         }
     }
 
-    // Whether it is no wonder that nothing comes. Of other writers than stmctl it is not known how
-    // they ended.
+    // Whether it is normal that nothing comes. How writers other than stmctl ended is not known.
     bool has_ended_well() const
     {
         const WriterMark mark = view_.writer_mark();
@@ -91,17 +90,17 @@ class WriterWatch
 
     const char *cause() const
     {
-        return is_alone() ? "its writer was killed" : "its writer is there, but puts nothing";
+        return is_alone() ? "its writer was killed" : "its writer is running but writes nothing";
     }
 
-    // The same, where no writer may ever have been there.
+    // The same, if there may never have been a writer.
     const char *state() const
     {
         const WriterMark mark = view_.writer_mark();
         if (!is_alone() || mark == WriterMark::writing) {
             return cause();
         }
-        return mark == WriterMark::ended ? "its writer has ended" : "no writer is there";
+        return mark == WriterMark::ended ? "its writer has ended" : "there is no writer";
     }
 
   private:
@@ -138,7 +137,7 @@ class RingReadout
     {
         if (look.restarted) {
             ++restarts_;
-            say("ring read: the writer has begun anew");
+            say("ring read: the writer has restarted");
             first_of_writer_ = true;
         }
         const uint64_t lost = tally_.lost;
@@ -148,7 +147,7 @@ class RingReadout
         if (look.overrun) {
             ++overruns_;
             say(fmt::format("ring read: overrun: the writer was faster, {} lost",
-                            counted(tally_.lost - lost, "record is", "records are")));
+                            counted(tally_.lost - lost, "record", "records")));
         }
     }
 
@@ -169,7 +168,7 @@ class RingReadout
     }
 
   private:
-    // The board may have begun anew with the writer: that is no step back.
+    // The board may have restarted with the writer: that is not a step back.
     void forget_future(const Record &record)
     {
         const uint32_t step = record.rel_t() - tally_.last.rel_t;
@@ -217,7 +216,7 @@ class RingReading
         }
     }
 
-    // Why nothing came, for the end of a sentence.
+    // Why nothing came, as the end of a sentence.
     const std::string &reason() const { return reason_; }
 
     Ending read_until_over(Run &run)
@@ -251,7 +250,7 @@ class RingReading
         return true;
     }
 
-    // That nothing came in a limited time needs a word.
+    // If nothing came in a limited time, that needs an explanation.
     std::string reason_of_nothing() const
     {
         return tally_.records + tally_.rejected > 0 ? "" : fmt::format("; {}", watch_.state());
@@ -267,7 +266,7 @@ class RingReading
             return ending;
         }
         tally_.take_silence(silence_.lasting(now));
-        say(fmt::format("ring read: nothing came for the last {}; {}",
+        say(fmt::format("ring read: nothing came in the last {}; {}",
                         seconds_words(silence_.lasting(now)), watch_.cause()));
         return ending == Ending::stopped ? Ending::stopped_in_silence : Ending::failed;
     }
@@ -288,7 +287,7 @@ ExitStatus read(const Options &options)
     options.run.silence_given();
     options.format.checked();
     if (options.from_now && options.from_oldest) {
-        throw Failure(ExitStatus::usage, "--from-now and --from-oldest exclude each other");
+        throw Failure(ExitStatus::usage, "--from-now and --from-oldest cannot be combined");
     }
     RecordTally tally;
     Destination destination(
@@ -322,7 +321,7 @@ ExitStatus read(const Options &options)
     destination.finish();
     summary.finish();
     if (output_failed()) {
-        return status_of_failed_output(); // the end of every run tells why
+        return status_of_failed_output(); // finish_output reports why
     }
     return status;
 }
@@ -332,12 +331,12 @@ ExitStatus read(const Options &options)
 Action declare_ring_read(CLI::App &command)
 {
     auto options = std::make_shared<Options>();
-    add_run_limits(command, options->run, "end after so many");
+    add_run_limits(command, options->run, "stop after this many records");
     add_format_options(command, options->format, {"text", "csv", "jsonl"});
-    add_judgement(command, options->run, "what counts as a silence (10)");
-    add_flag(command, "--from-now", options->from_now, "begin with the next record (the default)");
+    add_judgement(command, options->run, "shortest silence (10 s)");
+    add_flag(command, "--from-now", options->from_now, "start with the next record (the default)");
     add_flag(command, "--from-oldest", options->from_oldest,
-             "begin with the writer's oldest that is there");
+             "start with the writer's oldest in the ring");
     add_detail(command);
     return [options] { return read(*options); };
 }

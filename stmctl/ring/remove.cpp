@@ -22,8 +22,7 @@ ExitStatus remove(bool force)
     const Segment segment = existing_segment();
     if (segment.info.shm_nattch > 0 && !force) {
         throw Failure(ExitStatus::failed,
-                      fmt::format("the ring is attached {}; --force removes it "
-                                  "all the same",
+                      fmt::format("the ring is attached {}; --force removes it anyway",
                                   attached_words(segment, attached_processes(segment))));
     }
     if (shmctl(segment.id, IPC_RMID, nullptr) != 0) {
@@ -42,7 +41,7 @@ ExitStatus remove(bool force)
 Action declare_ring_remove(CLI::App &command)
 {
     auto force = std::make_shared<bool>(false);
-    add_flag(command, "--force", *force, "although processes have it attached");
+    add_flag(command, "--force", *force, "even if processes have it attached");
     return [force] { return remove(*force); };
 }
 

@@ -1,4 +1,4 @@
-// The commands behind "ring": the shared memory in which one process hands records to another.
+// The subcommands of "ring": the shared memory in which one process passes records to others.
 #include "stmctl/ring/ring.hpp"
 
 namespace stmctl
@@ -8,7 +8,7 @@ namespace
 {
 
 constexpr Command COMMANDS[] = {
-    {"write", "fill the ring with the co-processor's stream of records",
+    {"write", "fill the ring with the live stream of records",
      "  stmctl ring write\n"
      "  stmctl ring write --duration 3600\n",
      declare_ring_write},
@@ -16,11 +16,11 @@ constexpr Command COMMANDS[] = {
      "  stmctl ring read --format csv -o ring.csv\n"
      "  stmctl ring read --from-oldest -n 100 --format jsonl\n",
      declare_ring_read},
-    {"status", "tell what the ring is like", "  stmctl ring status\n  stmctl ring status --json\n",
+    {"status", "show the state of the ring", "  stmctl ring status\n  stmctl ring status --json\n",
      declare_ring_status},
     {"remove", "remove the ring",
      "  stmctl ring remove\n"
-     "  stmctl ring remove --force     although processes use it\n",
+     "  stmctl ring remove --force     even if processes use it\n",
      declare_ring_remove},
 };
 

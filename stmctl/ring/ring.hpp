@@ -1,4 +1,4 @@
-// The commands of "ring", each in a file of its own.
+// The subcommands of "ring", each in a file of its own.
 #pragma once
 
 #include "stmctl/command_line/command.hpp"

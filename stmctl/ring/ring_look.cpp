@@ -1,4 +1,4 @@
-// The ring, looked at once from outside.
+// A snapshot of the ring from outside.
 #include "stmctl/ring/ring_look.hpp"
 
 #include "stmctl/record/ring_slot.hpp"

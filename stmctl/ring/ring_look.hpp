@@ -1,4 +1,4 @@
-// The ring, looked at once from outside.
+// A snapshot of the ring from outside.
 #pragma once
 
 #include "stmctl/ring/writer.hpp"
@@ -15,7 +15,7 @@ struct RingLook {
     explicit RingLook(const Segment &segment);
 
     Segment segment;
-    std::vector<pid_t> processes;   // that have it attached besides this one
+    std::vector<pid_t> processes;   // that have it attached, without this one
     std::optional<RingBuffer> ring; // none in a segment that is too small for one
     RingWriter writer;
 };
@@ -28,7 +28,7 @@ struct SlotCounts {
 
 SlotCounts ring_slots(const RingBuffer &ring);
 
-// Null if that is not whole.
+// Null if it is not whole.
 const RingRecord *newest_of(const RingBuffer &ring);
 
 // "2026-03-01 12:00:00", of a time that is not 0; "never" of 0.

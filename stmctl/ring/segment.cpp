@@ -1,4 +1,4 @@
-// The ring's shared memory, looked at from outside.
+// The ring's shared memory, seen from outside.
 #include "stmctl/ring/segment.hpp"
 
 #include "stmctl/module/operation.hpp"
@@ -27,7 +27,7 @@ namespace stmctl
 namespace
 {
 
-// Behind the two flags, in front of the index, which stands on a multiple of four.
+// After the two flags and before the index, which is aligned to four bytes.
 constexpr size_t MARK_OFFSET = offsetof(RingBuffer, reader_open) + 1;
 static_assert(MARK_OFFSET < offsetof(RingBuffer, write_index));
 
@@ -59,8 +59,8 @@ void check_access(const Segment &segment)
 {
     if (segment.info.shm_segsz < RINGBUFFER_SIZE) {
         throw Failure(ExitStatus::not_there,
-                      fmt::format("the ring's segment has {} instead of {}: another "
-                                  "program's, or damaged; see stmctl ring remove",
+                      fmt::format("the ring's segment has {} instead of {}: it is another "
+                                  "program's or damaged; see stmctl ring remove",
                                   counted(segment.info.shm_segsz, "byte", "bytes"),
                                   RINGBUFFER_SIZE));
     }
@@ -71,7 +71,7 @@ void check_access(const Segment &segment)
     }
 }
 
-// Other namespaces have segments of the same numbers.
+// Other namespaces have segments with the same numbers.
 bool shares_memory_with_us(pid_t process)
 {
     std::error_code ignored;
@@ -91,7 +91,7 @@ std::optional<Segment> find_segment()
         return {};
     }
     if (segment.id < 0 || shmctl(segment.id, IPC_STAT, &segment.info) != 0) {
-        fail("the ring's segment is there, but cannot be looked at", errno);
+        fail("the ring's segment exists but cannot be inspected", errno);
     }
     return segment;
 }
@@ -101,7 +101,7 @@ Segment existing_segment()
     const std::optional<Segment> segment = find_segment();
     if (!segment) {
         throw Failure(ExitStatus::not_there,
-                      "there is no ring; stmctl ring write makes it and fills it");
+                      "there is no ring; stmctl ring write creates and fills one");
     }
     return *segment;
 }
@@ -111,7 +111,7 @@ void attach_ring()
     if (const std::optional<Segment> segment = find_segment()) {
         check_access(*segment);
     } else if (shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, IPC_CREAT | 0666) < 0) {
-        fail("cannot make the ring's segment", errno);
+        fail("cannot create the ring's segment", errno);
     }
     check(perform([](StmPollFn, StmOutputFn) {
               RingBuffer_Attach();
@@ -193,7 +193,7 @@ RingView::~RingView()
 int32_t RingView::write_index() const
 {
     const int32_t index = ring_->write_index;
-    std::atomic_thread_fence(std::memory_order_acquire); // slots are read behind it
+    std::atomic_thread_fence(std::memory_order_acquire); // slots must be read after it
     return index;
 }
 

@@ -30,14 +30,14 @@ bool same(const RingRecord &one, const RingRecord &other)
     return memcmp(&one, &other, sizeof(one)) == 0;
 }
 
-// Times go round.
+// Times wrap around.
 bool is_later(const RingRecord &one, const RingRecord &other)
 {
     const auto step = static_cast<uint32_t>(one.rel_t) - static_cast<uint32_t>(other.rel_t);
     return static_cast<int32_t>(step) > 0;
 }
 
-// Numbers go round, too.
+// Numbers wrap around, too.
 bool is_next(const RingRecord &one, const RingRecord &other)
 {
     return is_whole(one) && is_whole(other) &&
@@ -82,8 +82,9 @@ bool SlotFollower::overtaken() const
     return !same(view_.slot(before), known_[at(before)]);
 }
 
-// Coming round, the writer fills the last slot; one that begins anew has not come to it. If it was
-// just being written when we learned it, it may have been complete by then: its time tells.
+// When the writer wraps around, it fills the last slot; a restarted writer has not got there yet.
+// If the slot was being written when we learned it, it may already have been complete: its time
+// shows that.
 bool SlotFollower::has_restarted(int32_t end) const
 {
     constexpr int32_t LAST = SLOTS - 1;
@@ -92,7 +93,7 @@ bool SlotFollower::has_restarted(int32_t end) const
     return end < position_ && same(record, known_[at(LAST)]) && !complete_then;
 }
 
-// The slots from end on to the one that was written were filled while we copied them.
+// The slots from end up to the one being written were filled while we copied them.
 void SlotFollower::learn(const Slots &slots, int32_t end, int32_t writing)
 {
     known_ = slots;
@@ -104,16 +105,16 @@ void SlotFollower::learn(const Slots &slots, int32_t end, int32_t writing)
     looks_in_vain_ = 0;
 }
 
-// The slots that the index announces, up to one that holds what it held: on some processors the
-// index is visible first. What stays the same for a few looks was written so: a board that begins
-// anew may repeat itself.
+// The slots that the index announces, up to one whose content is unchanged: on some processors the
+// index becomes visible first. A slot that stays the same for a few looks was written like that: a
+// restarted board may repeat itself.
 std::vector<RingRecord> SlotFollower::take(int32_t begin, int32_t end) const
 {
     std::vector<RingRecord> records;
     for (int32_t index = begin; index != end; index = wrapped(index + 1)) {
         RingRecord record = view_.slot(index);
         if (!is_whole(record)) {
-            record = view_.slot(index); // half of it may have been visible
+            record = view_.slot(index); // only half of it may have been visible
         }
         if (same(record, known_[at(index)]) && looks_in_vain_ < PATIENCE) {
             break;
@@ -162,8 +163,9 @@ SlotFollower::Look SlotFollower::accept(int32_t begin, int32_t end)
     return look;
 }
 
-// What the writer before has put behind the position: whole records, each later than the one
-// before. What else changed there was left by one before that, or is a slot that it was killed in.
+// What the previous writer has written after the position: whole records, each later than the one
+// before. Anything else that changed there was left by an even earlier writer, or is the slot in
+// which the writer was killed.
 std::vector<RingRecord> SlotFollower::rest_of_writer() const
 {
     std::vector<RingRecord> records = take(position_, SLOTS - 1);
@@ -178,10 +180,10 @@ std::vector<RingRecord> SlotFollower::rest_of_writer() const
     return records;
 }
 
-// First what the writer before has left, then what the new one has put.
+// First what the previous writer has left, then what the new one has written.
 SlotFollower::Look SlotFollower::follow_restart(int32_t end)
 {
-    looks_in_vain_ = 0; // only what changed is the rest of the writer before
+    looks_in_vain_ = 0; // only what changed belongs to the previous writer
     const std::vector<RingRecord> records = rest_of_writer();
     Slots slots;
     copy_slots(slots);
@@ -194,8 +196,8 @@ SlotFollower::Look SlotFollower::follow_restart(int32_t end)
     return look;
 }
 
-// Takes all that changed, from the oldest slot on that is not about to be written. Two copies that
-// agree tell what stood still.
+// Takes everything that changed, starting at the oldest slot that is not about to be written. What
+// is the same in two copies was not being written.
 SlotFollower::Look SlotFollower::start_over()
 {
     Slots first;
@@ -220,15 +222,15 @@ SlotFollower::Look SlotFollower::start_over()
     return look;
 }
 
-// A writer begins at slot 0: what stands behind its own slots is an earlier one's, unless it has
-// come round; then these rise, and slot 0 goes on where the last of them ends.
+// A writer begins at slot 0: the slots after its own are an earlier writer's, unless it has wrapped
+// around. In that case their times rise, and slot 0 continues where the last of them ends.
 void SlotFollower::leave_out_earlier_writer()
 {
     Slots slots;
     const int32_t end = write_index();
     copy_slots(slots);
     if (write_index() < end || end == 0) {
-        return; // where slot 0 is filled next, what comes there will tell
+        return; // if slot 0 is filled next, what comes there will show it
     }
     bool goes_on = is_next(slots[0], slots[SLOTS - 1]);
     for (int32_t i = end + 2; i < SLOTS; ++i) {

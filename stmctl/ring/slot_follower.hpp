@@ -1,9 +1,9 @@
 // Reads the ring at a position of its own.
 //
-// The writer only tells the slot that it fills next, modulo 160, and a restarted one begins at slot
-// 0. What happened in between is told by the slots, as no two records are alike: while the one in
-// front of our position holds what it held, the writer has not come round to it, and all behind it
-// is whole and in order; an index that went back while the last slot holds what it held is a
+// The writer only announces the slot that it fills next, modulo 160, and a restarted one begins at
+// slot 0. The slots show what happened in between, because no two records are alike. As long as the
+// slot before our position is unchanged, the writer has not wrapped around to it, and everything
+// after it is whole and in order. An index that went back while the last slot is unchanged is a
 // restart.
 #pragma once
 
@@ -19,14 +19,14 @@ class SlotFollower
 {
   public:
     struct Look {
-        std::vector<RingRecord> records; // those that are new, the oldest first
+        std::vector<RingRecord> records; // the new ones, the oldest first
         bool overrun = false;            // older ones were overwritten before they were read
         bool restarted = false;          // the writer began at slot 0 again
     };
 
     explicit SlotFollower(const RingView &view);
 
-    // What the ring holds, without what an earlier writer has left; then the position is behind it.
+    // What the ring holds, without what an earlier writer has left; the position is then after it.
     Look everything();
     Look look();
 
@@ -46,7 +46,7 @@ class SlotFollower
     Look start_over();
 
     const RingView &view_;
-    Slots known_ = {}; // what the slots held when they were looked at last
+    Slots known_ = {}; // what the slots held at the last look
     int32_t position_ = 0;
     int32_t unsure_ = 0;           // the slot that was being written when we learned it
     bool begins_at_start_ = false; // nothing taken since everything, slot 0 is filled next

@@ -1,4 +1,4 @@
-// ring status: what the ring is like.
+// ring status: shows the state of the ring.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/output/counted.hpp"
 #include "stmctl/output/output.hpp"
@@ -36,7 +36,7 @@ void check_ring(const RingBuffer &ring)
 {
     if (!is_plausible(ring)) {
         throw Failure(ExitStatus::failed,
-                      "the ring is damaged: indices are 0 to 159, flags 0 or 1");
+                      "the ring is damaged: an index is not 0 to 159, or a flag not 0 or 1");
     }
 }
 
@@ -66,9 +66,9 @@ ExitStatus show_status(bool as_json)
         print_segment(look.segment, look.processes);
     }
     if (!look.ring) {
-        throw Failure(
-            ExitStatus::failed,
-            fmt::format("it is too small for a ring, which has {} bytes", RINGBUFFER_SIZE));
+        throw Failure(ExitStatus::failed,
+                      fmt::format("the segment is too small for a ring, which has {} bytes",
+                                  RINGBUFFER_SIZE));
     }
     if (!as_json) {
         print_ring(*look.ring, look.writer);

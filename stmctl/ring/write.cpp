@@ -1,4 +1,4 @@
-// ring write: the co-processor's stream of records goes into the ring.
+// ring write: writes the co-processor's stream of records to the ring.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/module/device.hpp"
 #include "stmctl/process/failure.hpp"
@@ -24,19 +24,19 @@ struct Options {
     DeviceOptions device;
 };
 
-// Looks at what goes into the ring: at most 85 records do between two looks.
+// Counts what goes into the ring: at most 85 records between two looks.
 class PutCounter
 {
   public:
     PutCounter(const RingView &view, RecordStream &stream) : view_(view), stream_(stream) {}
 
-    void begin() { index_ = 0; } // as every writer does
+    void begin() { index_ = 0; } // where every writer begins
 
     void count()
     {
         const int32_t index = view_.write_index();
         if (index < 0 || index >= RINGBUFFER_SLOTS) {
-            return; // the next put tells of it
+            return; // the next put reports it
         }
         for (; index_ != index; index_ = (index_ + 1) % RINGBUFFER_SLOTS) {
             stream_.take(record_of_slot(view_.slot(index_)).facts());
@@ -56,14 +56,14 @@ void take_report(RecordStream &stream, std::string_view text)
         throw Failure(ExitStatus::failed, "the ring is marked as being written (writer_open is 1); "
                                           "stmctl ring remove makes way for a new one");
     case Event::slot_refused:
-        throw Failure(ExitStatus::failed, "the ring is damaged; see stmctl ring status, and stmctl "
-                                          "ring remove");
+        throw Failure(ExitStatus::failed,
+                      "the ring is damaged; see stmctl ring status and stmctl ring remove");
     default:
         stream.take_report(text);
     }
 }
 
-// Readers would wait for a writer whose ring only it has any more.
+// After a removal only the writer would still have the ring, and readers would wait for it.
 class RemovalCheck
 {
   public:
@@ -98,7 +98,7 @@ Outcome acquire(PutCounter &counter, RecordStream &stream, Run &run)
         [&](const char *text, int) { take_report(stream, text); }, [&run] { return run.ask(); });
 }
 
-// All that works on the stream while it runs.
+// Everything that works on the stream while it runs.
 Ending write_stream(Device &device, int id, const Options &options, RecordTally &tally)
 {
     const RingView view(id);
@@ -128,7 +128,7 @@ ExitStatus write(const Options &options)
     RecordTally tally;
     SummaryFile summary(options.run.summary, tally, {});
     if (find_segment()) {
-        attach_ring(); // what is wrong with it is said before the device is opened
+        attach_ring(); // so that its faults are reported before the device is opened
     }
     Device device(options.device);
     attach_ring();
@@ -146,7 +146,7 @@ Action declare_ring_write(CLI::App &command)
 {
     auto options = std::make_shared<Options>();
     add_duration(command, options->run);
-    add_judgement(command, options->run, "what counts as a silence (2)");
+    add_judgement(command, options->run, "shortest silence (2 s)");
     add_device_options(command, options->device);
     add_detail(command);
     return [options] { return write(*options); };

@@ -1,4 +1,4 @@
-// Who writes the ring, as far as that can be told from outside.
+// Finds out who writes to the ring, as far as that is visible from outside.
 #include "stmctl/ring/writer.hpp"
 
 #include "stmctl/module/processes.hpp"
@@ -19,13 +19,13 @@ struct StateRow {
 
 // clang-format off
 constexpr StateRow STATES[] = {
-    {WriterState::none,    "none",    "none is there"},
+    {WriterState::none,    "none",    "none"},
     {WriterState::writing, "writing", "writing, {}"},
     {WriterState::several, "several", "several at once, {}"},
     {WriterState::ended,   "ended",   "ended cleanly"},
-    {WriterState::killed,  "killed",  "gone without ending it: killed?"},
-    {WriterState::foreign, "foreign", "of another program, if any: {}"},
-    {WriterState::unseen,  "unseen",  "unknown: who has it attached may not be looked at"},
+    {WriterState::killed,  "killed",  "gone without closing it: killed?"},
+    {WriterState::foreign, "foreign", "another program, if any: {}"},
+    {WriterState::unseen,  "unseen",  "unknown: its processes cannot be inspected"},
 };
 // clang-format on
 
@@ -34,7 +34,7 @@ const StateRow &row_of(WriterState state)
     return STATES[static_cast<size_t>(state)];
 }
 
-// A command line names command and subcommand next to each other, whatever stands behind.
+// A command line has command and subcommand next to each other, whatever follows.
 std::vector<pid_t> those_that_run(const std::vector<pid_t> &processes, const char *command)
 {
     std::vector<pid_t> found;
@@ -46,7 +46,7 @@ std::vector<pid_t> those_that_run(const std::vector<pid_t> &processes, const cha
     return found;
 }
 
-// Those that are no stmctl may write without leaving a mark.
+// Programs other than stmctl may write without leaving a mark.
 WriterState state_without_stmctl(const Segment &segment, const std::vector<pid_t> &processes,
                                  bool others, WriterMark mark)
 {

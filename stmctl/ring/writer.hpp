@@ -1,4 +1,4 @@
-// Who writes the ring, as far as that can be told from outside.
+// Finds out who writes to the ring, as far as that is visible from outside.
 #pragma once
 
 #include "stmctl/ring/segment.hpp"
@@ -10,13 +10,13 @@ namespace stmctl
 {
 
 enum class WriterState {
-    none,    // is there, and none has left its mark
+    none,    // is there, and no writer has left its mark
     writing, // a stmctl ring write
     several, // of them: their records mix
     ended,   // as it should
-    killed,  // or crashed: its mark says that it writes
-    foreign, // there are programs that may write or read
-    unseen,  // processes that may not be looked at have it attached
+    killed,  // or crashed: its mark says that it is writing
+    foreign, // there are other programs, which may write or read
+    unseen,  // processes that cannot be inspected have it attached
 };
 
 struct RingWriter {
@@ -27,14 +27,14 @@ struct RingWriter {
     const char *name() const; // "writing"
 };
 
-// Processes are as attached_processes has them, from before we attached it ourselves.
+// The processes are those of attached_processes before we attached it ourselves.
 RingWriter writer_of(const Segment &segment, const std::vector<pid_t> &processes, WriterMark mark);
 
-// The flag that keeps RingBuffer_Open("w") out, or its like for "r". No program sets it as long as
-// it does what the module does.
+// The flag that makes RingBuffer_Open("w") fail, or the one for "r". No program that does what the
+// module does ever sets it.
 const char *flag_words(uint8_t flag);
 
-// Whether all numbers are such as the module's operations leave.
+// Whether all numbers are in the ranges that the module's operations leave.
 bool is_plausible(const RingBuffer &ring);
 
 } // namespace stmctl

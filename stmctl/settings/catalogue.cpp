@@ -1,4 +1,4 @@
-// The one table of all settings and queries.
+// The only table of all settings and queries.
 #include "stmctl/settings/catalogue.hpp"
 
 #include <fmt/format.h>

@@ -1,5 +1,5 @@
-// The one table of all settings and queries. get, set, list, their checks and the completions are
-// made from it.
+// The only table of all settings and queries. get, set, list, their checks and the completions are
+// generated from it.
 #pragma once
 
 #include "link/stm_com_funcs.h"
@@ -19,13 +19,13 @@ struct Argument {
     const char *name; // null where there is none
     uint32_t least;
     uint32_t most;
-    bool hundredths; // sent times 100; the range is that of what is sent
+    bool hundredths; // multiplied by 100 before sending; the range is that of the number sent
 };
 
 // What a query gives.
 struct Answer {
     const char *words;
-    int bits; // of a number; 0: a text
+    int bits; // of a number; 0 for a text
     bool is_signed;
 
     bool is_text() const { return bits == 0; }
@@ -45,9 +45,9 @@ using Call = std::variant<PlainQuery, ChannelQuery, PlainSetting, WordSetting, L
 inline constexpr int NO_CHANNEL = -1;
 
 struct Quantity {
-    const char *name; // a setting and the query that answers it share theirs
+    const char *name; // shared by a setting and the query that answers it
     uint8_t code;
-    int last_channel; // of those from 0 on, or NO_CHANNEL
+    int last_channel; // the first is 0; or NO_CHANNEL
     Argument first;
     Argument second;
     Answer answers; // of a query
@@ -60,7 +60,7 @@ struct Quantity {
 
 std::span<const Quantity> catalogue();
 
-// By its name, or by its code as in "0x06". Null if there is none in this direction.
+// By name, or by code as in "0x06". Null if there is none in this direction.
 const Quantity *find_quantity(const std::string &name, Direction direction);
 
 std::vector<std::string> names_of(Direction direction);

@@ -1,4 +1,4 @@
-// get: asks for a value, or for all of them.
+// get: reads a value, or all of them.
 #include "stmctl/output/json.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/output/printable.hpp"
@@ -38,8 +38,8 @@ ExitStatus get_one(const GetOptions &options)
     return ExitStatus::done;
 }
 
-// What is not answered is said and left out, as long as the application runs. Lines come one by
-// one; an array comes whole, or not at all.
+// A query that is not answered is reported and left out, as long as the application is running.
+// Lines are printed one by one; an array is printed whole or not at all.
 ExitStatus get_all(const GetOptions &options)
 {
     const Device device(options.device);
@@ -71,7 +71,7 @@ ExitStatus get_all(const GetOptions &options)
 ExitStatus get(const GetOptions &options)
 {
     if (options.all && !options.name.empty()) {
-        throw Failure(ExitStatus::usage, "--all asks for everything, and goes without a NAME; see "
+        throw Failure(ExitStatus::usage, "--all reads everything and takes no NAME; see "
                                          "stmctl get --help");
     }
     if (!options.all && options.name.empty()) {
@@ -85,9 +85,8 @@ ExitStatus get(const GetOptions &options)
 Action declare_get(CLI::App &command)
 {
     auto options = std::make_shared<GetOptions>();
-    add_values(command, Direction::get, Presence::optional, "the channel, where there are several",
-               *options);
-    add_flag(command, "--all", options->all, "everything that can be asked for, a line each");
+    add_values(command, Direction::get, Presence::optional, "the channel, if any", *options);
+    add_flag(command, "--all", options->all, "everything that can be read, one line each");
     add_flag(command, "--json", options->json, "as JSON: an object, or with --all an array");
     return [options] { return get(*options); };
 }

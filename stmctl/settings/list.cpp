@@ -1,4 +1,4 @@
-// list: the catalogue, a line each.
+// list: shows the catalogue, one line per entry.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/output/json.hpp"
 #include "stmctl/output/output.hpp"

@@ -68,11 +68,11 @@ const Quantity &row_for(const std::string &name, Direction direction)
     }
     const bool asks = direction == Direction::get;
     const bool other_way = find_quantity(name, asks ? Direction::set : Direction::get) != nullptr;
-    const std::string hint = !other_way
-                                 ? suggestion(name, names_of(direction))
-                                 : (asks ? ", it can only be set" : ", it can only be asked for");
-    throw Failure(ExitStatus::usage, fmt::format("{} '{}'{}; see stmctl list",
-                                                 asks ? "no query" : "no setting", name, hint));
+    const std::string hint = !other_way ? suggestion(name, names_of(direction))
+                                        : (asks ? ": it can only be set" : ": it can only be read");
+    const char *what = asks ? "unknown query" : "unknown setting";
+    throw Failure(ExitStatus::usage,
+                  with_reference(fmt::format("{} '{}'{}", what, name, hint), "stmctl list"));
 }
 
 Values parse_values(const Quantity &row, const Words &operands)
@@ -124,7 +124,7 @@ Outcome call_on_device(const DeviceOptions &options, const Quantity &row, const 
 void add_values(CLI::App &command, Direction direction, Presence name, const char *operands,
                 ValueOptions &options)
 {
-    add_operand(command, "NAME", name, options.name, "what, by its name or code in stmctl list",
+    add_operand(command, "NAME", name, options.name, "name or code, as in stmctl list",
                 some_of(names_of(direction)));
     add_operands(command, "OPERANDS", Presence::optional, options.operands, operands);
     add_device_options(command, options.device);

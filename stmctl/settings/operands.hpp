@@ -20,8 +20,8 @@ struct ValueOptions {
     DeviceOptions device;
 };
 
-// What the operands say, checked against the row: the module itself lets some of them pass that
-// are far out of range.
+// The values of the operands, checked against the row: the module itself accepts some that are far
+// out of range.
 struct Values {
     int channel = 0;
     uint32_t number = 0;
@@ -38,11 +38,11 @@ Values parse_values(const Quantity &row, const std::vector<std::string> &operand
 // "adc-word-54 3"
 std::string full_name(const Quantity &row, int channel);
 
-// Runs the row's operation. Throws a Failure that begins with the name if it fails.
+// Runs the row's operation. If it fails, throws a Failure that begins with the name.
 Outcome call(const Device &device, const std::string &name, const Quantity &row,
              const Values &values);
 
-// Opens the device for that.
+// The same, but opens the device first.
 Outcome call_on_device(const DeviceOptions &options, const Quantity &row, const Values &values);
 
 // Declares the operands, and the options of the device.

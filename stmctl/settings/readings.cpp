@@ -1,4 +1,4 @@
-// Queries and what they answer.
+// Queries and their answers.
 #include "stmctl/settings/readings.hpp"
 
 #include "stmctl/module/diagnosis.hpp"

@@ -1,4 +1,4 @@
-// Queries and what they answer.
+// Queries and their answers.
 #pragma once
 
 #include "stmctl/process/failure.hpp"
@@ -17,7 +17,7 @@ struct Reading {
     std::string text;
 
     std::string name() const { return full_name(row, channel); }
-    int64_t number() const; // of an answer that is one
+    int64_t number() const; // of an answer that is a number
     std::string json() const;
 };
 
@@ -26,11 +26,11 @@ Reading ask(const Device &device, const Quantity &row, int channel);
 // Calls for each query of the catalogue, and each of its channels.
 void for_each_query(const std::function<void(const Quantity &row, int channel)> &work);
 
-// After a failure: whether others may go better, because the application runs and was not ended by
-// its user.
+// After a failure: whether other queries may still succeed, because the application is running and
+// the user has not stopped us.
 bool may_go_on(const Device &device, const Failure &failure);
 
-// Throws a Failure, "COMMAND: stopped by the user", once that is so.
+// Throws a Failure, "COMMAND: stopped by the user", if so.
 void expect_no_stop(const char *command);
 
 } // namespace stmctl

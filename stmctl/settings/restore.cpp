@@ -1,4 +1,4 @@
-// restore: sends the settings of a file.
+// restore: sends the settings in a file.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/process/input.hpp"
@@ -25,7 +25,7 @@ struct RestoreOptions {
     DeviceOptions device;
 };
 
-constexpr size_t MOST_BYTES = 1 << 20; // of a file; one with all settings has a thousand
+constexpr size_t MOST_BYTES = 1 << 20; // of a file; all settings together take about a thousand
 
 std::vector<Setting> settings_of(const std::string &path)
 {
@@ -34,7 +34,7 @@ std::vector<Setting> settings_of(const std::string &path)
     if (text.size() > MOST_BYTES) {
         throw Failure(
             ExitStatus::failed,
-            fmt::format("{}: more than {} bytes, these are no settings", name, MOST_BYTES));
+            fmt::format("{}: more than {} bytes, which cannot be settings", name, MOST_BYTES));
     }
     SettingsFile file = read_settings(name, text);
     for (const std::string &mistake : file.mistakes) {
@@ -42,21 +42,21 @@ std::vector<Setting> settings_of(const std::string &path)
     }
     if (!file.mistakes.empty()) {
         const size_t count = file.mistakes.size();
-        throw Failure(ExitStatus::failed, fmt::format("restore: nothing was sent: {} mistake{} in "
+        throw Failure(ExitStatus::failed, fmt::format("restore: nothing was sent: {} error{} in "
                                                       "{}",
                                                       count, count > 1 ? "s" : "", name));
     }
     if (file.settings.empty()) {
-        throw Failure(ExitStatus::failed, fmt::format("{}: there is no setting in it", name));
+        throw Failure(ExitStatus::failed, fmt::format("{}: it holds no settings", name));
     }
     if (!file.only_asked.empty()) {
-        remark(fmt::format("restore: passed over, for it can only be asked for: {}",
+        remark(fmt::format("restore: skipped (can only be read): {}",
                            fmt::join(file.only_asked, ", ")));
     }
     return file.settings;
 }
 
-// The settings on their way to a board, and how many have got there.
+// The settings on their way to a board, and how many have arrived.
 class Restoration
 {
   public:
@@ -65,11 +65,11 @@ class Restoration
     {
     }
 
-    // Goes on after a setting that was not answered, as long as the application runs.
+    // Continues after a setting that was not answered, as long as the application is running.
     void send() { for_each(&Restoration::send_one, sent_); }
 
-    // What a setting's answer means is the firmware's own: whether it has been kept shows when it
-    // is asked for.
+    // The meaning of a setting's answer is up to the firmware: only reading the setting back shows
+    // whether it was kept.
     void verify() { for_each(&Restoration::verify_one, verified_); }
 
     bool is_complete() const { return good_; }
@@ -82,7 +82,7 @@ class Restoration
     }
 
   private:
-    // Each returns whether it has gone well; a failure of the board's is said and passed over.
+    // Each step returns whether it succeeded; a failure of the board is reported and skipped.
     template <typename Step>
     void for_each(Step step, size_t &count)
     {
@@ -117,7 +117,7 @@ class Restoration
         if (!answers_value(setting.row->first, query->answers, setting.values.number,
                            reading.number())) {
             throw Failure(ExitStatus::failed,
-                          fmt::format("{}: {} was sent, {} is read back", setting.name(),
+                          fmt::format("{}: {} was sent, {} read back", setting.name(),
                                       setting.values.number, reading.text));
         }
         return true;
@@ -155,8 +155,8 @@ Action declare_restore(CLI::App &command)
 {
     auto options = std::make_shared<RestoreOptions>();
     add_operand(command, "FILE", Presence::required, options->file,
-                "what save has written; - reads standard input", names_of_files());
-    add_flag(command, "--no-verify", options->blindly, "do not ask for each setting afterwards");
+                "written by save; - reads standard input", names_of_files());
+    add_flag(command, "--no-verify", options->blindly, "do not read the settings back");
     add_device_options(command, options->device);
     return [options] { return restore(*options); };
 }

@@ -1,4 +1,4 @@
-// save: the settings that can be asked for and set, as a file for restore.
+// save: writes the settings that can be both read and set to a file for restore.
 #include "stmctl/command_line/arguments.hpp"
 #include "stmctl/output/output.hpp"
 #include "stmctl/output/whole_file.hpp"
@@ -33,7 +33,7 @@ std::string head()
                        STMCTL_VERSION, date);
 }
 
-// Null if what the query tells cannot be set, for this channel at least.
+// Null if what the query answers cannot be set, at least for this channel.
 const Quantity *setting_of(const Quantity &query, int channel)
 {
     const Quantity *row = find_quantity(query.name, Direction::set);
@@ -50,20 +50,20 @@ std::string line_for(const Reading &reading, const Quantity &setting)
     }
     const std::string why =
         fmt::format("{} takes {} to {}", argument.name, argument.least, argument.most);
-    remark(fmt::format("save: {} is {}, which cannot be set, for {}; it is saved as a comment",
+    remark(fmt::format("save: {} is {}, which cannot be set: {}; it is saved as a comment",
                        reading.name(), reading.text, why));
-    return fmt::format("# {} {}    cannot be set, for {}\n", reading.name(), reading.text, why);
+    return fmt::format("# {} {}    cannot be set: {}\n", reading.name(), reading.text, why);
 }
 
-// What a reader of the file must know of a setting.
+// What a reader of the file must know about a setting.
 std::string note_for(const Quantity &query, const Quantity &setting)
 {
     if (why_asked_back_otherwise(query.answers, setting.first.most).empty() ||
         query.answers.is_signed) {
         return "";
     }
-    return fmt::format("# Of {} only the lowest {} bits are told.\n", setting.name,
-                       query.answers.bits);
+    return fmt::format("# Only the lowest {} bits of {} can be read.\n", query.answers.bits,
+                       setting.name);
 }
 
 ExitStatus save(const SaveOptions &options)
@@ -95,8 +95,8 @@ ExitStatus save(const SaveOptions &options)
 Action declare_save(CLI::App &command)
 {
     auto options = std::make_shared<SaveOptions>();
-    add_operand(command, "FILE", Presence::required, options->file, "for restore; - shows it",
-                names_of_files());
+    add_operand(command, "FILE", Presence::required, options->file,
+                "the file to write; - writes to standard output", names_of_files());
     add_device_options(command, options->device);
     return [options] { return save(*options); };
 }

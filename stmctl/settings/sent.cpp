@@ -1,4 +1,4 @@
-// What a setting was sent as.
+// How a setting was sent.
 #include "stmctl/settings/sent.hpp"
 
 #include <fmt/format.h>

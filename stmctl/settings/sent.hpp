@@ -1,4 +1,4 @@
-// What a setting was sent as.
+// How a setting was sent.
 #pragma once
 
 #include "stmctl/settings/operands.hpp"
@@ -8,8 +8,8 @@
 namespace stmctl
 {
 
-// "adc-value-pair 3 = 12.50 0.25 (answer 1)": of a number in hundredths, not all digits may have
-// gone out.
+// "adc-value-pair 3 = 12.50 0.25 (answer 1)": not all digits of a number in hundredths may have
+// been sent.
 std::string sent_line(const Quantity &row, const Values &values, int32_t answer);
 
 } // namespace stmctl

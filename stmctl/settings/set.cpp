@@ -19,12 +19,12 @@ namespace
 void tell_cut(const Argument &argument, const std::string &typed, float value)
 {
     if (has_more_than_hundredths(typed)) {
-        remark(fmt::format("{}: {} goes out in hundredths, as {:.2f}", argument.name, typed,
+        remark(fmt::format("{}: {} is sent in hundredths, as {:.2f}", argument.name, typed,
                            stm_scale100(value) / 100.0));
     }
 }
 
-// What is not kept as it was typed; it is sent all the same.
+// Warns of values that are not kept as typed; they are still sent.
 void tell_inexact(const ValueOptions &options, const Quantity &row, const Values &values)
 {
     if (row.first.hundredths) {
@@ -61,7 +61,7 @@ Action declare_set(CLI::App &command)
 {
     auto options = std::make_shared<ValueOptions>();
     add_values(command, Direction::set, Presence::required,
-               "the channel, where there are several, and the value or two", *options);
+               "the channel, if any, and one or two values", *options);
     return [options] { return set(*options); };
 }
 

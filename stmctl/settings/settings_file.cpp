@@ -33,7 +33,7 @@ Words words_of(std::string line)
     return words;
 }
 
-// A negative number in place of the one with the same bits; anything else as it is.
+// Replaces a negative number by the one with the same bits; leaves anything else as it is.
 std::string without_sign(const Argument &argument, const std::string &word)
 {
     int64_t number = 0;
@@ -45,8 +45,8 @@ std::string without_sign(const Argument &argument, const std::string &word)
     return value ? fmt::format("{}", *value) : word;
 }
 
-// The name of what can be asked for, but not set: a query without a setting, or one of its channels
-// that the setting has not. Empty if the words tell something else.
+// The name of what can be read but not set: a query without a setting, or a channel that the
+// setting does not have. Empty if the words are something else.
 std::string only_asked(const Words &words)
 {
     const Quantity *query = find_quantity(words[0], Direction::get);
@@ -102,7 +102,7 @@ class Reader
     {
         const auto [first, is_new] = lines_.try_emplace(setting.name(), number_);
         if (!is_new) {
-            throw Failure(ExitStatus::failed, fmt::format("{} stands in line {} already",
+            throw Failure(ExitStatus::failed, fmt::format("{} is already set in line {}",
                                                           setting.name(), first->second));
         }
         file_.settings.push_back(setting);

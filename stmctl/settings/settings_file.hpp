@@ -22,7 +22,7 @@ struct Setting {
 
 struct SettingsFile {
     std::vector<Setting> settings;
-    std::vector<std::string> only_asked; // names of what lines tell that cannot be set
+    std::vector<std::string> only_asked; // names in lines about what cannot be set
     std::vector<std::string> mistakes;   // "NAME:12: what is wrong"
 };
 

@@ -1,4 +1,4 @@
-// How the value that a setting takes and the number that its query answers belong together.
+// How the value of a setting and the number that its query answers are related.
 #include "stmctl/settings/wire.hpp"
 
 #include <fmt/format.h>
@@ -55,8 +55,8 @@ std::string why_asked_back_otherwise(const Answer &answer, uint32_t value)
     if (back == value) {
         return "";
     }
-    return fmt::format("{} is asked back as {}: the answer has {} bits{}", value, back, answer.bits,
-                       answer.is_signed ? " with a sign" : "");
+    return fmt::format("{} reads back as {}: the answer is {} {}-bit number", value, back,
+                       answer.is_signed ? "a signed" : "an unsigned", answer.bits);
 }
 
 } // namespace stmctl

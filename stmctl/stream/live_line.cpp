@@ -1,4 +1,4 @@
-// How a run goes whose results are seen nowhere.
+// Shows the progress of a run whose results are not visible.
 #include "stmctl/stream/live_line.hpp"
 
 #include "stmctl/output/live_fields.hpp"

@@ -1,5 +1,5 @@
-// How a run goes whose results are seen nowhere: on a terminal in one line that refreshes itself on
-// standard error, elsewhere, if much is to be said, in a line each minute.
+// Shows the progress of a run whose results are not visible: on a terminal in one line on standard
+// error that refreshes itself; elsewhere, if verbose, in a line each minute.
 #pragma once
 
 #include "stmctl/output/destination.hpp"
@@ -22,7 +22,7 @@ inline constexpr Counted FRAMES = {"frames", "frames"};
 class LiveLine
 {
   public:
-    // The destination is that of what the tally counts; null if there is none.
+    // The destination of what the tally counts; null if there is none.
     LiveLine(std::string name, const RecordTally &tally, const Destination *destination,
              const Counted &counted = RECORDS);
     ~LiveLine(); // nothing of it stays

@@ -1,4 +1,4 @@
-// When the next line about a stream is due, and how quickly records came since the one before.
+// When the next line about a stream is due, and how fast records came since the previous one.
 #include "stmctl/stream/pace.hpp"
 
 #include "stmctl/output/terminal.hpp"

@@ -1,4 +1,4 @@
-// When the next line about a stream is due, and how quickly records came since the one before.
+// When the next line about a stream is due, and how fast records came since the previous one.
 #pragma once
 
 #include <chrono>
@@ -20,7 +20,7 @@ class Pace
 
     bool is_due(Time now) const { return now - last_ >= interval_; }
 
-    // So many records have come in all. Returns the rate since the line before: "998/s".
+    // Takes the total number of records. Returns the rate since the previous line: "998/s".
     std::string take(uint64_t records, Time now);
 
     std::string elapsed(Time now) const; // "1:02:03"
@@ -29,7 +29,7 @@ class Pace
     std::chrono::milliseconds interval_;
     Time start_;
     Time last_;
-    uint64_t records_ = 0; // by then
+    uint64_t records_ = 0; // at the last line
 };
 
 } // namespace stmctl

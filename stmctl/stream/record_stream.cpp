@@ -1,4 +1,4 @@
-// Records as they come from the module, taken and counted, and what is said when none come.
+// Takes and counts records as they come from the module, and reports when none come.
 #include "stmctl/stream/record_stream.hpp"
 
 #include "stmctl/output/output.hpp"
@@ -16,7 +16,7 @@ namespace
 
 constexpr Silence::Duration DEFAULT_SILENCE(10'000);
 constexpr Silence::Duration DEFAULT_SILENCE_TO_KEEP_GOING(2'000);
-constexpr Silence::Duration WORTH_A_WORD(1'000); // where more was to be expected soon
+constexpr Silence::Duration WORTH_A_WORD(1'000); // if more was expected soon
 
 Silence::Duration default_silence(const StreamOptions &options)
 {
@@ -35,7 +35,7 @@ Sink RecordStream::sink()
 {
     return [this](const char *text, int more) {
         if (options_.wanted && tally_.records >= *options_.wanted) {
-            return; // what else the block holds
+            return; // the rest of the block
         }
         if (more == 0) {
             take_report(text);
@@ -92,7 +92,7 @@ void RecordStream::look(Run::Time now)
     if (!told_.empty()) {
         told_.clear();
         say(fmt::format(
-            "{}: records come again, after {}", options_.name,
+            "{}: records are coming again after {}", options_.name,
             seconds_words(std::chrono::duration_cast<Silence::Duration>(now - trouble_begin_))));
     }
 }
@@ -103,12 +103,12 @@ void RecordStream::look_in_silence(Run::Time now)
         return;
     }
     if (options_.keep_going && silence_.is_time_to_ask(now)) {
-        tell("nothing comes from the co-processor; asking again");
+        tell("no data from the co-processor; asking again");
         run_.interrupt();
     } else if (!options_.keep_going && silence_.is_over_limit(now)) {
         run_.give_up();
     } else if (!options_.keep_going && silence_.is_worth_a_word()) {
-        tell("nothing comes from the co-processor; waiting for it");
+        tell("no data from the co-processor; waiting for it");
     }
 }
 

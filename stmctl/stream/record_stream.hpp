@@ -1,4 +1,4 @@
-// Records as they come from the module, taken and counted, and what is said when none come.
+// Takes and counts records as they come from the module, and reports when none come.
 #pragma once
 
 #include "stmctl/module/operation.hpp"
@@ -24,11 +24,11 @@ struct StreamOptions {
 class RecordStream
 {
   public:
-    // Takes a text that the module shows. Returns what it tells, if it is a record.
+    // Takes a text that the module shows. Returns its facts if it is a record.
     using Take = std::function<std::optional<RecordFacts>(const char *text)>;
 
-    // The run is finished once as many records as are wanted have come; further ones are dropped.
-    // After a silence it is given up, or the operation is interrupted to be run again.
+    // The run is finished once as many records as wanted have come; further ones are dropped. After
+    // a silence it is given up, or the operation is interrupted in order to be run again.
     RecordStream(StreamOptions options, Run &run, RecordTally &tally, Take take = {});
 
     const StreamOptions &options() const { return options_; }
@@ -41,17 +41,17 @@ class RecordStream
     void take(const RecordFacts &facts);
     void take_report(std::string_view text);
 
-    // As often as the module polls.
+    // Called whenever the module polls.
     void look(Run::Time now);
 
-    // Nobody asks for records until the stream goes on: that none come is no wonder.
+    // Nobody asks for records until the stream goes on, so it is normal that none come.
     void rest() { resting_ = true; }
     void go_on() { resting_ = false; }
 
-    // Says what keeps the records from coming, unless it has since the last of them.
+    // Reports what keeps records from coming, unless it was already reported since the last record.
     void tell(const std::string &sentence);
 
-    // The run ends now. Returns the length of the silence in which it does.
+    // The run ends now. Returns the length of the silence in which it ends, if any.
     std::optional<Silence::Duration> finish(Run::Time now);
 
   private:
@@ -63,8 +63,8 @@ class RecordStream
     RecordTally &tally_;
     Take take_;
     Silence silence_;
-    uint64_t fresh_ = 0;            // came since the last look
-    std::vector<std::string> told_; // since the last of the records
+    uint64_t fresh_ = 0;            // that came since the last look
+    std::vector<std::string> told_; // since the last record
     Run::Time trouble_begin_;
     bool resting_ = false;
 };

@@ -1,4 +1,4 @@
-// Runs an operation again and again until nothing more is wanted.
+// Repeats an operation until nothing more is wanted.
 #include "stmctl/stream/repetition.hpp"
 
 #include "stmctl/module/diagnosis.hpp"
@@ -21,25 +21,25 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds FIRST_PAUSE(500);
 constexpr std::chrono::milliseconds LONGEST_PAUSE(60'000);
 
-// An operation ends by itself when all has come, or after a failure. Whoever talks in between can
-// make it end without either.
+// An operation ends by itself when everything has come, or after a failure. Another program that
+// talks to the co-processor can make it end without either.
 std::string reason_of(const Outcome &outcome, const Device &device)
 {
     if (!outcome.failures.empty()) {
         return sentence_of(outcome.failures.front(), device);
     }
     if (outcome.timed_out) {
-        return "not everything came in time";
+        return "not everything arrived in time";
     }
     if (outcome.rejected) {
-        return "not everything came whole";
+        return "not everything arrived intact";
     }
-    return "not everything came; " + device.other_users().suspicion();
+    return "not everything arrived; " + device.other_users().suspicion();
 }
 
 std::string end_in_silence(const RecordStream &stream, Silence::Duration silence)
 {
-    return fmt::format("{}: nothing came for the last {}", stream.options().name,
+    return fmt::format("{}: nothing came in the last {}", stream.options().name,
                        seconds_words(silence));
 }
 
@@ -50,7 +50,7 @@ std::string giving_up(const RecordStream &stream)
                        limit == 1 ? "second" : "seconds");
 }
 
-// The loop, and what it remembers from one attempt to the next.
+// The loop, and what it keeps from one attempt to the next.
 class Attempts
 {
   public:
@@ -87,7 +87,7 @@ class Attempts
     }
 
   private:
-    // What is rejected or not ready in time is told by the summary.
+    // What was rejected or not ready in time is in the summary.
     void say_failure(const Outcome &outcome) const
     {
         if (!outcome.failures.empty() || (!outcome.timed_out && !outcome.rejected)) {
@@ -102,11 +102,11 @@ class Attempts
             const RecordStream &stream = repetition_.stream;
             const auto silent = stream.silence().lasting(steady_clock::now());
             say(fmt::format("{}: asking again, {} after the last {}", stream.options().name,
-                            seconds_words(silent), tally_.records > 0 ? "came" : "was asked for"));
+                            seconds_words(silent), tally_.records > 0 ? "data" : "request"));
         }
     }
 
-    // What was cut off has waited by then.
+    // An operation that was cut off has already waited.
     bool recover(const Outcome &outcome)
     {
         RecordStream &stream = repetition_.stream;

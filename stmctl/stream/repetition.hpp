@@ -1,4 +1,4 @@
-// Runs an operation again and again until nothing more is wanted, through whatever a board does.
+// Repeats an operation until nothing more is wanted, whatever the board does.
 #pragma once
 
 #include "stmctl/module/device.hpp"
@@ -18,7 +18,7 @@ struct Repetition {
 };
 
 // Runs it until the run is over, the user stops it, or it ends by itself, which is a failure unless
-// the stream is to keep going: then the link is brought back, and it is run again.
+// the stream is to keep going: in that case the link is restored and the operation is run again.
 Ending repeat(const Repetition &repetition, Run &run, RecordTally &tally);
 
 } // namespace stmctl

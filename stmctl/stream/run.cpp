@@ -1,4 +1,4 @@
-// How long a run goes on.
+// How long a run lasts.
 #include "stmctl/stream/run.hpp"
 
 #include "stmctl/command_line/arguments.hpp"
@@ -18,7 +18,7 @@ using std::chrono::steady_clock;
 namespace
 {
 
-// Empty words are none that were given.
+// Empty words mean that the option was not given.
 std::optional<std::chrono::milliseconds> time_if_given(const std::string &words, const char *option)
 {
     return words.empty() ? std::nullopt : std::optional(parse_duration(words, option));
@@ -54,22 +54,21 @@ void add_run_limits(CLI::App &command, RunOptions &options, const char *counted)
 void add_duration(CLI::App &command, RunOptions &options)
 {
     add_option(command, "--duration", "TIME", options.duration,
-               "end after so long: 90, 90s, 5m, 1.5h, 500ms");
+               "stop after this time: 90, 90s, 5m, 1.5h, 500ms");
 }
 
 void add_keep_going(CLI::App &command, RunOptions &options)
 {
-    add_flag(command, "--keep-going", options.keep_going,
-             "after a failure, or when nothing comes, synchronise and ask again");
+    add_flag(command, "--keep-going", options.keep_going, "ask again after a failure or a silence");
 }
 
 void add_judgement(CLI::App &command, RunOptions &options, const char *silence_default)
 {
     add_option(command, "--silence", "TIME", options.silence, silence_default);
     add_flag(command, "--fail-on-loss", options.fail_on_loss,
-             "status 1 if any record is lost, rejected or overflowing, or after a silence");
+             "exit with status 1 after any loss or silence");
     add_option(command, "--summary", "FILE", options.summary,
-               "write what came, was lost and so on as JSON", names_of_files());
+               "write the final counts to this file as JSON", names_of_files());
 }
 
 Run::Run(std::optional<std::chrono::milliseconds> time, Tick tick) : tick_(std::move(tick))

@@ -1,4 +1,4 @@
-// How long a run goes on, and what is done while it does.
+// How long a run lasts, and what is done meanwhile.
 #pragma once
 
 #include "stmctl/module/operation.hpp"
@@ -20,12 +20,12 @@ namespace stmctl
 struct RunOptions {
     std::string count;    // empty: not given
     std::string duration; // empty: not given
-    std::string silence;  // likewise
+    std::string silence;  // empty: not given
     std::string summary;  // a file
     bool keep_going = false;
     bool fail_on_loss = false;
 
-    // Throw a Failure for what is no number, or none that makes sense.
+    // Throw a Failure for anything but a number in range.
     std::optional<uint32_t> wanted() const;
     std::optional<std::chrono::milliseconds> time() const;
     std::optional<std::chrono::milliseconds> silence_given() const;
@@ -33,42 +33,42 @@ struct RunOptions {
     bool is_endless() const { return count.empty() && duration.empty(); }
 };
 
-// "-n" and "--duration"; of "-n" the help says what is counted.
+// "-n", with counted as its help, and "--duration".
 void add_run_limits(CLI::App &command, RunOptions &options, const char *counted);
 void add_duration(CLI::App &command, RunOptions &options);
 void add_keep_going(CLI::App &command, RunOptions &options);
 
-// The default silence of what may keep going.
-inline constexpr char SILENCE_HELP[] = "what counts as a silence (10; with --keep-going 2)";
+// The help of "--silence" for runs that may keep going.
+inline constexpr char SILENCE_HELP[] = "shortest silence (10 s; 2 s with --keep-going)";
 
-// "--silence", of which the help says the default, "--fail-on-loss" and "--summary".
+// "--silence", with the default in its help, "--fail-on-loss" and "--summary".
 void add_judgement(CLI::App &command, RunOptions &options, const char *silence_default);
 
-// The run that goes on. Operations ask it whether to end; the run itself may go on after that.
+// A run. Its operations ask it whether to end; the run itself may continue after that.
 class Run
 {
   public:
     using Time = std::chrono::steady_clock::time_point;
     using Tick = std::function<void(Time now)>;
 
-    // tick is called about as often as the module polls.
+    // tick is called about whenever the module polls.
     explicit Run(std::optional<std::chrono::milliseconds> time, Tick tick = {});
 
     void finish() { finished_ = true; }       // nothing more is wanted
     void give_up() { given_up_ = true; }      // nothing comes
-    void interrupt() { interrupted_ = true; } // the operation is to end, and to be run again
+    void interrupt() { interrupted_ = true; } // the operation is to end and to be run again
     bool given_up() const { return given_up_; }
 
-    // An operation begins: what was to be interrupted is the one before.
+    // An operation begins: the interruption was for the previous one.
     void begin_operation() { interrupted_ = false; }
 
-    // It is finished or given up, its time is over, or nobody takes the output.
+    // Whether it is finished or given up, its time is over, or the output failed.
     bool over();
 
     // The question that operations ask. Only the user's wish counts as a stop.
     Wish ask();
 
-    // Waits. False if the run was over or the user wished its end before that.
+    // Waits. False if the run was over, or the user wanted to stop, before the end of the wait.
     bool pause(std::chrono::milliseconds time);
 
   private:

@@ -1,4 +1,4 @@
-// Knows for how long nothing has come, and when that is a silence.
+// Tracks for how long nothing has come, and when that is a silence.
 #include "stmctl/stream/silence.hpp"
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr double QUICK_PER_S = 4; // a stream of more than that never makes two time-outs in a row
-constexpr int TIMEOUTS_OF_SILENCE = 2;          // of a quick one
+constexpr int TIMEOUTS_OF_SILENCE = 2;          // in a quick stream
 constexpr Silence::Duration TWO_TIMEOUTS(1000); // twice the half second that the module rests
 constexpr Silence::Duration LONGEST_WAIT(60'000);
 

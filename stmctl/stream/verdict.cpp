@@ -1,4 +1,4 @@
-// What came of a run, as an exit status and as a file.
+// The outcome of a run, as an exit status and as a file.
 #include "stmctl/stream/verdict.hpp"
 
 #include "stmctl/output/output.hpp"
@@ -53,7 +53,7 @@ SummaryFile::~SummaryFile()
     try {
         finish();
     } catch (const Failure &failure) {
-        say(failure.what()); // besides the failure that the run ends in
+        say(failure.what()); // in addition to the failure in which the run ends
     }
 }
 

@@ -1,4 +1,4 @@
-// What came of a run, as an exit status and as a file.
+// The outcome of a run, as an exit status and as a file.
 #pragma once
 
 #include "stmctl/output/destination.hpp"
@@ -13,27 +13,27 @@
 namespace stmctl
 {
 
-// What the ending of a run means. An endless one is done when its user ends it, a limited one has
-// failed if nothing came in its time; and so has one that ended in a silence, or is to have no
-// losses.
+// What the ending of a run means. An endless run is done when its user ends it. A limited run has
+// failed if nothing came in its time. Any run has failed if it ended in a silence, or has losses
+// that it must not have.
 ExitStatus status_of(Ending ending, const RunOptions &options, const RecordTally &tally);
 
-// Says what came of a run. It is all that is said of why one has failed: that is said quiet, too.
+// Reports the outcome of a run, if it failed even if quiet: this may be the only report of why.
 void sum_up(const std::string &sentence, ExitStatus status);
 
-// Writes the tally as JSON, also of a run that ends in a failure.
+// Writes the tally as JSON, even if the run ends in a failure.
 class SummaryFile
 {
   public:
-    // An empty name: none. Throws a Failure if it cannot be written, or would be mixed with what
-    // goes to the results.
+    // No file if the name is empty. Throws a Failure if it cannot be written, or if it would be
+    // mixed with the results.
     SummaryFile(const std::string &name, const RecordTally &tally, std::optional<uint32_t> wanted,
                 const Destination *results = nullptr);
     ~SummaryFile();
     SummaryFile(const SummaryFile &) = delete;
     SummaryFile &operator=(const SummaryFile &) = delete;
 
-    void begin(); // the run begins: from now on what the file held is replaced
+    void begin(); // the run begins: from now on the old content is replaced
     void finish();
 
   private:

@@ -9,13 +9,12 @@
 namespace
 {
 
-const std::string DEAD = "nothing answers at all: has the co-processor power, does it hang?";
-const std::string UNDRIVEN = "nobody drives the line: is the co-processor there?";
-const std::string LOADER = "the boot loader runs, stmctl reset starts the application";
-const std::string DEAF = "the application runs, but does not answer this";
-const std::string IMPOSSIBLE =
-    "the co-processor announced a length that cannot be; another program "
-    "may have used the device";
+const std::string DEAD = "nothing is answering: does the co-processor have power, or has it hung?";
+const std::string UNDRIVEN = "nothing drives the line: is the co-processor connected?";
+const std::string LOADER = "the boot loader is running (stmctl reset starts the application)";
+const std::string DEAF = "the application is running but does not answer this";
+const std::string IMPOSSIBLE = "the co-processor announced an impossible length; another program "
+                               "may have used the device";
 const std::string TOO_LONG = "fetching the data failed: Message too long; ";
 const std::string NOT_IN_TIME = "the co-processor did not answer in time; ";
 
@@ -63,8 +62,7 @@ class Cause : public StmctlBench
     {
         for (const Words &command : STREAMS) {
             const Result result = stmctl(command, options);
-            expect_first(result,
-                         command[0] + ": nothing comes from the co-processor; waiting for it");
+            expect_first(result, command[0] + ": no data from the co-processor; waiting for it");
             expect_said(result, "\nstmctl: " + command[0] + ": nothing has come for 10 seconds; " +
                                     cause + "\n");
         }
@@ -162,8 +160,8 @@ TEST_F(Cause, the_boot_loader_is_told_and_how_to_leave_it)
     }
     const Result going =
         stmctl({"follow", "--keep-going", "--duration", "9"}, {"--mode", "boot loader"});
-    expect_said(going, "stmctl: follow: the boot loader runs; going on when the application does, "
-                       "stmctl reset starts it\n");
+    expect_said(going, "stmctl: follow: the boot loader is running; waiting for the application, "
+                       "which stmctl reset starts\n");
     expect_said(going, "; " + LOADER + "\n");
     EXPECT_EQ(read_text("board/mode"), "boot loader\n") << "nobody has switched it";
 }
@@ -184,7 +182,7 @@ TEST_F(Cause, an_answer_that_is_none_is_put_down_to_another_program)
     const std::string other = "another program may have used the device";
     const Words meddled = {"--version", "7", "--fault", "intrusion@t=0.05s=" + path("other")};
     expect_failure(stmctl({"state"}, meddled), 1,
-                   "state unknown: the answer is 7, that is no mode; " + other);
+                   "state unknown: the answer is 7, which is not a mode; " + other);
     // The diagnosis asks 3 s later, after the time-out of the query.
     std::string late;
     stmctl({"get", "sampletime"}, {"--fault", "late@0x03=3000"});
@@ -197,23 +195,23 @@ TEST_F(Cause, an_answer_that_is_none_is_put_down_to_another_program)
     expect_failure(
         stmctl({"get", "sampletime"}, {"--version", "7", "--fault", "late@0x03=3000", "--fault",
                                        "intrusion@t=" + late + "ms=" + path("other")}),
-        1, "sampletime: " + NOT_IN_TIME + "its mode is 7, which is none; " + other);
+        1, "sampletime: " + NOT_IN_TIME + "it reports mode 7, which does not exist; " + other);
 }
 
 TEST_F(Cause, a_reply_of_another_length_is_put_down_to_another_program)
 {
-    const std::string other = " came; another program may have used the device";
+    const std::string other = " received; another program may have used the device";
     for (const int came : {0, 15, 17}) {
         const Result result =
             with_fault("length@0x75=" + std::to_string(came), {"dump", "0", "16"});
-        expect_first(result, "dump: 16 bytes asked for, " + std::to_string(came) + other);
+        expect_first(result, "dump: 16 bytes requested, " + std::to_string(came) + other);
     }
 }
 
 TEST_F(Cause, a_readout_that_ends_without_a_reason_is_put_down_to_another_program)
 {
     const std::string ended =
-        "records: not everything came; another program may have used the device";
+        "records: not everything arrived; another program may have used the device";
     expect_first(with_fault("unnumbered@3", {"records", "-n", "5", "--format", "csv"}), ended);
     EXPECT_NE(with_fault("unnumbered@3", {"records", "-n", "5", "--format", "csv", "--keep-going"})
                   .errors.find(ended + "; trying again\n"),
@@ -236,7 +234,7 @@ TEST_F(Cause, a_device_that_has_gone_is_told_with_where_to_look)
             with_fault("exchange@60=" + error, {"follow", "-n", "500", "--keep-going"});
         EXPECT_EQ(again.status, 0) << again.errors;
         EXPECT_EQ(again.errors.find("stmctl: follow: the device is gone; waiting for it\n"
-                                    "stmctl: follow: records come again, after "),
+                                    "stmctl: follow: records are coming again after "),
                   0U)
             << again.errors;
     }
@@ -291,7 +289,7 @@ TEST_F(RingCause, a_ring_that_may_not_be_looked_at_is_told)
     make(0600);
     for (const std::string command : {"read", "status", "remove"}) {
         expect_failure(as_nobody({"ring", command}), 4,
-                       "the ring's segment is there, but cannot be looked at: Permission denied");
+                       "the ring's segment exists but cannot be inspected: Permission denied");
     }
 }
 
@@ -316,13 +314,13 @@ TEST_F(RingCause, a_writer_of_another_user_is_unknown_and_who_sees_it_is_told)
 {
     make(0666);
     const void *ring = shmat(shmget(RINGBUFFER_KEY, 0, 0), nullptr, 0);
-    const std::string unknown = "unknown: who has it attached may not be looked at";
+    const std::string unknown = "unknown: its processes cannot be inspected";
     const Result status = as_nobody({"ring", "status"});
     EXPECT_NE(status.output.find("writer      " + unknown + ";"), std::string::npos)
         << status.output;
     const Result doctor = as_nobody({"doctor"});
-    EXPECT_NE(doctor.output.find("ring      unknown  there; its writer: " + unknown +
-                                 "\n                   sudo stmctl doctor sees them\n"),
+    EXPECT_NE(doctor.output.find("ring      unknown  present; writer: " + unknown +
+                                 "\n                   sudo stmctl doctor can see them\n"),
               std::string::npos)
         << doctor.output;
     shmdt(ring);

@@ -42,8 +42,8 @@ TEST_F(DetailOf, quiet_runs_have_no_summary)
 TEST_F(DetailOf, quiet_runs_say_what_goes_wrong_and_why_they_fail)
 {
     expect_said({"follow", "--duration", "6", "--keep-going", "-q"},
-                "stmctl: follow: nothing comes from the co-processor; asking again\n"
-                "stmctl: follow: records come again, after 2.1 s\n",
+                "stmctl: follow: no data from the co-processor; asking again\n"
+                "stmctl: follow: records are coming again after 2.1 s\n",
                 SILENT);
     expect_said(
         {"follow", "--duration", "1", "--fail-on-loss", "-q"},
@@ -55,9 +55,9 @@ TEST_F(DetailOf, quiet_runs_say_what_goes_wrong_and_why_they_fail)
     write_file("image.bin", noise(5000, 9));
     expect_said({"flash", "firmware", "image.bin", "-q", "--retries", "1"},
                 "stmctl: attempt 1 of 2 failed at block 2, after 2048 of 5000 bytes: checksum "
-                "error, the co-processor got other bytes than were sent; trying again\n"
-                "stmctl: flash incomplete at block 2, after 2048 of 5000 bytes: checksum error, "
-                "the co-processor got other bytes than were sent\n",
+                "error (the co-processor received other bytes than were sent); trying again\n"
+                "stmctl: flash incomplete at block 2, after 2048 of 5000 bytes: checksum error "
+                "(the co-processor received other bytes than were sent)\n",
                 {"--fault", "checksum-error@2"}, 1);
 }
 
@@ -84,11 +84,11 @@ TEST_F(DetailOf, verbose_runs_tell_each_time_out_and_each_time_they_ask)
                 OPENED +
                     "stmctl: follow: time-out 1, nothing came for 0.0 s\n"
                     "stmctl: follow: time-out 2, nothing came for 0.5 s\n"
-                    "stmctl: follow: nothing comes from the co-processor; asking again\n"
-                    "stmctl: follow: asking again, 1.1 s after the last came\n"
+                    "stmctl: follow: no data from the co-processor; asking again\n"
+                    "stmctl: follow: asking again, 1.1 s after the last data\n"
                     "stmctl: follow: time-out 3, nothing came for 1.1 s\n"
                     "stmctl: follow: time-out 4, nothing came for 1.6 s\n"
-                    "stmctl: follow: records come again, after 2.1 s\n"
+                    "stmctl: follow: records are coming again after 2.1 s\n"
                     "stmctl: follow: 4117 records, 1882 lost, 0 rejected, 64 overflowing, silent "
                     "for 2.1 s, 4 time-outs\n",
                 SILENT);
@@ -114,11 +114,11 @@ TEST_F(DetailOf, verbose_flash_tells_each_step)
 {
     write_file("image.bin", noise(1500, 9));
     expect_said({"flash", "firmware", "image.bin", "-v"},
-                OPENED + "stmctl: flash: after T the boot loader has taken the command\n"
-                         "stmctl: flash: after T block 0 is sent, all before it is acknowledged\n"
-                         "stmctl: flash: after T block 1 is sent, all before it is acknowledged\n"
+                OPENED + "stmctl: flash: after T the boot loader accepted the command\n"
+                         "stmctl: flash: after T block 0 sent, all before it acknowledged\n"
+                         "stmctl: flash: after T block 1 sent, all before it acknowledged\n"
                          " 60 %  1024 of 1500 bytes\n"
-                         "stmctl: flash: after T all 1500 bytes are acknowledged\n"
+                         "stmctl: flash: after T all 1500 bytes acknowledged\n"
                          "100 %  1500 of 1500 bytes\n");
 }
 
@@ -131,7 +131,7 @@ TEST_F(DetailOf, both_are_refused)
         for (const Words &both : {Words{"-q", "-v"}, Words{"--verbose", "--quiet"}, Words{"-qv"}}) {
             Words words = command;
             words.insert(words.end(), both.begin(), both.end());
-            expect_failure(stmctl(words), 2, "--quiet and --verbose exclude each other");
+            expect_failure(stmctl(words), 2, "--quiet and --verbose cannot be combined");
             EXPECT_TRUE(transcript().empty());
         }
     }

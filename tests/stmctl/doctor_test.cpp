@@ -15,7 +15,7 @@ namespace
 {
 
 constexpr char DEVICE_LINE[] =
-    "device    good     /dev/spidev1.0 is no device node, but behaves like one: virtual\n";
+    "device    good     /dev/spidev1.0 is virtual: it behaves like a device node\n";
 
 class Doctor : public RingBench
 {
@@ -66,17 +66,17 @@ TEST_F(Doctor, all_is_good_on_a_good_board)
     const std::string gnuplot = line(result, "gnuplot");
     EXPECT_EQ(result.output,
               DEVICE_LINE + rights +
-                  "users     good     nobody else has it open\n"
+                  "users     good     no other process has it open\n"
                   "lock      good     free\n"
-                  "bufsiz    good     the driver takes 4096 bytes at once\n"
-                  "SPI mode  good     0, words of 8 bits\n"
-                  "clock     good     6 MHz, before it was 1 MHz\n"
-                  "link      good     exchanges go through\n"
+                  "bufsiz    good     the driver accepts 4096 bytes at once\n"
+                  "SPI mode  good     0, 8-bit words\n"
+                  "clock     good     6 MHz, previously 1 MHz\n"
+                  "link      good     exchanges work\n"
                   "exchange  good     4096 bytes take 5.46 ms, the wire alone 5.46 ms\n"
                   "runs      good     the application\n"
                   "version   good     boot loader 1.5\n"
                   "query     good     sampletime is 0\n"
-                  "ring      good     none; stmctl ring write makes one\n" +
+                  "ring      good     none; stmctl ring write creates one\n" +
                   gnuplot);
     EXPECT_EQ(gnuplot.find("gnuplot   good     "), 0U);
 }
@@ -100,33 +100,32 @@ TEST_F(Doctor, the_boot_loader_is_good_and_answers_no_queries)
               "runs      good     the boot loader; stmctl reset starts the application\n");
     EXPECT_EQ(line(result, "version"), "version   good     boot loader 1.7\n");
     EXPECT_EQ(line(result, "query"),
-              "query     unknown  not asked: the application does not run\n");
+              "query     unknown  not asked: the application is not running\n");
     EXPECT_EQ(stmctl({"state"}).output, "boot loader (1)\n") << "the mode is never switched";
 }
 
 TEST_F(Doctor, nobody_who_answers_is_bad)
 {
     const Result silent = doctor({"--fault", "silence"});
-    expect_bad(silent, "1 of 14 bad: runs");
-    EXPECT_EQ(
-        line(silent, "runs"),
-        "runs      bad      the answer is 0, nothing answers\n"
-        "                   has the co-processor power, does it hang? switch it off and on\n");
-    EXPECT_EQ(line(silent, "version"), "version   unknown  the answer is 0, nothing answers\n");
+    expect_bad(silent, "1 of 14 checks failed: runs");
+    EXPECT_EQ(line(silent, "runs"),
+              "runs      bad      the answer is 0, so nothing is answering\n"
+              "                   does it have power, or has it hung? switch it off and on\n");
+    EXPECT_EQ(line(silent, "version"),
+              "version   unknown  the answer is 0, so nothing is answering\n");
     const Result undriven = doctor({"--fault", "bus-inactive"});
-    expect_bad(undriven, "1 of 14 bad: runs");
-    EXPECT_NE(line(undriven, "runs").find("the answer is 255, nobody drives the line\n"),
+    expect_bad(undriven, "1 of 14 checks failed: runs");
+    EXPECT_NE(line(undriven, "runs").find("the answer is 255, so nothing drives the line\n"),
               std::string::npos);
 }
 
 TEST_F(Doctor, an_application_that_does_not_answer_is_bad)
 {
     const Result result = doctor({"--fault", "late@0x03=3000"});
-    expect_bad(result, "1 of 14 bad: query");
+    expect_bad(result, "1 of 14 checks failed: query");
     EXPECT_EQ(line(result, "query"),
               "query     bad      sampletime: no answer in time\n"
-              "                   the application runs, but does not answer: "
-              "stmctl start, stmctl reset\n");
+              "                   it runs but does not answer; try stmctl start, stmctl reset\n");
 }
 
 TEST_F(Doctor, what_the_application_answers_is_shown)
@@ -138,38 +137,37 @@ TEST_F(Doctor, what_the_application_answers_is_shown)
 TEST_F(Doctor, failing_exchanges_are_bad_where_they_fail)
 {
     const Result first = doctor({"--fault", "exchange@1"});
-    expect_bad(first, "1 of 14 bad: link");
-    EXPECT_EQ(line(first, "link"), "link      bad      an exchange fails: Input/output error\n"
-                                   "                   see the lines above, and dmesg\n");
+    expect_bad(first, "1 of 14 checks failed: link");
+    EXPECT_EQ(line(first, "link"), "link      bad      an exchange failed: Input/output error\n"
+                                   "                   see the lines above and dmesg\n");
     EXPECT_EQ(line(first, "runs"), "runs      unknown  not asked: the link fails\n");
     EXPECT_EQ(transcript().size(), 1U) << "no more is tried";
     const Result third = doctor({"--fault", "exchange@3"});
-    expect_bad(third, "1 of 14 bad: runs");
+    expect_bad(third, "1 of 14 checks failed: runs");
     EXPECT_EQ(line(third, "runs"),
               "runs      bad      fetching the answer failed: Input/output error\n"
               "                   see dmesg\n");
     const Result fifth = doctor({"--fault", "exchange@5"});
-    expect_bad(fifth, "1 of 14 bad: version");
+    expect_bad(fifth, "1 of 14 checks failed: version");
 }
 
 TEST_F(Doctor, a_buffer_that_is_too_small_shows_in_the_longest_exchange)
 {
     const Result result = doctor({"--bufsiz", "4095"});
-    expect_bad(result, "2 of 14 bad: bufsiz, link");
-    EXPECT_EQ(line(result, "bufsiz").find("bufsiz    bad      the driver does not take 4096 bytes"),
-              0U);
+    expect_bad(result, "2 of 14 checks failed: bufsiz, link");
+    EXPECT_EQ(line(result, "bufsiz").find("bufsiz    bad      the driver refuses 4096 bytes"), 0U);
     EXPECT_NE(line(result, "bufsiz").find("set it where the driver is loaded, see stmctl --help"),
               std::string::npos);
-    EXPECT_EQ(line(result, "link").find("link      bad      an exchange fails: Message too long\n"),
-              0U);
+    EXPECT_EQ(
+        line(result, "link").find("link      bad      an exchange failed: Message too long\n"), 0U);
 }
 
 TEST_F(Doctor, a_refused_clock_is_bad)
 {
     const Result result = doctor({"--fault", "speed-refused"});
-    expect_bad(result, "1 of 14 bad: clock");
+    expect_bad(result, "1 of 14 checks failed: clock");
     EXPECT_EQ(line(result, "clock"),
-              "clock     bad      1 MHz: 6 MHz was refused: Invalid argument\n"
+              "clock     bad      1 MHz; 6 MHz was refused: Invalid argument\n"
               "                   spi-max-frequency in the device tree must "
               "allow it\n");
     EXPECT_EQ(line(result, "exchange"),
@@ -181,21 +179,21 @@ TEST_F(Doctor, a_mode_that_another_program_left_is_bad_and_told_once)
     doctor();
     write_file("board/spi-mode", {'3'});
     const Result result = doctor();
-    expect_bad(result, "1 of 14 bad: SPI mode");
+    expect_bad(result, "1 of 14 checks failed: SPI mode");
     EXPECT_EQ(line(result, "SPI mode"),
-              "SPI mode  bad      3, as another program left it; 0 is needed\n"
-              "                   let it set it back, or restart the system, see stmctl --help "
+              "SPI mode  bad      3, left by another program; 0 is needed\n"
+              "                   set it to 0 or restart the system, see stmctl --help "
               "access\n");
 }
 
 TEST_F(Doctor, a_device_that_cannot_be_opened_is_status_4)
 {
     const Result missing = doctor({"--fault", "no-device"});
-    expect_bad(missing, "1 of 14 bad: device", 4);
+    expect_bad(missing, "1 of 14 checks failed: device", 4);
     EXPECT_EQ(line(missing, "device"),
               "device    bad      /dev/spidev1.0 cannot be opened: No such file or directory\n"
               "                   the system has no such SPI device, see stmctl --help access\n");
-    EXPECT_EQ(line(missing, "rights"), "rights    unknown  there is nothing to have rights to\n");
+    EXPECT_EQ(line(missing, "rights"), "rights    unknown  there is no device to check\n");
     for (const char *name : {"users", "lock", "SPI mode", "clock"}) {
         EXPECT_NE(line(missing, name).find(" unknown  the device cannot be opened\n"),
                   std::string::npos)
@@ -207,7 +205,7 @@ TEST_F(Doctor, a_device_that_cannot_be_opened_is_status_4)
             << name;
     }
     const Result forbidden = doctor({"--fault", "no-device=EACCES"});
-    expect_bad(forbidden, "1 of 14 bad: rights", 4);
+    expect_bad(forbidden, "1 of 14 checks failed: rights", 4);
     EXPECT_EQ(line(forbidden, "device"), "device    good     /dev/spidev1.0 is there\n");
     EXPECT_NE(line(forbidden, "rights").find(" may not read and write it\n"), std::string::npos);
 }
@@ -224,7 +222,7 @@ TEST_F(Doctor, nothing_is_sent_while_another_program_has_the_device_open)
         EXPECT_NE(said.find(" unknown  "), std::string::npos) << said;
         EXPECT_NE(said.find(") has the device open\n"), std::string::npos) << said;
     }
-    EXPECT_EQ(line(result, "SPI mode"), "SPI mode  good     0, words of 8 bits\n");
+    EXPECT_EQ(line(result, "SPI mode"), "SPI mode  good     0, 8-bit words\n");
     EXPECT_EQ(transcript().size(), 0U);
 }
 
@@ -233,10 +231,9 @@ TEST_F(Doctor, several_who_talk_at_once_are_bad)
     const Result result = beside_another(
         "exec 9<>/dev/spidev1.0; mkfifo never; cat <>never & cat=$!; trap 'kill $cat' EXIT; ",
         {"doctor"});
-    expect_bad(result, "1 of 14 bad: users");
+    expect_bad(result, "1 of 14 checks failed: users");
     EXPECT_NE(line(result, "users")
-                  .find(" have it open\n                   end all but one: what "
-                        "they say gets mixed\n"),
+                  .find(" have it open\n                   end all but one: their dialogues mix\n"),
               std::string::npos)
         << result.output;
     EXPECT_TRUE(line(result, "runs").ends_with(") have the device open\n")) << result.output;
@@ -267,7 +264,7 @@ TEST_F(Doctor, nothing_is_sent_while_another_one_holds_the_lock)
     const Result result = doctor();
     close(lock);
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(line(result, "users"), "users     good     nobody else has it open\n");
+    EXPECT_EQ(line(result, "users"), "users     good     no other process has it open\n");
     EXPECT_EQ(line(result, "lock").find("lock      good     process "), 0U) << result.output;
     EXPECT_NE(line(result, "runs").find(" holds the lock\n"), std::string::npos);
     EXPECT_EQ(transcript().size(), 0U);
@@ -293,8 +290,8 @@ TEST_F(Doctor, hidden_processes_leave_it_unknown_who_else_has_the_device_open)
         "; status=$?; rm -rf $board; exit $status");
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(line(result, "users"),
-              "users     unknown  nobody else that may be seen, but processes are hidden\n"
-              "                   sudo stmctl doctor sees them all\n");
+              "users     unknown  no visible process has it open, but some are hidden\n"
+              "                   sudo stmctl doctor can see them all\n");
     EXPECT_EQ(line(result, "runs"), "runs      good     the application\n");
 }
 
@@ -320,16 +317,15 @@ TEST_F(Doctor, a_ring_is_good_unless_nobody_can_use_it)
     const Result foreign = doctor();
     EXPECT_EQ(foreign.status, 0);
     EXPECT_EQ(line(foreign, "ring")
-                  .find("ring      good     there; its writer: of another program, "
-                        "if any: process "),
+                  .find("ring      good     present; writer: another program, if any: process "),
               0U)
         << foreign.output;
     ring->writer_open = 1;
-    expect_bad(doctor(), "1 of 14 bad: ring");
+    expect_bad(doctor(), "1 of 14 checks failed: ring");
     ring->writer_open = 0;
     ring->write_index = 160;
     const Result damaged = doctor();
-    expect_bad(damaged, "1 of 14 bad: ring");
+    expect_bad(damaged, "1 of 14 checks failed: ring");
     EXPECT_EQ(line(damaged, "ring"),
               "ring      bad      damaged, see stmctl ring status\n"
               "                   stmctl ring remove makes way for a new one\n");
@@ -337,7 +333,7 @@ TEST_F(Doctor, a_ring_is_good_unless_nobody_can_use_it)
     shmctl(id, IPC_RMID, nullptr);
     const int small = shmget(RINGBUFFER_KEY, 100, IPC_CREAT | 0666);
     const Result too_small = doctor();
-    expect_bad(too_small, "1 of 14 bad: ring");
+    expect_bad(too_small, "1 of 14 checks failed: ring");
     EXPECT_EQ(
         line(too_small, "ring").find("ring      bad      too small: 100 bytes instead of 7704"),
         0U);
@@ -349,30 +345,30 @@ TEST_F(Doctor, is_ended_by_its_user_whatever_it_asks)
 {
     for (const std::string mode : {"application", "boot loader"}) {
         expect_failure(in_shell({"doctor"}, "<<<s", {"--mode", mode}), 3,
-                       "doctor: stopped before it was done");
+                       "doctor: stopped before it had finished");
     }
 }
 
 TEST_F(Doctor, tells_the_same_as_json)
 {
     const Result result = stmctl({"doctor", "--json"}, {"--fault", "silence"});
-    expect_bad(result, "1 of 14 bad: runs");
+    expect_bad(result, "1 of 14 checks failed: runs");
     EXPECT_EQ(result.output.find("{\"overall\":\"bad\",\"checks\":[{\"name\":\"device\",\"state\":"
-                                 "\"good\",\"words\":\"/dev/spidev1.0 is no device node, but "
-                                 "behaves like one: virtual\",\"remedy\":null},"),
+                                 "\"good\",\"words\":\"/dev/spidev1.0 is virtual: it behaves like "
+                                 "a device node\",\"remedy\":null},"),
               0U)
         << result.output;
-    EXPECT_NE(
-        result.output.find("{\"name\":\"runs\",\"state\":\"bad\",\"words\":\"the answer is 0, "
-                           "nothing answers\",\"remedy\":\"has the co-processor power, does "
-                           "it hang? switch it off and on\"},"),
-        std::string::npos);
+    EXPECT_NE(result.output.find("{\"name\":\"runs\",\"state\":\"bad\",\"words\":\"the answer is "
+                                 "0, so nothing is answering\",\"remedy\":\"does it have power, or "
+                                 "has it hung? switch it off and on\"},"),
+              std::string::npos);
     EXPECT_EQ(count(result.output, "\"name\":"), 14U);
     EXPECT_EQ(says({"doctor", "--json"}).find("{\"overall\":\"good\""), 0U);
     EXPECT_EQ(
         says({"doctor", "--json"}, {"--mode", "boot loader"}).find("{\"overall\":\"unknown\""), 0U);
-    EXPECT_EQ(stmctl({"doctor", "--jsn"}).errors,
-              "stmctl: not expected: --jsn; did you mean --json?; see stmctl doctor --help\n");
+    EXPECT_EQ(
+        stmctl({"doctor", "--jsn"}).errors,
+        "stmctl: unexpected argument: --jsn; did you mean --json? See stmctl doctor --help\n");
 }
 
 } // namespace

@@ -125,8 +125,9 @@ TEST_F(Flash, boot_loader_goes_to_the_start_of_the_flash)
 TEST_F(Flash, boot_loader_is_not_written_where_nobody_can_be_asked)
 {
     const Result result = in_shell({"flash", "booter", "image.bin"}, "</dev/null");
-    expect_failure(result, 2,
-                   "flash booter: nobody can be asked without a terminal; --yes goes on");
+    expect_failure(
+        result, 2,
+        "flash booter: cannot ask for confirmation without a terminal; use --yes to continue");
     EXPECT_TRUE(transcript().empty());
 }
 
@@ -154,8 +155,8 @@ TEST_F(Flash, limit_replaces_that_of_the_region)
     const Result result = stmctl({"flash", "booter", "image.bin", "--yes", "--limit", "99999"});
     EXPECT_EQ(result.status, 1) << "the co-processor has the last word";
     EXPECT_EQ(without_tenths(result.errors),
-              "stmctl: flash incomplete at the header: address error, the "
-              "co-processor does not take this address or size\n");
+              "stmctl: flash incomplete at the header: address error (the co-processor does not "
+              "accept this address or size)\n");
 }
 
 // Of a rate only what says something is shown.
@@ -223,15 +224,15 @@ TEST_F(Flash, pipe_is_read_before_the_device_is_touched)
         expect_failure(in_shell(words, input), status, sentence);
         EXPECT_TRUE(transcript().empty()) << sentence;
     };
-    refused({"flash", "firmware", "-"}, "</dev/null", 1, "standard input: nothing came");
+    refused({"flash", "firmware", "-"}, "</dev/null", 1, "standard input: no data came");
     refused({"flash", "firmware", "-"}, "< <(head -c 507905 /dev/zero)", 1,
-            "standard input: more came than the 507904 bytes that fit");
+            "standard input: more data than the 507904 bytes that fit");
     refused({"flash", "firmware", "-"}, "</dev/zero", 1,
-            "standard input: more came than the 507904 bytes that fit");
+            "standard input: more data than the 507904 bytes that fit");
     refused({"flash", "firmware", "-"}, "<.", 1, "standard input: Is a directory");
     refused({"flash", "booter", "-"}, "<image.bin", 2,
-            "flash booter: nobody can be asked while the image comes from standard input; --yes "
-            "goes on");
+            "flash booter: cannot ask for confirmation while the image comes from standard input; "
+            "use --yes to continue");
 }
 
 TEST_F(Flash, pipe_is_waited_for_until_an_interrupt)
@@ -241,7 +242,7 @@ TEST_F(Flash, pipe_is_waited_for_until_an_interrupt)
     const int pipe = open(path("pipe").c_str(), O_WRONLY | O_CLOEXEC); // once it is read
     EXPECT_EQ(write(pipe, "half", 4), 4);
     kill(pid, SIGINT);
-    expect_failure(finish(pid), 3, "pipe: stopped before it was read");
+    expect_failure(finish(pid), 3, "pipe: stopped while it was being read");
     EXPECT_TRUE(transcript().empty());
     close(pipe);
 }
@@ -249,13 +250,13 @@ TEST_F(Flash, pipe_is_waited_for_until_an_interrupt)
 TEST_F(Flash, words_that_make_no_sense_are_refused)
 {
     expect_refused({"flash", "firmware", "image.bin", "--limit", "0"}, 2,
-                   "--limit: a number from 1 to 4294967295, not '0'");
+                   "--limit must be a number from 1 to 4294967295, not '0'");
     expect_refused({"flash", "firmware", "image.bin", "--retries", "x"}, 2,
-                   "--retries: a number from 0 to 1000, not 'x'");
+                   "--retries must be a number from 0 to 1000, not 'x'");
     expect_refused({"flash", "nonsense", "image.bin"}, 2,
-                   "REGION: nonsense not in {firmware,booter}; see stmctl flash --help");
+                   "REGION: 'nonsense' is not one of firmware, booter; see stmctl flash --help");
     expect_refused({"flash", "booter", "image.bin", "--yes", "--start"}, 2,
-                   "flash booter: --start starts a firmware, and is for flash firmware only");
+                   "flash booter: --start is for flash firmware only");
     expect_refused({"flash", "firmware"}, 2, "FILE is required; see stmctl flash --help");
 }
 
@@ -280,34 +281,34 @@ TEST_P(WithoutAcknowledge, says_why_at_every_step)
 INSTANTIATE_TEST_SUITE_P(
     Faults, WithoutAcknowledge,
     testing::Values(
-        std::pair("bus-inactive", "the bus is inactive, no co-processor drives it"),
-        std::pair("silence", "time-out, no acknowledge within 16.5 seconds; nothing answers "
-                             "at all: has the co-processor power, does it hang?"),
+        std::pair("bus-inactive", "the bus is inactive (no co-processor drives it)"),
+        std::pair("silence", "time-out (no acknowledgement within 16.5 seconds); nothing is "
+                             "answering: does the co-processor have power, or has it hung?"),
         std::pair("checksum-error",
-                  "checksum error, the co-processor got other bytes than were sent"),
+                  "checksum error (the co-processor received other bytes than were sent)"),
         std::pair("address-error",
-                  "address error, the co-processor does not take this address or size")));
+                  "address error (the co-processor does not accept this address or size)")));
 
 TEST_F(Flash, dead_board_is_told_at_the_mode_command)
 {
     expect_incomplete("bus-inactive",
-                      "at the mode command: the bus is inactive, no co-processor drives it");
-    expect_incomplete("silence", "at the mode command: time-out, no acknowledge within 16.5 "
-                                 "seconds; nothing answers at all: has the co-processor power, "
-                                 "does it hang?");
+                      "at the mode command: the bus is inactive (no co-processor drives it)");
+    expect_incomplete("silence",
+                      "at the mode command: time-out (no acknowledgement within 16.5 seconds); "
+                      "nothing is answering: does the co-processor have power, or has it hung?");
 }
 
 TEST_F(Flash, failing_exchange_is_told_for_every_step)
 {
     const std::string error = " failed: Input/output error";
-    const std::string acknowledge = "asking for the acknowledge" + error;
+    const std::string acknowledge = "asking for the acknowledgement" + error;
     expect_incomplete("exchange@2", AT_MODE + ("sending the command" + error));
     expect_incomplete("exchange@3", AT_MODE + acknowledge);
     expect_incomplete("exchange@4", AT_HEADER + ("sending the header" + error));
     expect_incomplete("exchange@5", AT_HEADER + acknowledge);
     expect_incomplete("exchange@6", "at block 0, after 0 of 5000 bytes: sending the data" + error);
     expect_incomplete("exchange@7=ESHUTDOWN",
-                      "at block 0, after 0 of 5000 bytes: asking for the acknowledge failed: "
+                      "at block 0, after 0 of 5000 bytes: asking for the acknowledgement failed: "
                       "Cannot send after transport endpoint shutdown; the device is gone, see "
                       "stmctl --help access");
     expect_incomplete("exchange@14",
@@ -326,8 +327,8 @@ TEST_F(Flash, odd_status_is_an_acknowledge_or_none)
 {
     expect_flashed("status@mode=0xF2");
     expect_flashed("status@2=0xFE");
-    expect_incomplete("status@3=0xEF",
-                      std::string(AT_BLOCK_3) + "time-out, no acknowledge within 16.5 seconds");
+    expect_incomplete("status@3=0xEF", std::string(AT_BLOCK_3) +
+                                           "time-out (no acknowledgement within 16.5 seconds)");
 }
 
 TEST_F(Flash, late_but_in_time_is_good)
@@ -335,16 +336,15 @@ TEST_F(Flash, late_but_in_time_is_good)
     expect_flashed("late=20");
     expect_flashed("late@header=1499");
     expect_incomplete("late@header=1500",
-                      std::string(AT_HEADER) + "time-out, no acknowledge within 16.5 seconds");
+                      std::string(AT_HEADER) + "time-out (no acknowledgement within 16.5 seconds)");
 }
 
 TEST_F(Flash, refused_clock_is_a_warning)
 {
     const Result result = flash_with("speed-refused");
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(without_tenths(result.errors),
-              "stmctl: the device refused the clock of 6 MHz: Invalid argument; "
-              "going on with the device's own\n");
+    EXPECT_EQ(without_tenths(result.errors), "stmctl: the device refused a clock of 6 MHz: Invalid "
+                                             "argument; continuing with the device's own clock\n");
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
 }
 
@@ -354,7 +354,7 @@ TEST_F(Flash, retries_begin_again_from_the_start)
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(without_tenths(result.errors),
               "stmctl: attempt 1 of 2 failed at block 1, after 1024 of 5000 bytes: asking for the "
-              "acknowledge failed: Input/output error; trying again\n");
+              "acknowledgement failed: Input/output error; trying again\n");
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
     EXPECT_EQ(transcript().at(9).note, "synchronised");
     EXPECT_GE(transcript().at(9).microseconds - transcript().at(8).microseconds, 1'000'000);
@@ -367,15 +367,15 @@ TEST_F(Flash, link_that_cannot_be_synchronised_before_another_attempt_is_told)
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(without_tenths(result.errors),
               "stmctl: attempt 1 of 2 failed at block 1, after 1024 of 5000 bytes: asking for the "
-              "acknowledge failed: Input/output error; trying again\n"
+              "acknowledgement failed: Input/output error; trying again\n"
               "stmctl: synchronising the link failed: Input/output error\n");
 }
 
 TEST_F(Flash, retries_are_not_endless)
 {
     const Result result = flash_with("checksum-error@0", {"--retries", "2"});
-    const std::string why = " at block 0, after 0 of 5000 bytes: checksum error, the co-processor "
-                            "got other bytes than were sent";
+    const std::string why = " at block 0, after 0 of 5000 bytes: checksum error (the co-processor "
+                            "received other bytes than were sent)";
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(without_tenths(result.errors),
               "stmctl: attempt 1 of 3 failed" + why + "; trying again\n" +
@@ -407,7 +407,7 @@ TEST_F(Flash, full_disk_does_not_end_it_but_is_told)
     const Result result = in_shell({"flash", "firmware", "image.bin"}, ">/dev/full");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(without_tenths(result.errors),
-              "stmctl: flash: all bytes are written\n"
+              "stmctl: flash: all bytes have been written\n"
               "stmctl: cannot write the output: No space left on device\n");
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
 }

@@ -68,7 +68,7 @@ TEST_F(Image, that_holds_less_than_its_size_is_refused)
         ImageFile(file, 100000);
         FAIL() << "not refused";
     } catch (const Failure &failure) {
-        EXPECT_EQ(std::string(failure.what()), file + ": it changed while it was read");
+        EXPECT_EQ(std::string(failure.what()), file + ": the file changed while it was being read");
     }
 }
 

@@ -56,8 +56,8 @@ class Judgement : public RingBench
 
 TEST_F(Judgement, words_that_are_no_seconds_of_silence_are_refused)
 {
-    const std::string rest =
-        ": a time as 90, 90s, 5m, 1.5h or 500ms, above 0, at most 1000000000 s, not '";
+    const std::string rest = " must be a time such as 90, 90s, 5m, 1.5h or 500ms, above 0 and at "
+                             "most 1000000000 s, not '";
     for (const Words &command : {Words{"follow"}, Words{"records"}, Words{"watch"},
                                  Words{"ring", "write"}, Words{"ring", "read"}}) {
         for (const std::string words :
@@ -79,14 +79,14 @@ TEST_F(Judgement, words_that_are_no_seconds_of_silence_are_refused)
 
 TEST_F(Judgement, help_tells_what_counts_as_a_silence)
 {
-    const std::string stream = "(10; with --keep-going 2)\n";
+    const std::string stream = "(10 s; 2 s with --keep-going)\n";
     const std::vector<std::pair<Words, std::string>> commands = {
-        {{"follow"}, stream},         {{"records"}, stream},        {{"watch"}, stream},
-        {{"ring", "write"}, "(2)\n"}, {{"ring", "read"}, "(10)\n"},
+        {{"follow"}, stream},           {{"records"}, stream},          {{"watch"}, stream},
+        {{"ring", "write"}, "(2 s)\n"}, {{"ring", "read"}, "(10 s)\n"},
     };
     for (const auto &[command, silence] : commands) {
         const std::string help = stmctl(with(command, {"--help"})).output;
-        EXPECT_NE(help.find("  what counts as a silence " + silence), std::string::npos) << help;
+        EXPECT_NE(help.find("  shortest silence " + silence), std::string::npos) << help;
     }
 }
 
@@ -98,7 +98,7 @@ TEST_F(Judgement, silence_is_what_its_user_calls_so)
     const Result shorter = judged(follow, silent, {"--silence", "1.5"});
     EXPECT_EQ(shorter.status, 1);
     EXPECT_NE(shorter.errors.find("nothing has come for 1.5 seconds; " +
-                                  std::string("nothing answers at all")),
+                                  std::string("nothing is answering")),
               std::string::npos)
         << shorter.errors;
     const Result longer = judged(follow, silent, {"--silence", "3"});
@@ -169,8 +169,8 @@ TEST_F(Judgement, a_silence_is_asked_into_once_in_each_wait)
                                  {"--fault", "silence@t=0.006s..2.6s"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors,
-              "stmctl: records: nothing comes from the co-processor; asking again\n"
-              "stmctl: records: records come again, after 6.2 s\n"
+              "stmctl: records: no data from the co-processor; asking again\n"
+              "stmctl: records: records are coming again after 6.2 s\n"
               "stmctl: records: 200 of 200 records, 0 lost, 0 rejected, 0 overflowing, silent for "
               "6.2 s, 12 time-outs\n");
     EXPECT_EQ(std::ranges::count(transcript(), 4096U, &Line::length), 1 + 2 + 1)
@@ -192,8 +192,9 @@ TEST_F(Judgement, failing_exchanges_and_time_outs_are_no_holes_as_long_as_nothin
 TEST_F(Judgement, losses_that_cannot_be_seen_cannot_be_judged)
 {
     for (const std::string command : {"follow", "records"}) {
-        expect_failure(stmctl({command, "--format", "hex", "--fail-on-loss"}), 2,
-                       "--fail-on-loss: --format hex does not show losses");
+        expect_failure(
+            stmctl({command, "--format", "hex", "--fail-on-loss"}), 2,
+            "--fail-on-loss cannot be combined with --format hex, which does not show losses");
         expect_untouched();
         EXPECT_EQ(stmctl({command, "--format", "hex", "-n", "3"}).status, 0);
     }
@@ -293,7 +294,7 @@ TEST_F(Judgement, a_stop_in_a_silence_fails_an_endless_run_and_stops_a_limited_o
             kill(pid, SIGINT);
             const Result result = finish(pid);
             EXPECT_EQ(result.status, row.status) << command;
-            EXPECT_NE(result.errors.find(command + ": nothing came for the last "),
+            EXPECT_NE(result.errors.find(command + ": nothing came in the last "),
                       std::string::npos)
                 << result.errors;
             EXPECT_NE(result.errors.find(", silent for "), std::string::npos);

@@ -74,11 +74,11 @@ TEST_F(LiveLine, losses_and_silences_are_shown)
     for (const std::string &words :
          {"\r0:03  1994 records  0/s  lost 0  837.5 KiB  " + // nothing comes
               blanks("0:03  1994 records  0/s  lost 0  837.5 KiB") +
-              "stmctl: follow: nothing comes from the co-processor; asking again\r\n"
+              "stmctl: follow: no data from the co-processor; asking again\r\n"
               "\r0:03  1994 records  0/s  lost 0  837.5 KiB"
               "\r0:04  1994 records  0/s  lost 0  837.5 KiB\r0:04 ",
           "lost 0  837.5 KiB" + blanks("0:04  1994 records  0/s  lost 0  837.5 KiB") +
-              "stmctl: follow: records come again, after 2.1 s\r\n"
+              "stmctl: follow: records are coming again after 2.1 s\r\n"
               "\r0:04  2499 records  2020/s  lost 1882  silent 2.1 s  1.0 MiB\r0:05 "}) {
         EXPECT_NE(line.find(words), std::string::npos) << words << "\n" << line;
     }
@@ -129,8 +129,7 @@ TEST_F(LiveLine, a_failure_takes_its_place)
 {
     const std::string all =
         shown({"follow", "--duration", "2", "-o", "a.txt"}, {"--fault", "silence@t=1s..9s"}, 80, 1);
-    EXPECT_NE(all.find(" \rstmctl: follow: nothing comes from the co-processor; "),
-              std::string::npos)
+    EXPECT_NE(all.find(" \rstmctl: follow: no data from the co-processor; "), std::string::npos)
         << all;
 }
 

@@ -50,7 +50,7 @@ TEST_F(Lock, the_second_refuses_and_names_the_first)
     EXPECT_EQ(second.status, 1);
     EXPECT_EQ(second.output, "");
     EXPECT_EQ(second.errors.find("stmctl: /dev/spidev1.0 is in use by process "), 0U);
-    EXPECT_NE(second.errors.find("stmctl get sampletime); --wait waits for it\n"),
+    EXPECT_NE(second.errors.find("stmctl get sampletime); use --wait to wait for it\n"),
               std::string::npos)
         << second.errors;
     kill(holder, SIGINT);
@@ -68,7 +68,7 @@ TEST_F(Lock, what_was_written_meanwhile_to_the_log_is_not_continued)
     finish(holder);
     EXPECT_EQ(second.status, 1);
     EXPECT_NE(second.errors.find("stmctl: cannot append to '" + path("log") +
-                                 "': its first line is another one; "),
+                                 "': its first line does not match; "),
               std::string::npos)
         << second.errors;
     EXPECT_EQ(read_text("log"), "other\n");
@@ -153,7 +153,7 @@ TEST_F(Lock, every_command_of_the_device_waits_when_told_and_refuses_otherwise)
         SCOPED_TRACE(joined(words));
         const Result refused = in_shell(words, "</dev/null");
         EXPECT_EQ(refused.status, 1);
-        EXPECT_NE(refused.errors.find("); --wait waits for it\n"), std::string::npos);
+        EXPECT_NE(refused.errors.find("); use --wait to wait for it\n"), std::string::npos);
         words.emplace_back("--wait");
         const Result stopped = in_shell(words, "<<<s");
         EXPECT_EQ(stopped.status, 3);
@@ -184,7 +184,7 @@ TEST_F(Lock, the_first_is_named_without_its_folder_but_with_its_operands)
     const pid_t holder = hold({"flash", "firmware", "./image.bin"});
     const std::string said = beside({"state"}).errors;
     EXPECT_EQ(said.substr(said.find('(')),
-              "(stmctl flash firmware ./image.bin); --wait waits for it\n");
+              "(stmctl flash firmware ./image.bin); use --wait to wait for it\n");
     kill(holder, SIGINT);
     finish(holder);
 }
@@ -194,7 +194,7 @@ TEST_F(Lock, locks_on_other_files_are_not_taken_for_it)
     write_file("other", {});
     const pid_t holder = hold();
     const std::string lock = "exec 8>" + path("other") + "; flock 8; ";
-    EXPECT_NE(beside({"state"}, lock).errors.find("stmctl get sampletime); --wait"),
+    EXPECT_NE(beside({"state"}, lock).errors.find("stmctl get sampletime); use --wait"),
               std::string::npos);
     kill(holder, SIGINT);
     finish(holder);

@@ -6,8 +6,9 @@
 namespace
 {
 
-constexpr char OTHER_LINE[] = "cannot append to 'log': its first line is another one; is it of "
-                              "another --format, --variant, --separator or --timestamps?";
+constexpr char OTHER_LINE[] =
+    "cannot append to 'log': its first line does not match; was it written with another --format, "
+    "--variant, --separator or --timestamps?";
 
 class LogFile : public RecordBench
 {
@@ -89,11 +90,11 @@ TEST_F(LogFile, half_a_line_of_a_killed_run_is_cut_off)
     const std::string csv = shown({"--format", "csv"});
     write_text("log", csv + "3;3;8953");
     EXPECT_EQ(append({"--format", "csv"}).errors,
-              "stmctl: 'log': the half line at its end, 8 bytes, is cut off\n");
+              "stmctl: 'log': removed the incomplete last line (8 bytes)\n");
     EXPECT_EQ(read_text("log"), csv + without_first_line(csv));
     write_text("log", csv.substr(0, 30));
     EXPECT_EQ(append({"--format", "csv"}).errors,
-              "stmctl: 'log': the half line at its end, 30 bytes, is cut off\n");
+              "stmctl: 'log': removed the incomplete last line (30 bytes)\n");
     EXPECT_EQ(read_text("log"), csv) << "half a header is none";
     const std::string jsonl = shown({"--format", "jsonl"});
     write_text("log", "{\"nr\":1,\"re");
@@ -123,14 +124,14 @@ TEST_F(LogFile, a_file_of_something_else_is_not_continued)
     expect_kept(stmctl({"raw", "--format", "csv", "-o", "log", "--append"}), 1, OTHER_LINE, text);
     expect_kept(stmctl({"adc", "--format", "csv", "-o", "log", "--append"}), 1, OTHER_LINE, text);
     write_text("log", "no line");
-    expect_kept(append({}), 1, "cannot append to 'log': there is no whole line in it", "no line");
+    expect_kept(append({}), 1, "cannot append to 'log': it holds no complete line", "no line");
 }
 
 TEST_F(LogFile, a_file_that_is_there_is_kept_if_its_user_says_so)
 {
     write_text("log", "old");
     expect_kept(records({"-o", "log", "--no-clobber"}), 1,
-                "'log' is there already; --no-clobber keeps it", "old");
+                "'log' already exists; --no-clobber keeps it", "old");
     EXPECT_EQ(records({"-o", "new", "--no-clobber"}).errors, "");
     EXPECT_EQ(read_text("new"), shown({}));
 }
@@ -141,10 +142,10 @@ TEST_F(LogFile, options_for_a_file_want_one)
         for (const char *option : {"--append", "--no-clobber"}) {
             Words all = words;
             all.emplace_back(option);
-            expect_failure(records(all), 2, std::string(option) + " goes with -o FILE");
+            expect_failure(records(all), 2, std::string(option) + " requires -o FILE");
         }
     }
-    expect_failure(append({"--no-clobber"}), 2, "--append and --no-clobber exclude each other");
+    expect_failure(append({"--no-clobber"}), 2, "--append and --no-clobber cannot be combined");
     EXPECT_FALSE(std::filesystem::exists(path("log")));
 }
 

@@ -14,8 +14,8 @@ class Memory : public StmctlBench
     }
 };
 
-constexpr char TIMEOUT[] = ": the co-processor did not answer in time; nothing answers at all: "
-                           "has the co-processor power, does it hang?";
+constexpr char TIMEOUT[] = ": the co-processor did not answer in time; nothing is answering: does "
+                           "the co-processor have power, or has it hung?";
 
 TEST_F(Memory, pokes_are_told_and_peeked_back)
 {
@@ -76,7 +76,7 @@ TEST_F(Memory, dump_shows_no_byte_that_did_not_come)
     const Result result = with_fault("length@0x75=2", {"dump", "0", "3"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "0000  41 42                                            |AB|\n");
-    EXPECT_EQ(result.errors, "stmctl: dump: 3 bytes asked for, 2 came; another program may "
+    EXPECT_EQ(result.errors, "stmctl: dump: 3 bytes requested, 2 received; another program may "
                              "have used the device\n");
 }
 
@@ -113,19 +113,20 @@ TEST_F(Memory, longest_text_that_can_be_written)
 TEST_F(Memory, operands_are_checked_before_the_device_is_touched)
 {
     for (const char *command : {"peek", "text"}) {
-        expect_refused({command, "0x10000"}, "address: a number from 0 to 65535, not '0x10000'");
-        expect_refused({command, "x"}, "address: a number from 0 to 65535, not 'x'");
+        expect_refused({command, "0x10000"},
+                       "address must be a number from 0 to 65535, not '0x10000'");
+        expect_refused({command, "x"}, "address must be a number from 0 to 65535, not 'x'");
     }
-    expect_refused({"poke", "0", "256"}, "value: a number from 0 to 255, not '256'");
-    expect_refused({"poke", "65535", "1", "2"}, "the values reach beyond address 0xFFFF");
+    expect_refused({"poke", "0", "256"}, "value must be a number from 0 to 255, not '256'");
+    expect_refused({"poke", "65535", "1", "2"}, "the values extend beyond address 0xFFFF");
     expect_refused({"poke", "0"}, "VALUE is required; see stmctl poke --help");
-    expect_refused({"dump", "0xFFFF", "2"}, "the range reaches beyond address 0xFFFF");
-    expect_refused({"dump", "0xFFF0", "32"}, "the range reaches beyond address 0xFFFF");
-    expect_refused({"dump", "0", "0"}, "count: a number from 1 to 4096, not '0'");
-    expect_refused({"dump", "0", "4097"}, "count: a number from 1 to 4096, not '4097'");
+    expect_refused({"dump", "0xFFFF", "2"}, "the range extends beyond address 0xFFFF");
+    expect_refused({"dump", "0xFFF0", "32"}, "the range extends beyond address 0xFFFF");
+    expect_refused({"dump", "0", "0"}, "count must be a number from 1 to 4096, not '0'");
+    expect_refused({"dump", "0", "4097"}, "count must be a number from 1 to 4096, not '4097'");
     expect_refused({"dump", "0"}, "COUNT is required; see stmctl dump --help");
     expect_refused({"text", "0", "--write", std::string(256, 'x')},
-                   "the text has 256 characters, 255 are possible");
+                   "the text has 256 characters; at most 255 are possible");
 }
 
 TEST_F(Memory, time_out_is_told_and_no_byte_shown)

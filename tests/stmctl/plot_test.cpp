@@ -55,7 +55,7 @@ TEST_F(Plot, as_a_picture_by_the_name_of_the_file)
     EXPECT_NE(svg.find("negIe"), std::string::npos);
     EXPECT_NE(svg.find("</svg>"), std::string::npos) << "whole";
     expect_failure(plot({"records.csv", "-o", "a.jpg"}), 2,
-                   "'a.jpg': a picture's name ends in .png or .svg");
+                   "'a.jpg': the name of a picture must end in .png or .svg");
     expect_failure(plot({"records.csv", "-o", "no/a.png"}), 1,
                    "cannot write 'no/a.png': No such file or directory");
     expect_failure(plot({"records.csv"}, ">/dev/full"), 1,
@@ -80,35 +80,36 @@ TEST_F(Plot, what_cannot_be_drawn_is_said)
     expect_failure(plot({"missing.csv"}), 1,
                    "cannot read 'missing.csv': No such file or directory");
     expect_failure(plot({"."}), 1, "cannot read '.': Is a directory");
-    expect_failure(plot({}, "</dev/null"), 1, "standard input: there is nothing in it");
+    expect_failure(plot({}, "</dev/null"), 1, "standard input: it is empty");
     write_lines("header.csv", {"\"rel_t\";\"U1e\";"});
-    expect_failure(plot({"header.csv", "--columns", "U1e"}), 1,
-                   "header.csv: there is no record in it");
+    expect_failure(plot({"header.csv", "--columns", "U1e"}), 1, "header.csv: it holds no records");
     expect_failure(plot({"header.csv", "--columns", "U9e"}), 1,
-                   "header.csv: no column 'U9e'; there are rel_t,U1e");
+                   "header.csv: no column 'U9e'; the columns are rel_t,U1e");
     write_lines("text.txt", {"stm_uint8_t  nr   : 1"});
     expect_failure(plot({"text.txt"}), 1,
-                   "text.txt: no CSV with a header, as --format csv writes it");
+                   "text.txt: not a CSV with a header as --format csv writes it");
     write_lines("bad.csv", {"\"U1e\";", "5;", "x5;"});
-    expect_failure(plot({"bad.csv", "--columns", "U1e"}), 1, "bad.csv: line 3: 'x5' is no number");
+    expect_failure(plot({"bad.csv", "--columns", "U1e"}), 1,
+                   "bad.csv: line 3: 'x5' is not a number");
     write_lines("tail.csv", {"\"U1e\";", "5x;"});
     expect_failure(plot({"tail.csv", "--columns", "U1e"}), 1,
-                   "tail.csv: line 2: '5x' is no number");
+                   "tail.csv: line 2: '5x' is not a number");
     write_lines("quote.csv", {"\"", "1;"});
-    expect_failure(plot({"quote.csv"}), 1, "quote.csv: no column 'U1e'; there are \"");
+    expect_failure(plot({"quote.csv"}), 1, "quote.csv: no column 'U1e'; the columns are \"");
     write_lines("short.csv", {"\"nr\";\"U1e\";", "1;2;", "1;"});
     expect_failure(plot({"short.csv", "--columns", "U1e"}), 1,
-                   "short.csv: line 3: '' is no number");
+                   "short.csv: line 3: '' is not a number");
     write_lines("nan.csv", {"\"U1e\";", "nan;", "1;"});
-    expect_failure(plot({"nan.csv", "--columns", "U1e"}), 1, "nan.csv: line 2: 'nan' is no number");
+    expect_failure(plot({"nan.csv", "--columns", "U1e"}), 1,
+                   "nan.csv: line 2: 'nan' is not a number");
     write_lines("control.csv", {"\"U1e\";", "5;", "\x1B[2J;"});
     expect_failure(plot({"control.csv", "--columns", "U1e"}), 1,
-                   "control.csv: line 3: '\\x1B[2J' is no number");
+                   "control.csv: line 3: '\\x1B[2J' is not a number");
     write_lines("delete.csv", {"\"U1e\";", "\x7F;"});
     expect_failure(plot({"delete.csv", "--columns", "U1e"}), 1,
-                   "delete.csv: line 2: '\\x7F' is no number");
+                   "delete.csv: line 2: '\\x7F' is not a number");
     expect_failure(plot({"records.csv", "--columns", "U1e,,I1"}), 2,
-                   "--columns: names with commas between them, not 'U1e,,I1'");
+                   "--columns must be names separated by commas, not 'U1e,,I1'");
 }
 
 TEST_F(Plot, nothing_in_the_data_is_gnuplots_language)
@@ -172,7 +173,7 @@ TEST_F(Plot, the_only_column_is_drawn_without_being_named)
     says({"adc", "-n", "2", "--format", "csv", "--timestamps", "-o", "frames.csv"});
     EXPECT_NE(plot({"frames.csv"}).output.find(" value ***"), std::string::npos);
     write_lines("two.csv", {"\"U1e\";\"value\";", "5;6;"});
-    expect_failure(plot({"two.csv"}), 1, "two.csv: no column 'U2e'; there are U1e,value");
+    expect_failure(plot({"two.csv"}), 1, "two.csv: no column 'U2e'; the columns are U1e,value");
 }
 
 TEST_F(Plot, every_separator_is_understood)
@@ -188,10 +189,10 @@ TEST_F(Plot, a_picture_that_is_there_is_kept_if_its_user_says_so)
 {
     write_lines("a.svg", {"old"});
     expect_failure(plot({"records.csv", "-o", "a.svg", "--no-clobber"}), 1,
-                   "'a.svg' is there already; --no-clobber keeps it");
+                   "'a.svg' already exists; --no-clobber keeps it");
     EXPECT_EQ(read_text("a.svg"), "old\n");
     EXPECT_EQ(plot({"records.csv", "-o", "b.svg", "--no-clobber"}).status, 0);
-    expect_failure(plot({"records.csv", "--no-clobber"}), 2, "--no-clobber goes with -o PICTURE");
+    expect_failure(plot({"records.csv", "--no-clobber"}), 2, "--no-clobber requires -o PICTURE");
 }
 
 TEST_F(Plot, fits_a_terminal)

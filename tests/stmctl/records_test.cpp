@@ -53,13 +53,12 @@ TEST_F(Records, fields_are_separated_as_is_asked_for)
     EXPECT_EQ(timed.substr(0, 16), "\"time\",\"nr\",\"rel");
     EXPECT_EQ(timed[timed.find('\n') + 18], ',') << timed;
     EXPECT_EQ(count(timed, ";"), 0U);
-    expect_failure(stmctl({"records", "--separator", ","}), 2,
-                   "--separator goes with --format csv");
+    expect_failure(stmctl({"records", "--separator", ","}), 2, "--separator requires --format csv");
     expect_failure(stmctl({"adc", "--format", "jsonl", "--separator", ","}), 2,
-                   "--separator goes with --format csv");
+                   "--separator requires --format csv");
     for (const std::string word : {" ", "|", ",,"}) {
         expect_failure(stmctl({"ring", "read", "--format", "csv", "--separator", word}), 2,
-                       "--separator: ',', ';' or tab, not '" + word + "'");
+                       "--separator must be ',', ';' or tab, not '" + word + "'");
     }
 }
 
@@ -100,9 +99,9 @@ TEST_F(Records, timestamps_stand_first_and_never_go_back)
     EXPECT_EQ(line.substr(0, 8), "{\"time\":");
     EXPECT_EQ(jsonl(line)[0].size(), 17U);
     expect_failure(stmctl({"records", "--timestamps"}), 2,
-                   "--timestamps goes with --format csv or jsonl");
+                   "--timestamps requires --format csv or jsonl");
     expect_failure(stmctl({"records", "--timestamps", "--format", "hex"}), 2,
-                   "--timestamps goes with --format csv or jsonl");
+                   "--timestamps requires --format csv or jsonl");
 }
 
 TEST_F(Records, a_dash_is_the_output_and_no_file)
@@ -190,8 +189,8 @@ TEST_F(Records, a_rejected_record_is_asked_for_again_where_that_is_wished)
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(csv(result.output).size(), 200U);
     EXPECT_EQ(result.errors,
-              "stmctl: records: not everything came whole; trying again\n"
-              "stmctl: records: records come again, after 0.6 s\n"
+              "stmctl: records: not everything arrived intact; trying again\n"
+              "stmctl: records: records are coming again after 0.6 s\n"
               "stmctl: records: 200 of 200 records, 51 lost, 1 rejected, 0 overflowing\n");
 }
 
@@ -249,9 +248,9 @@ TEST_F(Records, time_ends_it)
     result = with_fault("deaf@0xC8=1000", {"records", "--duration", "3", "-n", "5"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors,
-              "stmctl: records: nothing comes from the co-processor; waiting for it\n"
-              "stmctl: records: nothing came for the last 3.0 s; the application runs, but does "
-              "not answer this\n"
+              "stmctl: records: no data from the co-processor; waiting for it\n"
+              "stmctl: records: nothing came in the last 3.0 s; the application is running but "
+              "does not answer this\n"
               "stmctl: records: 0 of 5 records, 0 lost, 0 rejected, 0 overflowing, silent for "
               "3.0 s, 6 time-outs\n");
 }
@@ -269,7 +268,7 @@ TEST_F(Records, the_stop_line_ends_it_before_it_is_done)
     const Result result = in_shell({"records", "-n", "100"}, "<<<s");
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(result.errors, "stmctl: records: 0 of 100 records, 0 lost, 0 rejected, 0 "
-                             "overflowing; stopped before all had come\n");
+                             "overflowing; stopped before all had arrived\n");
 }
 
 TEST_F(Records, a_reader_that_goes_away_ends_it_quietly)
@@ -294,8 +293,7 @@ TEST_F(Records, a_wait_is_said_while_it_lasts)
 {
     const Result result =
         in_shell({"records", "-n", "1000", "--format", "csv"}, "2>&1", {"--fault", "deaf@0xC8=4"});
-    EXPECT_LT(result.output.find("nothing comes from the co-processor"),
-              result.output.find("\n1;1;"));
+    EXPECT_LT(result.output.find("no data from the co-processor"), result.output.find("\n1;1;"));
 }
 
 constexpr char FAILS[] = "stmctl: records: fetching the data failed: Input/output error; trying "
@@ -307,7 +305,7 @@ TEST_F(Records, a_failure_that_lasts_is_said_once_and_each_pause_is_twice_as_lon
                                  {"--fault", "exchange@2", "--fault", "exchange@6"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, std::string(FAILS) +
-                                 "stmctl: records: records come again, after 1.7 s\n"
+                                 "stmctl: records: records are coming again after 1.7 s\n"
                                  "stmctl: records: 5 of 5 records, 0 lost, 0 rejected, 0 "
                                  "overflowing, 2 failing exchanges\n");
     const std::vector<Line> lines = transcript();
@@ -336,9 +334,10 @@ TEST_F(Records, a_stop_behind_a_failure_is_one)
     const Result result =
         in_shell({"records", "-n", "5", "--keep-going"}, "<stop", {"--fault", "exchange@2"});
     EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(result.errors, std::string(FAILS) +
-                                 "stmctl: records: 0 of 5 records, 0 lost, 0 rejected, 0 "
-                                 "overflowing, 1 failing exchange; stopped before all had come\n");
+    EXPECT_EQ(result.errors,
+              std::string(FAILS) +
+                  "stmctl: records: 0 of 5 records, 0 lost, 0 rejected, 0 "
+                  "overflowing, 1 failing exchange; stopped before all had arrived\n");
 }
 
 TEST_F(Records, failing_exchanges_of_a_block_are_told_apart)

@@ -65,7 +65,7 @@ class RingSilence : public RingBench
     static void expect_silent(const Result &result, const std::string &cause)
     {
         EXPECT_EQ(result.status, 1) << result.errors;
-        EXPECT_NE(result.errors.find("stmctl: ring read: nothing came for the last "),
+        EXPECT_NE(result.errors.find("stmctl: ring read: nothing came in the last "),
                   std::string::npos)
             << result.errors;
         EXPECT_NE(result.errors.find(" s; " + cause + "\n"), std::string::npos) << result.errors;
@@ -114,8 +114,8 @@ TEST_F(RingSilence, what_is_wanted_may_come_from_a_killed_writer)
 TEST_F(RingSilence, a_writer_that_is_there_but_puts_nothing_is_a_failure)
 {
     other_writer(20);
-    expect_silent(read("--duration 60"), "its writer is there, but puts nothing");
-    expect_silent(read("--duration 5 --silence 4.9"), "its writer is there, but puts nothing");
+    expect_silent(read("--duration 60"), "its writer is running but writes nothing");
+    expect_silent(read("--duration 5 --silence 4.9"), "its writer is running but writes nothing");
     expect_done(read("--duration 4 --silence 5"));
 }
 
@@ -139,9 +139,9 @@ TEST_F(RingSilence, nothing_in_a_limited_time_has_a_reason)
         EXPECT_EQ(result.errors, zero + reason + "\n");
     };
     other_writer(20);
-    expect_reason("its writer is there, but puts nothing");
+    expect_reason("its writer is running but writes nothing");
     end_other_writer();
-    expect_reason("no writer is there");
+    expect_reason("there is no writer");
     script("fill 0.1");
     expect_reason("its writer has ended");
     kill_writer();
@@ -151,7 +151,7 @@ TEST_F(RingSilence, nothing_in_a_limited_time_has_a_reason)
 TEST_F(RingSilence, that_nothing_comes_is_said_after_two_seconds)
 {
     script("fill 0.1");
-    const std::string said = "stmctl: ring read: no writer is there; waiting for one\n";
+    const std::string said = "stmctl: ring read: there is no writer; waiting for one\n";
     EXPECT_EQ(count(read("--duration 1.9").errors, said), 0U);
     EXPECT_EQ(count(read("--duration 2.1").errors, said), 1U);
     EXPECT_EQ(count(read("--duration 30").errors, said), 1U);

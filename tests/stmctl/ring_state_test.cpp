@@ -40,7 +40,7 @@ class RingState : public RingBench
         const Result result = status();
         EXPECT_EQ(result.status, 1) << value;
         EXPECT_EQ(result.errors,
-                  "stmctl: the ring is damaged: indices are 0 to 159, flags 0 or 1\n")
+                  "stmctl: the ring is damaged: an index is not 0 to 159, or a flag not 0 or 1\n")
             << value;
         field = before;
     }
@@ -62,7 +62,7 @@ TEST_F(RingState, a_new_one_was_never_attached_and_is_empty)
                       "last use    never attached\n"
                       "            attached never, detached never\n"
                       "attached    0 times\n"
-                      "writer      none is there; its flag is free; fills slot 0 next\n"
+                      "writer      none; its flag is free; fills slot 0 next\n"
                       "reader      free; at slot 0, mark 0, values left 0\n"
                       "count       0 records put and not taken\n"
                       "slots       0 hold whole records, 160 are empty, 0 fail their checksum\n");
@@ -133,14 +133,14 @@ TEST_F(RingState, its_writer_is_told_by_what_it_does_and_not_by_its_flag)
               "writer      writing, process N (stmctl)" + next +
                   "writer      several at once, process N (stmctl) and process N (stmctl)" + next +
                   "writer      ended cleanly" + next +
-                  "writer      gone without ending it: killed?" + next);
+                  "writer      gone without closing it: killed?" + next);
 }
 
 TEST_F(RingState, a_program_that_leaves_no_mark_may_be_its_writer)
 {
     RingBuffer *ring = attached();
     const std::string output = status().output;
-    EXPECT_NE(output.find("writer      of another program, if any: process " +
+    EXPECT_NE(output.find("writer      another program, if any: process " +
                           std::to_string(getpid()) + " ("),
               std::string::npos)
         << output;
@@ -157,8 +157,7 @@ TEST_F(RingState, a_process_that_cannot_be_seen_may_be_its_writer)
             .output;
     };
     const std::string next = "; its flag is free; fills slot 0 next\n";
-    const std::string unseen =
-        "writer      unknown: who has it attached may not be looked at" + next;
+    const std::string unseen = "writer      unknown: its processes cannot be inspected" + next;
     EXPECT_EQ(writer(0), unseen);
     EXPECT_EQ(writer(1), unseen);
     EXPECT_EQ(writer(2), "writer      ended cleanly" + next);
@@ -181,7 +180,7 @@ TEST_F(RingState, is_told_as_json)
     EXPECT_EQ(output, "{\"segment\":{\"id\":N,\"key\":5676,\"bytes\":7704,\"owner\":\":N,"
                       "\"mode\":\"0640\",\"made_by\":N,\"last_use\":N,\"attached_at\":\"TIME\","
                       "\"detached_at\":\"TIME\",\"attached\":0},\"processes\":[],"
-                      "\"writer\":{\"state\":\"none\",\"words\":\"none is there\",\"processes\":[],"
+                      "\"writer\":{\"state\":\"none\",\"words\":\"none\",\"processes\":[],"
                       "\"flag\":0,\"next_slot\":7},"
                       "\"reader\":{\"flag\":0,\"slot\":0,\"mark\":0,\"values_left\":0},\"count\":1,"
                       "\"slots\":{\"whole\":0,\"empty\":160,\"damaged\":0},\"newest\":null,"
@@ -253,8 +252,8 @@ TEST_F(RingState, what_is_wrong_with_it_is_said_before_the_device_is_opened)
     const int small = shmget(RINGBUFFER_KEY, 100, IPC_CREAT | 0666);
     const Result result = script("$BOARD --fault no-device $STMCTL ring write");
     EXPECT_EQ(result.status, 4);
-    EXPECT_EQ(result.errors, "stmctl: the ring's segment has 100 bytes instead of 7704: another "
-                             "program's, or damaged; see stmctl ring remove\n");
+    EXPECT_EQ(result.errors, "stmctl: the ring's segment has 100 bytes instead of 7704: it is "
+                             "another program's or damaged; see stmctl ring remove\n");
     shmctl(small, IPC_RMID, nullptr);
 }
 

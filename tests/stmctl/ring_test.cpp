@@ -21,7 +21,7 @@ class Ring : public RingBench
 
 TEST_F(Ring, without_one_there_is_nothing_to_read_to_show_or_to_remove)
 {
-    const std::string sentence = "there is no ring; stmctl ring write makes it and fills it";
+    const std::string sentence = "there is no ring; stmctl ring write creates and fills one";
     for (const char *command : {"read", "status", "remove"}) {
         expect_failure(run(directly({}, {program(), "ring", command})), 4, sentence);
     }
@@ -78,7 +78,7 @@ TEST_F(Ring, removal_may_be_forced)
     RingBuffer *ring = segment();
     const Result kept = script("$STMCTL ring remove");
     EXPECT_EQ(kept.status, 1);
-    EXPECT_NE(kept.errors.find("; --force removes it all the same\n"), std::string::npos);
+    EXPECT_NE(kept.errors.find("; --force removes it anyway\n"), std::string::npos);
     const Result gone = script("$STMCTL ring remove --force && $STMCTL ring status");
     EXPECT_EQ(gone.status, 4);
     EXPECT_EQ(gone.output, "removed; the processes that use it keep it until they end\n");
@@ -152,7 +152,7 @@ TEST_F(Ring, the_reader_s_file_is_written_as_is_asked_for)
     EXPECT_EQ(count(text, "\n"), 5U);
     EXPECT_EQ(text.substr(0, 19), "\"nr\",\"temp\",\"rel_t\"");
     const Result kept = script(read + "--no-clobber");
-    expect_failure(kept, 1, "'read.csv' is there already; --no-clobber keeps it");
+    expect_failure(kept, 1, "'read.csv' already exists; --no-clobber keeps it");
     EXPECT_EQ(read_text("read.csv"), text);
 }
 
@@ -187,7 +187,8 @@ TEST_F(Ring, a_damaged_one_is_said)
     ring->write_index = 4000;
     Result result = script("$STMCTL ring status");
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.errors, "stmctl: the ring is damaged: indices are 0 to 159, flags 0 or 1\n");
+    EXPECT_EQ(result.errors,
+              "stmctl: the ring is damaged: an index is not 0 to 159, or a flag not 0 or 1\n");
     result = script("$STMCTL ring read");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "stmctl: the ring is damaged: write_index is 4000\n");
@@ -211,8 +212,8 @@ TEST_F(Ring, a_segment_of_another_size_is_said)
     for (const char *command : {"$STMCTL ring read", "$BOARD $STMCTL ring write"}) {
         const Result result = script(command);
         EXPECT_EQ(result.status, 4);
-        EXPECT_EQ(result.errors, "stmctl: the ring's segment has 100 bytes instead of 7704: "
-                                 "another program's, or damaged; see stmctl ring remove\n");
+        EXPECT_EQ(result.errors, "stmctl: the ring's segment has 100 bytes instead of 7704: it is "
+                                 "another program's or damaged; see stmctl ring remove\n");
     }
     EXPECT_EQ(script("$STMCTL ring status").status, 1);
     shmdt(other);
@@ -244,8 +245,8 @@ TEST_F(Ring, damage_under_a_writer_ends_it)
     static_cast<volatile RingBuffer *>(ring)->write_index = 160;
     const Result result = finish(writer);
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.errors, "stmctl: the ring is damaged; see stmctl ring status, and stmctl ring "
-                             "remove\n");
+    EXPECT_EQ(result.errors,
+              "stmctl: the ring is damaged; see stmctl ring status and stmctl ring remove\n");
     shmdt(ring);
 }
 
@@ -292,9 +293,9 @@ TEST_F(Ring, killed_and_restarted_writers_are_noticed_and_not_fatal)
         "kill $reader; wait $reader; echo $?; kill $writer; wait");
     EXPECT_EQ(result.output, "0\n");
     const std::string said = read_text("reader.err");
-    EXPECT_EQ(count(said, "ring read: the writer has begun anew\n"), 2U) << said;
-    EXPECT_GE(count(said, "records come again\n"), 1U);
-    EXPECT_EQ(count(said, "records come again\n"), count(said, "no writer is there"));
+    EXPECT_EQ(count(said, "ring read: the writer has restarted\n"), 2U) << said;
+    EXPECT_GE(count(said, "records are coming again\n"), 1U);
+    EXPECT_EQ(count(said, "records are coming again\n"), count(said, "there is no writer"));
     EXPECT_NE(said.find(", 2 restarts of the writer\n"), std::string::npos) << said;
     EXPECT_NE(said.find(" 0 rejected, "), std::string::npos) << said;
     const Table table = csv(read_text("read.csv"));
@@ -347,7 +348,7 @@ TEST_F(Ring, one_that_cannot_be_made_is_said)
         GTEST_SKIP() << "the largest segment cannot be changed here";
     }
     EXPECT_EQ(result.status, 4);
-    EXPECT_EQ(result.errors, "stmctl: cannot make the ring's segment: Invalid argument\n");
+    EXPECT_EQ(result.errors, "stmctl: cannot create the ring's segment: Invalid argument\n");
 }
 
 TEST_F(Ring, a_new_one_in_its_place_ends_a_reader)

@@ -59,8 +59,8 @@ TEST_F(Samples, fields_are_separated_as_is_asked_for)
 
 TEST_F(Samples, a_cause_is_told_once)
 {
-    const char *const causes[][2] = {{"bus-inactive", "nobody drives the line"},
-                                     {"silence", "nothing answers at all"}};
+    const char *const causes[][2] = {{"bus-inactive", "nothing drives the line"},
+                                     {"silence", "nothing is answering"}};
     for (const auto &[fault, cause] : causes) {
         for (const char *command : {"adc", "raw"}) {
             const std::string errors = with_fault(fault, {command}).errors;
@@ -74,7 +74,7 @@ TEST_F(Samples, a_cause_that_ends_the_run_is_not_in_its_summary_again)
     for (const char *command : {"adc", "raw"}) {
         const std::string errors =
             with_fault("silence", {command, "--duration", "5", "--keep-going"}).errors;
-        EXPECT_EQ(count(errors, "nothing answers at all"), 1U) << errors;
+        EXPECT_EQ(count(errors, "nothing is answering"), 1U) << errors;
     }
 }
 

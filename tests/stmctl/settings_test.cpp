@@ -101,7 +101,7 @@ TEST_F(Settings, of_get_all_are_restored_as_far_as_they_can_be_set)
     const Result restored = on_other_board("restore - <all.txt");
     EXPECT_EQ(restored.status, 0);
     EXPECT_EQ(restored.errors,
-              "stmctl: restore: passed over, for it can only be asked for: be-long 2, be-long 3, "
+              "stmctl: restore: skipped (can only be read): be-long 2, be-long 3, "
               "be-long 4, be-long 5, be-long 6, be-long 7, text-21, text-22, byte-73, byte-c7, "
               "long-a0\nstmctl: restore: 45 of 45 settings sent, 45 read back the same\n");
     EXPECT_EQ(on_other_board("get --all").output, all);
@@ -114,7 +114,7 @@ TEST_F(Settings, are_saved_as_text_that_tells_what_it_is)
     const std::string shown = says({"save", "-"});
     const std::string head = "# The co-processor's settings, saved by stmctl ";
     EXPECT_EQ(shown.substr(0, head.size()), head);
-    EXPECT_NE(shown.find("\nsampletime 32000\n# Of sampleskip only the lowest 8 bits are told.\n"
+    EXPECT_NE(shown.find("\nsampletime 32000\n# Only the lowest 8 bits of sampleskip can be read.\n"
                          "sampleskip 200\ninterpolation 3\nadc-word-54 0 0\n"),
               std::string::npos);
     EXPECT_NE(shown.find("\nadc-long 3 4294967295\n"), std::string::npos);
@@ -128,12 +128,12 @@ TEST_F(Settings, that_cannot_be_set_as_they_are_are_saved_as_comments)
     const Result result = stmctl({"save", "settings.txt"}, {"--answer", "0x05=4"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors,
-              "stmctl: save: sampleskip is 0, which cannot be set, for SKIP takes 3 to 32000; it "
+              "stmctl: save: sampleskip is 0, which cannot be set: SKIP takes 3 to 32000; it "
               "is saved as a comment\n"
-              "stmctl: save: interpolation is 4, which cannot be set, for MODE takes 0 to 3; it "
+              "stmctl: save: interpolation is 4, which cannot be set: MODE takes 0 to 3; it "
               "is saved as a comment\n");
     EXPECT_EQ(lines_with(read_text("settings.txt"), "interpolation"),
-              "# interpolation 4    cannot be set, for MODE takes 0 to 3\n");
+              "# interpolation 4    cannot be set: MODE takes 0 to 3\n");
     EXPECT_EQ(stmctl({"restore", "settings.txt"}).errors,
               "stmctl: restore: 43 of 43 settings sent, 43 read back the same\n");
 }
@@ -144,7 +144,7 @@ TEST_F(Settings, file_stays_as_it_was_when_the_board_does_not_tell_all)
     const Result result = stmctl({"save", "settings.txt"}, {"--fault", "late@0x9A=3000"});
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.errors.find("stmctl: be-long 0: the co-processor did not answer in time; the "
-                                 "application runs, but does not answer this\n"),
+                                 "application is running but does not answer this\n"),
               std::string::npos);
     EXPECT_EQ(read_text("settings.txt"), "sampletime 7\n");
     EXPECT_EQ(run({"bash", "-c", "ls settings.txt*"}).output, "settings.txt\n");
@@ -186,20 +186,21 @@ TEST_F(Settings, every_mistake_of_a_file_is_told_and_nothing_sent)
                                "be-long 8 1\n"
                                "adc-value-pair 3 12.5 0.25\n"
                                "interpolation -1\n");
-    expect_untouched({"restore", "settings.txt"}, 1,
-                     "stmctl: settings.txt:3: TIME: a number from 0 to 32000, not '32001'\n"
-                     "stmctl: settings.txt:5: no setting 'nonsense'; see stmctl list\n"
-                     "stmctl: settings.txt:6: channel: a number from 0 to 7, not '8'\n"
-                     "stmctl: settings.txt:7: VALUE: a number from 0 to 65535, not '-32769'\n"
-                     "stmctl: settings.txt:8: channel-word-56 takes CHANNEL VALUE\n"
-                     "stmctl: settings.txt:9: sampletime stands in line 4 already\n"
-                     "stmctl: settings.txt:10: channel: a number from 0 to 1, not '8'\n"
-                     "stmctl: settings.txt:12: MODE: a number from 0 to 3, not '-1'\n"
-                     "stmctl: restore: nothing was sent: 8 mistakes in settings.txt\n");
+    expect_untouched(
+        {"restore", "settings.txt"}, 1,
+        "stmctl: settings.txt:3: TIME must be a number from 0 to 32000, not '32001'\n"
+        "stmctl: settings.txt:5: unknown setting 'nonsense'; see stmctl list\n"
+        "stmctl: settings.txt:6: channel must be a number from 0 to 7, not '8'\n"
+        "stmctl: settings.txt:7: VALUE must be a number from 0 to 65535, not '-32769'\n"
+        "stmctl: settings.txt:8: channel-word-56 takes CHANNEL VALUE\n"
+        "stmctl: settings.txt:9: sampletime is already set in line 4\n"
+        "stmctl: settings.txt:10: channel must be a number from 0 to 1, not '8'\n"
+        "stmctl: settings.txt:12: MODE must be a number from 0 to 3, not '-1'\n"
+        "stmctl: restore: nothing was sent: 8 errors in settings.txt\n");
     write_text("settings.txt", "x\n");
     expect_untouched({"restore", "settings.txt"}, 1,
-                     "stmctl: settings.txt:1: no setting 'x'; see stmctl list\n"
-                     "stmctl: restore: nothing was sent: 1 mistake in settings.txt\n");
+                     "stmctl: settings.txt:1: unknown setting 'x'; see stmctl list\n"
+                     "stmctl: restore: nothing was sent: 1 error in settings.txt\n");
 }
 
 TEST_F(Settings, file_without_any_is_refused)
@@ -207,11 +208,11 @@ TEST_F(Settings, file_without_any_is_refused)
     write_text("settings.txt", "# nothing\n");
     write_text("large.txt", std::string((1 << 20) + 1, ' '));
     expect_untouched({"restore", "settings.txt"}, 1,
-                     "stmctl: settings.txt: there is no setting in it\n");
+                     "stmctl: settings.txt: it holds no settings\n");
     expect_untouched({"restore", "no.txt"}, 1, "stmctl: no.txt: No such file or directory\n");
     expect_untouched({"restore", "."}, 1, "stmctl: .: Is a directory\n");
     expect_untouched({"restore", "large.txt"}, 1,
-                     "stmctl: large.txt: more than 1048576 bytes, these are no settings\n");
+                     "stmctl: large.txt: more than 1048576 bytes, which cannot be settings\n");
 }
 
 TEST_F(Settings, file_of_just_the_largest_size_is_taken)
@@ -240,7 +241,7 @@ TEST_F(Settings, that_are_not_answered_are_told_and_the_others_sent)
     EXPECT_EQ(late.status, 1);
     EXPECT_EQ(late.output, "sampletime = 100 (answer 1)\ninterpolation = 2 (answer 1)\n");
     EXPECT_EQ(late.errors, "stmctl: sampleskip: the co-processor did not answer in time; the "
-                           "application runs, but does not answer this\n"
+                           "application is running but does not answer this\n"
                            "stmctl: restore: 2 of 3 settings sent, 3 read back the same\n");
 }
 
@@ -251,7 +252,7 @@ TEST_F(Settings, are_not_sent_further_to_a_board_that_is_dead)
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "sampletime = 100 (answer 1)\n");
     EXPECT_EQ(result.errors, "stmctl: sampleskip: the co-processor did not answer in time; nothing "
-                             "answers at all: has the co-processor power, does it hang?\n"
+                             "is answering: does the co-processor have power, or has it hung?\n"
                              "stmctl: restore: ended early, 1 of 3 settings sent\n");
 }
 
@@ -260,7 +261,7 @@ TEST_F(Settings, that_are_asked_back_otherwise_are_told)
     write_text("settings.txt", THREE);
     const Result result = stmctl({"restore", "settings.txt"}, {"--answer", "0x03=-100"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.errors, "stmctl: sampletime: 100 was sent, -100 is read back\n"
+    EXPECT_EQ(result.errors, "stmctl: sampletime: 100 was sent, -100 read back\n"
                              "stmctl: restore: 3 of 3 settings sent, 2 read back the same\n");
     EXPECT_EQ(stmctl({"restore", "settings.txt", "--no-verify"}).status, 0);
 }
@@ -282,7 +283,7 @@ TEST_F(Settings, of_a_pipe_are_waited_for_until_an_interrupt)
     const pid_t pid = start(on_board_with({}, {"restore", "pipe"}));
     const int pipe = open(path("pipe").c_str(), O_WRONLY | O_CLOEXEC); // once it is read
     kill(pid, SIGINT);
-    expect_failure(finish(pid), 3, "pipe: stopped before it was read");
+    expect_failure(finish(pid), 3, "pipe: stopped while it was being read");
     close(pipe);
 }
 
@@ -293,13 +294,13 @@ TEST_F(Settings, get_all_goes_on_behind_what_is_not_answered_while_the_applicati
     EXPECT_EQ(result.output.substr(0, 33), "sampletime = 0\ninterpolation = 0\n");
     EXPECT_NE(result.output.find("long-a0 = 123456\n"), std::string::npos);
     EXPECT_EQ(result.errors, "stmctl: sampleskip: the co-processor did not answer in time; the "
-                             "application runs, but does not answer this\n");
+                             "application is running but does not answer this\n");
     const Result dead = stmctl({"get", "--all"}, {"--mode", "boot loader"});
     expect_failure(dead, 1,
-                   "sampletime: the co-processor did not answer in time; the boot loader "
-                   "runs, stmctl reset starts the application");
+                   "sampletime: the co-processor did not answer in time; the boot loader is "
+                   "running (stmctl reset starts the application)");
     expect_untouched({"get", "--all", "sampletime"}, 2,
-                     "stmctl: --all asks for everything, and goes without a NAME; see stmctl get "
+                     "stmctl: --all reads everything and takes no NAME; see stmctl get "
                      "--help\n");
 }
 
@@ -337,19 +338,19 @@ TEST_F(Settings, that_are_not_kept_as_typed_are_told_before_they_are_sent)
         return result.errors;
     };
     EXPECT_EQ(remark_of({"set", "channel-word-56", "1", "40000"}),
-              "stmctl: channel-word-56 1: 40000 is asked back as -25536: the answer has 16 bits "
-              "with a sign\n");
+              "stmctl: channel-word-56 1: 40000 reads back as -25536: the answer is a signed "
+              "16-bit number\n");
     EXPECT_EQ(remark_of({"set", "channel-word-56", "1", "32767"}), "");
     EXPECT_EQ(remark_of({"set", "adc-word-54", "1", "40000"}), "") << "its answer has 32 bits";
     EXPECT_EQ(remark_of({"set", "adc-long", "1", "0x80000000"}),
-              "stmctl: adc-long 1: 2147483648 is asked back as -2147483648: the answer has 32 bits "
-              "with a sign\n");
+              "stmctl: adc-long 1: 2147483648 reads back as -2147483648: the answer is a signed "
+              "32-bit number\n");
     EXPECT_EQ(remark_of({"set", "sampleskip", "256"}),
-              "stmctl: sampleskip: 256 is asked back as 0: the answer has 8 bits\n");
+              "stmctl: sampleskip: 256 reads back as 0: the answer is an unsigned 8-bit number\n");
     EXPECT_EQ(remark_of({"set", "sampleskip", "255"}), "");
     EXPECT_EQ(remark_of({"set", "adc-value-pair", "1", "1.239", "2.001"}),
-              "stmctl: FIRST: 1.239 goes out in hundredths, as 1.23\n"
-              "stmctl: SECOND: 2.001 goes out in hundredths, as 2.00\n");
+              "stmctl: FIRST: 1.239 is sent in hundredths, as 1.23\n"
+              "stmctl: SECOND: 2.001 is sent in hundredths, as 2.00\n");
     EXPECT_EQ(remark_of({"set", "adc-value", "1", "1.2300"}), "");
 }
 

@@ -28,9 +28,9 @@ TEST_F(State, is_told_as_json)
               "{\"state\":\"boot loader\",\"number\":1}\n");
     EXPECT_EQ(says({"version", "--json"}), "{\"version\":\"1.5\",\"number\":5}\n");
     expect_failure(with_fault("silence", {"state", "--json"}), 1,
-                   "state unknown: the answer is 0, nothing answers");
+                   "state unknown: the answer is 0, so nothing is answering");
     expect_failure(with_fault("silence", {"version", "--json"}), 1,
-                   "version unknown: the answer is 0, nothing answers");
+                   "version unknown: the answer is 0, so nothing is answering");
 }
 
 TEST_F(State, start_and_reset_are_confirmed_by_the_mode)
@@ -43,7 +43,7 @@ TEST_F(State, start_and_reset_are_confirmed_by_the_mode)
 
 TEST_F(State, what_can_only_be_a_default_is_no_answer)
 {
-    const std::string silent = " unknown: the answer is 0, nothing answers";
+    const std::string silent = " unknown: the answer is 0, so nothing is answering";
     expect_failure(stmctl({"state"}, {"--mode", "unknown"}), 1, "state" + silent);
     expect_failure(stmctl({"version"}, {"--version", "0"}), 1, "version" + silent);
     expect_failure(with_fault("silence", {"state"}), 1, "state" + silent);
@@ -52,7 +52,7 @@ TEST_F(State, what_can_only_be_a_default_is_no_answer)
 
 TEST_F(State, an_undriven_line_is_no_answer)
 {
-    const std::string undriven = " unknown: the answer is 255, nobody drives the line";
+    const std::string undriven = " unknown: the answer is 255, so nothing drives the line";
     expect_failure(with_fault("bus-inactive", {"state"}), 1, "state" + undriven);
     expect_failure(with_fault("bus-inactive", {"version"}), 1, "version" + undriven);
 }
@@ -60,10 +60,10 @@ TEST_F(State, an_undriven_line_is_no_answer)
 TEST_F(State, start_and_reset_fail_if_the_mode_stays_another)
 {
     expect_failure(with_fault("silence", {"start"}), 1,
-                   "start: sent, but the boot loader does not run: the mode is 0 (unknown)");
+                   "start: sent, but the boot loader is not running: the mode is 0 (unknown)");
     EXPECT_EQ(transcript().size(), 1U + 1U + 10 * 2U) << "the mode is asked for ten times";
     expect_failure(with_fault("bus-inactive", {"reset"}), 1,
-                   "reset: sent, but the application does not run: the mode is 255 (unknown)");
+                   "reset: sent, but the application is not running: the mode is 255 (unknown)");
 }
 
 TEST_F(State, failing_exchanges_are_told_for_every_step)
@@ -88,8 +88,8 @@ TEST_F(State, a_refused_clock_is_a_warning)
     const Result result = with_fault("speed-refused", {"state"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "application (2)\n");
-    EXPECT_EQ(result.errors, "stmctl: the device refused the clock of 6 MHz: Invalid argument; "
-                             "going on with the device's own\n");
+    EXPECT_EQ(result.errors, "stmctl: the device refused a clock of 6 MHz: Invalid argument; "
+                             "continuing with the device's own clock\n");
 }
 
 TEST_F(State, a_transcript_on_standard_error_is_passed_on_and_is_no_failure)
@@ -108,11 +108,11 @@ TEST_F(State, a_device_that_cannot_be_opened_is_told_with_the_remedy)
                        "cannot open /dev/spidev1.0: No such file or directory; the system has no "
                        "such SPI device, see stmctl --help access");
         expect_failure(with_fault("no-device=EACCES", {command}), 4,
-                       "cannot open /dev/spidev1.0: Permission denied; your user needs the group "
-                       "spi, see stmctl --help access");
-        expect_failure(with_fault("no-device=EPERM", {command}), 4,
-                       "cannot open /dev/spidev1.0: Operation not permitted; your user needs the "
+                       "cannot open /dev/spidev1.0: Permission denied; your user must be in the "
                        "group spi, see stmctl --help access");
+        expect_failure(with_fault("no-device=EPERM", {command}), 4,
+                       "cannot open /dev/spidev1.0: Operation not permitted; your user must be in "
+                       "the group spi, see stmctl --help access");
         expect_failure(with_fault("no-device=ENXIO", {command}), 4,
                        "cannot open /dev/spidev1.0: No such device or address; the system has no "
                        "such SPI device, see stmctl --help access");
@@ -132,15 +132,15 @@ TEST_F(State, an_odd_spi_mode_is_told_once_and_changes_nothing_else)
         write_file("board/spi-mode", Bytes(mode.begin(), mode.end()));
         return stmctl({"state"});
     };
-    const std::string end = ", as another program left it; the co-processor expects 0, see stmctl "
+    const std::string end = ", left by another program; the co-processor expects 0, see stmctl "
                             "--help access\n";
     const Result third = with_mode("3");
     EXPECT_EQ(third.status, 0);
     EXPECT_EQ(third.output, "application (2)\n");
-    EXPECT_EQ(third.errors, "stmctl: SPI mode is 3" + end);
-    EXPECT_EQ(with_mode("9").errors, "stmctl: SPI mode is 1 (lsb-first)" + end);
+    EXPECT_EQ(third.errors, "stmctl: the SPI mode is 3" + end);
+    EXPECT_EQ(with_mode("9").errors, "stmctl: the SPI mode is 1 (lsb-first)" + end);
     EXPECT_EQ(with_mode("0x834").errors,
-              "stmctl: SPI mode is 0 (cs-high, 3wire, loopback, 0x800)" + std::string(end))
+              "stmctl: the SPI mode is 0 (cs-high, 3wire, loopback, 0x800)" + std::string(end))
         << "flags without a name are shown as a number";
     EXPECT_EQ(with_mode("0").errors, "");
 }

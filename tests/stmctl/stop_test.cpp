@@ -67,7 +67,7 @@ constexpr char INCOMPLETE[] =
 
 TEST_F(Stop, typed_s_ends_every_wait)
 {
-    const std::string why = ": stopped before it was done";
+    const std::string why = ": stopped before it had finished";
     expect_failure(typed("s\\n", {"get", "sampletime"}), 3, "sampletime" + why);
     EXPECT_LE(transcript().size(), 4U) << "after one poll";
     expect_failure(typed("s\\n", {"set", "sampletime", "1"}), 3, "sampletime" + why);
@@ -92,7 +92,7 @@ TEST_F(Stop, typed_s_may_come_through_a_pipe)
              "printf 's\\nmore\\n' | { " +
                  quoted(on_board_with({"--fault", "silence"}, {"get", "sampletime"})) +
                  "; echo $?; cat; }"});
-    EXPECT_EQ(result.errors, "stmctl: sampletime: stopped before it was done\n");
+    EXPECT_EQ(result.errors, "stmctl: sampletime: stopped before it had finished\n");
     EXPECT_EQ(result.output, "3\nmore\n");
 }
 
@@ -120,10 +120,11 @@ TEST_F(Stop, other_lines_and_the_end_of_the_input_end_nothing)
 
 TEST_F(Stop, interrupt_ends_a_wait)
 {
-    expect_failure(interrupted({"get", "sampletime"}), 3, "sampletime: stopped before it was done");
+    expect_failure(interrupted({"get", "sampletime"}), 3,
+                   "sampletime: stopped before it had finished");
     EXPECT_LT(transcript().size(), 2000U);
     expect_failure(interrupted({"get", "sampletime"}, SIGTERM), 3,
-                   "sampletime: stopped before it was done");
+                   "sampletime: stopped before it had finished");
 }
 
 TEST_F(Stop, interrupt_leaves_a_download)
@@ -189,19 +190,19 @@ TEST_F(Stop, typed_s_ends_a_wait_though_it_comes_in_pieces)
 {
     const Result result = in_script(really({"--fault", "silence"}, {"get", "sampletime"}) +
                                     "< <(polls 3; printf s; polls 3; printf '\\n')");
-    expect_failure(result, 3, "sampletime: stopped before it was done");
+    expect_failure(result, 3, "sampletime: stopped before it had finished");
 }
 
 TEST_F(Stop, typed_s_counts_though_more_is_behind_it)
 {
     expect_failure(typed("s\\nmore\\n", {"get", "sampletime"}), 3,
-                   "sampletime: stopped before it was done");
+                   "sampletime: stopped before it had finished");
 }
 
 TEST_F(Stop, hanging_up_ends_a_wait)
 {
     expect_failure(interrupted({"get", "sampletime"}, SIGHUP), 3,
-                   "sampletime: stopped before it was done");
+                   "sampletime: stopped before it had finished");
 }
 
 TEST_F(Stop, interrupt_that_is_ignored_from_the_start_stays_so)
@@ -219,7 +220,7 @@ TEST_F(Stop, typed_s_counts_where_others_have_read_the_lines_before)
     const std::string get = quoted(on_board_with({"--fault", "silence"}, {"get", "sampletime"}));
     const Result result =
         run({"bash", "-c", "printf 'one\\ns\\n' >list; { read -r line; " + get + "; } <list"});
-    expect_failure(result, 3, "sampletime: stopped before it was done");
+    expect_failure(result, 3, "sampletime: stopped before it had finished");
 }
 
 TEST_F(Stop, a_long_wait_does_not_run_out_of_descriptors)
@@ -227,7 +228,7 @@ TEST_F(Stop, a_long_wait_does_not_run_out_of_descriptors)
     const Result result =
         in_script("ulimit -n 40; " + really({"--fault", "silence"}, {"get", "sampletime"}) +
                   "< <(polls 500; printf 's\\n')");
-    expect_failure(result, 3, "sampletime: stopped before it was done");
+    expect_failure(result, 3, "sampletime: stopped before it had finished");
 }
 
 TEST_F(Stop, typed_s_ends_a_read_out_though_it_comes_in_pieces)

@@ -215,7 +215,7 @@ class SurvivalBench : public StmctlBench
     static std::vector<double> told_once(const std::string &errors, const std::string &command)
     {
         const std::string name = "stmctl: " + command + ": ";
-        const std::string again = name + "records come again, after ";
+        const std::string again = name + "records are coming again after ";
         std::vector<double> told;
         Words begun;
         std::istringstream lines(errors);

@@ -54,7 +54,7 @@ TEST_F(SurvivalFlash, each_attempt_in_vain_is_told_with_where_it_failed)
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors.find("stmctl: attempt 1 of 2 failed at block 2"), 0U);
     EXPECT_TRUE(result.errors.ends_with(
-        " of 50000 bytes: time-out, no acknowledge within 16.5 seconds; trying again\n"))
+        " of 50000 bytes: time-out (no acknowledgement within 16.5 seconds); trying again\n"))
         << result.errors;
 }
 

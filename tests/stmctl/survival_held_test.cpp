@@ -17,7 +17,7 @@ class SurvivalHeld : public SurvivalBench
                           {"follow", "--variant", "temp", "--keep-going", "-o", "/dev/null"});
         return in_script("echo $$; exec 9<>board/spidev1.0\n" + quoted(follow) +
                          "2>follow.err 9>&- & follow=$!\n" + rest +
-                         "await 'records come again' follow.err\n"
+                         "await 'records are coming again' follow.err\n"
                          "kill $follow; wait $follow; echo $?\n");
     }
 
@@ -44,7 +44,7 @@ TEST_F(SurvivalHeld, nothing_is_sent_until_it_is_closed_and_each_minute_says_who
     EXPECT_EQ(count(errors, shell + "(bash -c "), 1 + count(errors, " min\n")) << errors;
     EXPECT_EQ(count(errors, ", for 1 min\n"), 1U) << errors;
     EXPECT_EQ(count(errors, ", for 2 min\n"), 1U) << errors;
-    EXPECT_EQ(count(errors, follow + "records come again, after "), 1U) << errors;
+    EXPECT_EQ(count(errors, follow + "records are coming again after "), 1U) << errors;
     const std::vector<Line> lines = transcript();
     const auto pause = std::ranges::adjacent_find(lines, [](const Line &one, const Line &next) {
         return next.microseconds - one.microseconds > 10'000'000;

@@ -5,14 +5,14 @@ namespace
 {
 
 const std::map<std::string, std::string> CAUSES = {
-    {"silence", "nothing answers at all: has the co-processor power, does it hang?"},
-    {"restart", "the application runs, but does not answer this"},
-    {"boot loader", "the boot loader runs, stmctl reset starts the application"},
+    {"silence", "nothing is answering: does the co-processor have power, or has it hung?"},
+    {"restart", "the application is running but does not answer this"},
+    {"boot loader", "the boot loader is running (stmctl reset starts the application)"},
     {"gone", " failed: Cannot send after transport endpoint shutdown; the device is gone, see "
              "stmctl --help access"},
-    {"update -state", "the application runs, but does not answer this"},
-    {"update -start", "the boot loader runs, stmctl reset starts the application"},
-    {"update -firmware", "the boot loader runs, stmctl reset starts the application"},
+    {"update -state", "the application is running but does not answer this"},
+    {"update -start", "the boot loader is running (stmctl reset starts the application)"},
+    {"update -firmware", "the boot loader is running (stmctl reset starts the application)"},
 };
 
 class SurvivalOnce : public SurvivalBench

@@ -4,9 +4,9 @@
 namespace
 {
 
-constexpr char NOTHING[] = "nothing comes from the co-processor; asking again";
-constexpr char LEFT[] = "the boot loader runs; going on when the application does, stmctl reset "
-                        "starts it";
+constexpr char NOTHING[] = "no data from the co-processor; asking again";
+constexpr char LEFT[] =
+    "the boot loader is running; waiting for the application, which stmctl reset starts";
 
 // What may be said when a trouble begins.
 const std::map<std::string, Words> SAID = {
@@ -57,7 +57,7 @@ class Survival : public SurvivalBench
         for (std::string line; std::getline(lines, line);) {
             const std::string said = line.substr(std::min(name.size(), line.size()));
             if (said.find(" records, ") == std::string::npos &&
-                !said.starts_with("records come again, after ")) {
+                !said.starts_with("records are coming again after ")) {
                 EXPECT_EQ(std::ranges::count(sentences, said), 1) << line;
             }
         }

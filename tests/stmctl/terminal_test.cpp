@@ -51,10 +51,10 @@ TEST_F(Terminal, failure_stands_below_the_bar)
 TEST_F(Terminal, asks_before_a_boot_loader_and_takes_yes)
 {
     open_terminal(on_board_with({}, {"flash", "booter", "image.bin"}));
-    read_until("Type yes to go on: ");
+    read_until("Type yes to continue: ");
     type("yes\n");
     EXPECT_EQ(close_terminal(), 0);
-    EXPECT_EQ(screen().find("Replace the boot loader by image.bin (5000 bytes)?"), 0U);
+    EXPECT_EQ(screen().find("Replace the boot loader with image.bin (5000 bytes)?"), 0U);
     EXPECT_TRUE(flash(0, 5000) == read_file("image.bin"));
 }
 
@@ -62,7 +62,7 @@ TEST_F(Terminal, anything_but_yes_writes_nothing)
 {
     for (const char *answer : {"y\n", "\n", "no\n", "yesterday\n", "\x04"}) {
         open_terminal(on_board_with({}, {"flash", "booter", "image.bin"}));
-        read_until("Type yes to go on: ");
+        read_until("Type yes to continue: ");
         type(answer);
         EXPECT_EQ(close_terminal(), 3);
         EXPECT_TRUE(transcript().empty());
@@ -72,12 +72,12 @@ TEST_F(Terminal, anything_but_yes_writes_nothing)
 TEST_F(Terminal, interrupt_answers_the_question)
 {
     open_terminal(on_board_with({}, {"flash", "booter", "image.bin"}));
-    read_until("Type yes to go on: ");
+    read_until("Type yes to continue: ");
     type("\x03");
     EXPECT_EQ(close_terminal(), 3);
-    EXPECT_NE(
-        screen().find("^C\r\nstmctl: flash booter: nothing was written, only yes goes on\r\n"),
-        std::string::npos);
+    EXPECT_NE(screen().find(
+                  "^C\r\nstmctl: flash booter: nothing was written: the answer was not yes\r\n"),
+              std::string::npos);
     EXPECT_TRUE(transcript().empty());
 }
 
@@ -155,7 +155,7 @@ TEST_F(Terminal, typed_s_ends_a_wait)
     wait_for_lines(5);
     type("s\n");
     EXPECT_EQ(close_terminal(), 3);
-    EXPECT_NE(screen().find("stmctl: sampletime: stopped before it was done\r\n"),
+    EXPECT_NE(screen().find("stmctl: sampletime: stopped before it had finished\r\n"),
               std::string::npos);
 }
 
@@ -247,7 +247,7 @@ TEST_F(Terminal, plot_wants_a_file_there)
 {
     open_terminal(directly({}, {program(), "plot"}));
     EXPECT_EQ(close_terminal(), 2);
-    EXPECT_EQ(screen(), "stmctl: plot: which file? see stmctl plot --help\r\n");
+    EXPECT_EQ(screen(), "stmctl: plot: no file given; see stmctl plot --help\r\n");
 }
 
 TEST_F(Terminal, hours_are_told)

@@ -48,29 +48,29 @@ TEST_F(Usage, help_sums_up_each_command)
 {
     const std::string all = shown({"--help"});
     const std::pair<std::string, std::string> summaries[] = {
-        {"flash", "write an image into the co-processor's flash"},
-        {"state", "show what the co-processor runs"},
+        {"flash", "write an image to the co-processor's flash"},
+        {"state", "show what the co-processor is running"},
         {"version", "show the version of the boot loader"},
         {"start", "start the boot loader"},
         {"reset", "leave the boot loader and start the application"},
-        {"get", "ask for a value"},
+        {"get", "read a value"},
         {"set", "change a setting"},
         {"list", "list all settings and queries"},
-        {"save", "write the settings into a file"},
-        {"restore", "send the settings of a file"},
-        {"peek", "read a byte, or four, of the co-processor's memory"},
-        {"poke", "write bytes into the co-processor's memory"},
-        {"dump", "show a range of the co-processor's memory"},
-        {"text", "read the text that an address gives byte by byte, or write one"},
+        {"save", "save the settings to a file"},
+        {"restore", "send the settings in a file"},
+        {"peek", "read one or four bytes of co-processor memory"},
+        {"poke", "write bytes to co-processor memory"},
+        {"dump", "show a range of co-processor memory"},
+        {"text", "read or write text byte by byte at one address"},
         {"records", "read measurement records"},
         {"follow", "show the live stream of records"},
-        {"adc", "read a frame of the converter's values"},
-        {"raw", "read 50 bytes that only the firmware understands; 48 are shown"},
-        {"watch", "watch how well the live stream of records goes"},
-        {"ring", "hand records to other processes through shared memory"},
+        {"adc", "read a frame of converter values"},
+        {"raw", "read 50 firmware-defined bytes (48 are shown)"},
+        {"watch", "monitor the live stream of records"},
+        {"ring", "pass records to other processes by shared memory"},
         {"plot", "draw columns of records"},
-        {"doctor", "look at all that a board needs, and tell what is wrong"},
-        {"completion", "print the completions for a shell"},
+        {"doctor", "check the setup and report what is wrong"},
+        {"completion", "print the completion script for a shell"},
     };
     for (const auto &[name, summary] : summaries) {
         const std::string line = "  " + name + std::string(28 - name.size(), ' ') + summary + "\n";
@@ -99,17 +99,17 @@ TEST_F(Usage, version_is_that_of_the_project)
 
 TEST_F(Usage, words_that_make_no_sense_are_status_2)
 {
-    expect_failure(bare({}), 2, "no command; see stmctl --help");
-    expect_failure(bare({"nonsense"}), 2, "no command 'nonsense'; see stmctl --help");
-    expect_failure(bare({"state", "x"}), 2, "not expected: x; see stmctl state --help");
+    expect_failure(bare({}), 2, "no command given; see stmctl --help");
+    expect_failure(bare({"nonsense"}), 2, "unknown command 'nonsense'; see stmctl --help");
+    expect_failure(bare({"state", "x"}), 2, "unexpected argument: x; see stmctl state --help");
     expect_failure(bare({"state", "--nonsense"}), 2,
-                   "not expected: --nonsense; see stmctl state --help");
+                   "unexpected argument: --nonsense; see stmctl state --help");
     expect_failure(bare({"records", "-n", "3", "x", "--odd", "y"}), 2,
-                   "not expected: x --odd y; see stmctl records --help");
+                   "unexpected arguments: x --odd y; see stmctl records --help");
     expect_failure(bare({"--wait", "state"}), 2,
-                   "no option '--wait' in front of a command; see stmctl --help");
+                   "unknown option '--wait' before the command; see stmctl --help");
     expect_failure(bare({"completion", "fish"}), 2,
-                   "SHELL: fish not in {bash,zsh}; see stmctl completion --help");
+                   "SHELL: 'fish' is not one of bash, zsh; see stmctl completion --help");
     for (const std::string command : {"flash", "get", "set", "peek", "poke", "dump", "text"}) {
         EXPECT_EQ(bare({command}).status, 2) << command;
         EXPECT_EQ(bare({command, "--nonsense"}).status, 2) << command;
@@ -119,44 +119,47 @@ TEST_F(Usage, words_that_make_no_sense_are_status_2)
 TEST_F(Usage, mistyped_words_are_answered_with_the_nearest)
 {
     expect_failure(bare({"flahs"}), 2,
-                   "no command 'flahs'; did you mean flash?; see stmctl --help");
+                   "unknown command 'flahs'; did you mean flash? See stmctl --help");
     expect_failure(bare({"ring", "raed"}), 2,
-                   "no command 'raed'; did you mean read?; see stmctl ring --help");
-    expect_failure(bare({"--verison"}), 2,
-                   "no option '--verison' in front of a command; did you mean --version?; see "
-                   "stmctl --help");
-    expect_failure(bare({"records", "--formt", "csv"}), 2,
-                   "not expected: --formt csv; did you mean --format?; see stmctl records --help");
-    expect_failure(bare({"records", "x", "--durations=5"}), 2,
-                   "not expected: x --durations=5; did you mean --duration?; see stmctl records "
-                   "--help");
+                   "unknown command 'raed'; did you mean read? See stmctl ring --help");
+    expect_failure(
+        bare({"--verison"}), 2,
+        "unknown option '--verison' before the command; did you mean --version? See stmctl --help");
+    expect_failure(
+        bare({"records", "--formt", "csv"}), 2,
+        "unexpected arguments: --formt csv; did you mean --format? See stmctl records --help");
+    expect_failure(
+        bare({"records", "x", "--durations=5"}), 2,
+        "unexpected arguments: x --durations=5; did you mean --duration? See stmctl records "
+        "--help");
     expect_failure(bare({"get", "sampeltime"}), 2,
-                   "no query 'sampeltime'; did you mean sampletime?; see stmctl list");
+                   "unknown query 'sampeltime'; did you mean sampletime? See stmctl list");
     expect_failure(bare({"set", "adc2-valeu", "1"}), 2,
-                   "no setting 'adc2-valeu'; did you mean adc2-value?; see stmctl list");
+                   "unknown setting 'adc2-valeu'; did you mean adc2-value? See stmctl list");
     expect_failure(bare({"--help", "acess"}), 2,
-                   "there is no help for 'acess'; did you mean access?; see stmctl --help");
+                   "there is no help for 'acess'; did you mean access? See stmctl --help");
     expect_failure(bare({"--help", "plto"}), 2,
-                   "there is no help for 'plto'; did you mean plot?; see stmctl --help");
-    expect_failure(bare({"records", "--variant", "omeag"}), 2,
-                   "--variant: omeag not in {base,omega,temp}; did you mean omega?; see stmctl "
-                   "records --help");
+                   "there is no help for 'plto'; did you mean plot? See stmctl --help");
+    expect_failure(
+        bare({"records", "--variant", "omeag"}), 2,
+        "--variant: 'omeag' is not one of base, omega, temp; did you mean omega? See stmctl "
+        "records --help");
 }
 
 TEST_F(Usage, words_that_are_like_no_other_are_answered_with_none)
 {
-    expect_failure(bare({"flaxxx"}), 2, "no command 'flaxxx'; see stmctl --help");
-    expect_failure(bare({"ge"}), 2, "no command 'ge'; see stmctl --help");
-    expect_failure(bare({"ad"}), 2, "no command 'ad'; see stmctl --help");
-    expect_failure(bare({"statexxx"}), 2, "no command 'statexxx'; see stmctl --help");
-    expect_failure(bare({"set", "text-2", "1"}), 2, "no setting 'text-2'; see stmctl list");
+    expect_failure(bare({"flaxxx"}), 2, "unknown command 'flaxxx'; see stmctl --help");
+    expect_failure(bare({"ge"}), 2, "unknown command 'ge'; see stmctl --help");
+    expect_failure(bare({"ad"}), 2, "unknown command 'ad'; see stmctl --help");
+    expect_failure(bare({"statexxx"}), 2, "unknown command 'statexxx'; see stmctl --help");
+    expect_failure(bare({"set", "text-2", "1"}), 2, "unknown setting 'text-2'; see stmctl list");
 }
 
 TEST_F(Usage, the_device_cannot_be_chosen_and_that_is_said)
 {
-    const std::string sentence = "the device cannot be chosen: the module opens /dev/spidev1.0 and "
-                                 "no other; a link of that name leads to another one, see stmctl "
-                                 "--help access";
+    const std::string sentence =
+        "the device cannot be selected: the module always opens /dev/spidev1.0; to use another "
+        "one, make a link with that name, see stmctl --help access";
     for (const Words &words :
          {Words{"--device", "/dev/spidev0.0", "state"}, Words{"--device=/dev/spidev0.0", "state"},
           Words{"-d", "x", "state"}, Words{"-D", "x", "state"}, Words{"state", "--device", "x"},
@@ -165,9 +168,9 @@ TEST_F(Usage, the_device_cannot_be_chosen_and_that_is_said)
           Words{"ring", "status", "--device", "x"}}) {
         expect_failure(bare(words), 2, sentence);
     }
-    EXPECT_NE(shown({"--help", "access"}).find("no other"), std::string::npos);
+    EXPECT_NE(shown({"--help", "access"}).find("cannot be selected"), std::string::npos);
     expect_failure(bare({"state", "--devices"}), 2,
-                   "not expected: --devices; see stmctl state --help");
+                   "unexpected argument: --devices; see stmctl state --help");
 }
 
 // As from a script whose variable is not set.
@@ -182,19 +185,45 @@ TEST_F(Usage, an_empty_value_is_not_an_option_left_out)
     for (const Words &words : options) {
         const Result result = bare(words);
         EXPECT_EQ(result.status, 2) << words[0];
-        EXPECT_NE(result.errors.find(": nothing is given; see stmctl "), std::string::npos)
+        EXPECT_NE(result.errors.find(": the value is empty; see stmctl "), std::string::npos)
             << result.errors;
     }
 }
 
 TEST_F(Usage, no_help_is_wider_than_a_terminal)
 {
-    for (const char *topic : {"access", "status", "stop"}) {
-        std::istringstream lines(bare({"--help", topic}).output);
+    std::vector<Words> helps = {{"--help"}};
+    for (const char *topic : {"access", "status", "losses", "stop"}) {
+        helps.push_back({"--help", topic});
+    }
+    for (const char *command : COMMANDS) {
+        helps.push_back({command, "--help"});
+    }
+    for (const char *command : {"write", "read", "status", "remove"}) {
+        helps.push_back({"ring", command, "--help"});
+    }
+    for (const Words &words : helps) {
+        std::istringstream lines(shown(words));
         for (std::string line; std::getline(lines, line);) {
             EXPECT_LE(line.size(), 79U) << line;
         }
     }
+}
+
+TEST_F(Usage, an_option_takes_one_value_and_a_flag_none)
+{
+    expect_failure(bare({"records", "--variant"}), 2,
+                   "--variant needs a value; see stmctl records --help");
+    expect_failure(bare({"records", "-n", "3", "-n", "4"}), 2,
+                   "--count can be given only once; see stmctl records --help");
+    expect_failure(bare({"state", "--json=maybe"}), 2,
+                   "--json takes no value; see stmctl state --help");
+}
+
+TEST_F(Usage, the_version_is_asked_for_before_a_command_only)
+{
+    expect_failure(bare({"ring", "--version"}), 2,
+                   "unknown option '--version' before the command; see stmctl ring --help");
 }
 
 TEST_F(Usage, without_a_board_the_device_is_not_there)

@@ -135,27 +135,31 @@ TEST_F(Values, go_by_their_codes_too)
 
 TEST_F(Values, are_checked_before_the_device_is_touched)
 {
-    expect_refused({"set", "adc-value", "256", "1"}, "channel: a number from 0 to 7, not '256'");
-    expect_refused({"set", "adc2-value", "2", "1"}, "channel: a number from 0 to 1, not '2'");
-    expect_refused({"set", "be-long", "2", "1"}, "channel: a number from 0 to 1, not '2'");
-    expect_refused({"get", "be-long", "8"}, "channel: a number from 0 to 7, not '8'");
-    expect_refused({"set", "sampletime", "65636"}, "TIME: a number from 0 to 32000, not '65636'");
-    expect_refused({"set", "sampletime", "32001"}, "TIME: a number from 0 to 32000, not '32001'");
-    expect_refused({"set", "sampleskip", "2"}, "SKIP: a number from 3 to 32000, not '2'");
-    expect_refused({"set", "interpolation", "4"}, "MODE: a number from 0 to 3, not '4'");
+    expect_refused({"set", "adc-value", "256", "1"},
+                   "channel must be a number from 0 to 7, not '256'");
+    expect_refused({"set", "adc2-value", "2", "1"},
+                   "channel must be a number from 0 to 1, not '2'");
+    expect_refused({"set", "be-long", "2", "1"}, "channel must be a number from 0 to 1, not '2'");
+    expect_refused({"get", "be-long", "8"}, "channel must be a number from 0 to 7, not '8'");
+    expect_refused({"set", "sampletime", "65636"},
+                   "TIME must be a number from 0 to 32000, not '65636'");
+    expect_refused({"set", "sampletime", "32001"},
+                   "TIME must be a number from 0 to 32000, not '32001'");
+    expect_refused({"set", "sampleskip", "2"}, "SKIP must be a number from 3 to 32000, not '2'");
+    expect_refused({"set", "interpolation", "4"}, "MODE must be a number from 0 to 3, not '4'");
     expect_refused({"set", "adc-word-54", "0", "65536"},
-                   "VALUE: a number from 0 to 65535, not '65536'");
+                   "VALUE must be a number from 0 to 65535, not '65536'");
     expect_refused({"set", "adc-long", "0", "4294967296"},
-                   "VALUE: a number from 0 to 4294967295, not '4294967296'");
+                   "VALUE must be a number from 0 to 4294967295, not '4294967296'");
     for (const char *value : {"655.36", "700", "-1", "nan", "inf", "1e2", "1,5", "", "x"}) {
         expect_refused({"set", "adc-value", "0", value},
-                       "VALUE: a number from 0 to 655.35, not '" + std::string(value) + "'");
+                       "VALUE must be a number from 0 to 655.35, not '" + std::string(value) + "'");
     }
     expect_refused({"set", "adc-value-pair", "0", "1", "656"},
-                   "SECOND: a number from 0 to 655.35, not '656'");
+                   "SECOND must be a number from 0 to 655.35, not '656'");
     for (const char *value : {"", "1x", "x", "0x", "+1", " 1", "1.0", "99999999999"}) {
         expect_refused({"set", "sampletime", value},
-                       "TIME: a number from 0 to 32000, not '" + std::string(value) + "'");
+                       "TIME must be a number from 0 to 32000, not '" + std::string(value) + "'");
     }
 }
 
@@ -173,7 +177,7 @@ TEST_F(Values, two_decimals_travel_exactly_and_further_ones_are_cut_off)
     }
     const Result cut = stmctl({"set", "adc-value", "0", "12.349"});
     EXPECT_EQ(cut.output, "adc-value 0 = 12.34 (answer 1)\n");
-    EXPECT_EQ(cut.errors, "stmctl: VALUE: 12.349 goes out in hundredths, as 12.34\n");
+    EXPECT_EQ(cut.errors, "stmctl: VALUE: 12.349 is sent in hundredths, as 12.34\n");
 }
 
 TEST_F(Values, leading_zero_does_not_make_a_number_octal)
@@ -195,29 +199,30 @@ TEST_F(Values, are_counted)
 
 TEST_F(Values, names_that_are_none_are_refused)
 {
-    expect_refused({"set", "nonsense", "1"}, "no setting 'nonsense'; see stmctl list");
-    expect_refused({"get", "nonsense"}, "no query 'nonsense'; see stmctl list");
+    expect_refused({"set", "nonsense", "1"}, "unknown setting 'nonsense'; see stmctl list");
+    expect_refused({"get", "nonsense"}, "unknown query 'nonsense'; see stmctl list");
     expect_refused({"set", "text-21"},
-                   "no setting 'text-21', it can only be asked for; see stmctl list");
-    expect_refused({"get", "adc-value"}, "no query 'adc-value', it can only be set; see stmctl "
-                                         "list");
+                   "unknown setting 'text-21': it can only be read; see stmctl list");
+    expect_refused({"get", "adc-value"},
+                   "unknown query 'adc-value': it can only be set; see stmctl "
+                   "list");
 }
 
 TEST_F(Values, time_out_is_told_and_no_value_shown)
 {
     const std::string timeout = ": the co-processor did not answer in time; ";
-    const std::string dead = timeout + "nothing answers at all: has the co-processor power, does "
-                                       "it hang?";
+    const std::string dead =
+        timeout + "nothing is answering: does the co-processor have power, or has it hung?";
     expect_failure(with_fault("silence", {"get", "sampletime"}), 1, "sampletime" + dead);
     expect_failure(with_fault("silence", {"set", "sampletime", "1"}), 1, "sampletime" + dead);
     expect_failure(with_fault("late@0x21=3000", {"get", "text-21"}), 1,
-                   "text-21" + timeout + "the application runs, but does not answer this");
+                   "text-21" + timeout + "the application is running but does not answer this");
     expect_failure(stmctl({"get", "sampletime"}, {"--mode", "boot loader"}), 1,
                    "sampletime" + timeout +
-                       "the boot loader runs, stmctl reset starts the application");
+                       "the boot loader is running (stmctl reset starts the application)");
     expect_failure(with_fault("bus-inactive", {"get", "sampletime"}), 1,
-                   "sampletime: fetching the data failed: Message too long; nobody drives the "
-                   "line: is the co-processor there?");
+                   "sampletime: fetching the data failed: Message too long; nothing drives the "
+                   "line: is the co-processor connected?");
 }
 
 TEST_F(Values, late_but_in_time_is_good)
@@ -245,7 +250,7 @@ TEST_F(Values, reply_that_is_too_long_is_told)
 {
     expect_failure(with_fault("length=4097", {"get", "sampletime"}), 1,
                    "sampletime: fetching the data failed: Message too long; the co-processor "
-                   "announced a length that cannot be; another program may have used the device");
+                   "announced an impossible length; another program may have used the device");
 }
 
 TEST_F(Values, controlling_characters_of_a_text_are_shown_not_obeyed)

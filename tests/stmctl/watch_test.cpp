@@ -25,7 +25,7 @@ TEST_F(Watch, events_have_lines_of_their_own)
 {
     const Result flipped = stmctl({"watch", "--duration", "3"}, {"--fault", "flip@500"});
     EXPECT_EQ(flipped.status, 0);
-    EXPECT_EQ(count(flipped.output, "rejected: wrong checksum behind rel_t 499\n"), 1U);
+    EXPECT_EQ(count(flipped.output, "rejected: wrong checksum after rel_t 499\n"), 1U);
     EXPECT_EQ(count(flipped.output, "lost: "), 1U);
     const Result full = stmctl({"watch", "--duration", "3"}, {"--rate", "6000"});
     EXPECT_EQ(count(full.output, "overflow: up to 2"), 1U) << full.output;
@@ -99,8 +99,8 @@ TEST_F(Watch, rejected_record_is_told_before_what_it_costs)
 {
     const Result result = stmctl({"watch", "--duration", "1.5"}, {"--fault", "flip@500"});
     EXPECT_EQ(result.output,
-              "rejected: wrong checksum behind rel_t 499\n"
-              "lost: 52 records, until rel_t 576\n"
+              "rejected: wrong checksum after rel_t 499\n"
+              "lost: 52 records before rel_t 576\n"
               "0:01  931 records  927/s  lost 52  rejected 1  overflowing 0  fill 81 of 255\n");
     EXPECT_EQ(result.errors, "stmctl: watch: 1444 records, 52 lost, 1 rejected, 0 overflowing\n");
 }

@@ -48,4 +48,12 @@ TEST(Suggestion, has_two_mistakes_at_most_and_in_less_than_half_of_the_letters)
     EXPECT_EQ(suggestion(std::string(1000, 'x'), Names{std::string(1000, 'x')}), "");
 }
 
+TEST(Reference, begins_a_sentence_of_its_own_after_a_question)
+{
+    EXPECT_EQ(with_reference("no command given", "stmctl --help"),
+              "no command given; see stmctl --help");
+    EXPECT_EQ(with_reference("no flahs; did you mean flash?", "stmctl --help"),
+              "no flahs; did you mean flash? See stmctl --help");
+}
+
 } // namespace

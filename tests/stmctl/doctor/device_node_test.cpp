@@ -50,25 +50,25 @@ TEST(DeviceNodeLine, a_device_of_the_driver_is_good)
 
 TEST(DeviceNodeLine, what_is_no_device_is_bad)
 {
-    const std::string remedy = "remove it: sudo rm -r /dev/spidev1.0; see stmctl --help access";
-    const std::string words = "/dev/spidev1.0 is no device, but ";
+    const std::string remedy = "sudo rm -r /dev/spidev1.0; see stmctl --help access";
+    const std::string words = "/dev/spidev1.0 is not a character device but ";
     expect_finding(judge_node(opened(S_IFREG | 0644, false)), Health::bad, words + "a regular file",
                    remedy);
     expect_finding(judge_node({EACCES, file_with(S_IFREG), false}), Health::bad,
                    words + "a regular file", remedy);
     expect_finding(judge_node(opened(S_IFBLK | 0644, false)), Health::bad, words + "a block device",
                    remedy);
-    expect_finding(judge_node({EACCES, file_with(S_IFDIR), false}), Health::bad, words + "a folder",
+    expect_finding(judge_node({EACCES, file_with(S_IFDIR), false}), Health::bad,
+                   words + "a directory", remedy);
+    expect_finding(judge_node(opened(S_IFIFO | 0644, false)), Health::bad, words + "something else",
                    remedy);
-    expect_finding(judge_node(opened(S_IFIFO | 0644, false)), Health::bad,
-                   words + "of another kind", remedy);
 }
 
 TEST(DeviceNodeLine, a_device_of_another_driver_is_bad)
 {
     expect_finding(judge_node(opened(S_IFCHR | 0660, false)), Health::bad,
-                   "/dev/spidev1.0 is a device, but not for SPI",
-                   "the driver spidev must be bound to it, see stmctl --help access");
+                   "/dev/spidev1.0 is a device, but not an SPI device",
+                   "bind the driver spidev to it, see stmctl --help access");
 }
 
 TEST(RightsLine, whose_it_is_is_told)
@@ -89,13 +89,12 @@ TEST(RightsLine, a_user_who_is_not_in_the_group_is_told_how_to_join_it)
 TEST(RightsLine, a_session_from_before_joining_is_told_to_log_in_again)
 {
     const Finding finding = judge_rights(forbidden(0660), {NOBODY, {OTHER_GROUP}, {GROUP}});
-    EXPECT_EQ(finding.remedy,
-              "log in again: this session is older than being in the group 4000002");
+    EXPECT_EQ(finding.remedy, "log in again: you joined the group 4000002 after this login");
 }
 
 TEST(RightsLine, a_group_that_helps_nobody_needs_a_rule)
 {
-    const std::string rule = "a udev rule gives it to the group spi, see stmctl --help access";
+    const std::string rule = "use a udev rule for the group spi, see stmctl --help access";
     const Caller caller = {NOBODY, {}, {}};
     EXPECT_EQ(judge_rights(forbidden(0660, 0), caller).remedy, rule) << "of root";
     EXPECT_EQ(judge_rights(forbidden(0600), caller).remedy, rule) << "without rights";
@@ -105,15 +104,15 @@ TEST(RightsLine, a_group_that_helps_nobody_needs_a_rule)
 TEST(RightsLine, what_else_forbids_it_is_not_blamed_on_the_group)
 {
     EXPECT_EQ(judge_rights(forbidden(0660), {NOBODY, {GROUP}, {GROUP}}).remedy,
-              "the group would do, something else forbids it: see ls -l, getfacl and dmesg");
+              "something else denies access: see ls -l, getfacl and dmesg");
     EXPECT_EQ(judge_rights({EPERM, file_with(S_IFCHR | 0666), false}, {NOBODY, {}, {}}).remedy,
-              "not its mode, but the system forbids it: a container, for instance");
+              "the system denies it (a container?), not the file's mode");
 }
 
 TEST(RightsLine, to_what_is_not_there_nobody_has_rights)
 {
     expect_finding(judge_rights({ENOENT, {}, false}, {}), Health::unknown,
-                   "there is nothing to have rights to", "");
+                   "there is no device to check", "");
 }
 
 } // namespace

@@ -31,7 +31,7 @@ TEST(WireMode, words_of_no_bits_are_words_of_eight)
          {std::optional<uint8_t>(), std::optional<uint8_t>(0), std::optional<uint8_t>(8)}) {
         const Finding finding = judge_wire_mode(with_bits(bits));
         EXPECT_EQ(finding.health, Health::good);
-        EXPECT_EQ(finding.words, "0, words of 8 bits");
+        EXPECT_EQ(finding.words, "0, 8-bit words");
     }
 }
 
@@ -39,8 +39,8 @@ TEST(WireMode, words_of_other_bits_are_bad)
 {
     const Finding finding = judge_wire_mode(with_bits(16));
     EXPECT_EQ(finding.health, Health::bad);
-    EXPECT_EQ(finding.words, "0, but words of 16 bits, as another program left them");
-    EXPECT_EQ(finding.remedy, "let it set them back to 8, or restart the system");
+    EXPECT_EQ(finding.words, "0, but 16-bit words, left by another program");
+    EXPECT_EQ(finding.remedy, "set them back to 8 bits or restart the system");
 }
 
 TEST(Clock, that_was_the_same_before_is_named_once)
@@ -50,7 +50,7 @@ TEST(Clock, that_was_the_same_before_is_named_once)
     examination.dialogue->speed_hz = 6'000'000;
     EXPECT_EQ(judge_clock(examination).words, "6 MHz");
     examination.left.speed_hz = 500'000;
-    EXPECT_EQ(judge_clock(examination).words, "6 MHz, before it was 0.5 MHz");
+    EXPECT_EQ(judge_clock(examination).words, "6 MHz, previously 0.5 MHz");
     examination.left.speed_hz.reset();
     EXPECT_EQ(judge_clock(examination).words, "6 MHz");
 }
@@ -61,7 +61,7 @@ TEST(Exchange, of_more_than_ten_times_the_time_of_the_wire_is_bad)
     const Finding slow = exchange_of(10.5);
     EXPECT_EQ(slow.health, Health::bad);
     EXPECT_EQ(slow.words, "4096 bytes take 10500.00 ms, the wire alone 1000.00 ms");
-    EXPECT_EQ(slow.remedy, "is the machine busy, does the controller work without DMA?");
+    EXPECT_EQ(slow.remedy, "is the machine busy, or the controller without DMA?");
 }
 
 TEST(Lock, that_cannot_be_tried_is_bad_and_nothing_is_said_of_a_holder)

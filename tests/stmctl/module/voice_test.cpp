@@ -80,11 +80,11 @@ TEST(Voice, each_text_to_perror_has_its_sentence)
     };
     for (const Row &row : {
              Row{"Error: stm_com_func: Can't open device \n", "cannot open /dev/spidev1.0"},
-             Row{"Error: writing speed failed\n", "the device refused the clock of 6 MHz"},
+             Row{"Error: writing speed failed\n", "the device refused a clock of 6 MHz"},
              Row{"Error: stm_com_funcs: SPI datatransfer\n", "synchronising the link failed"},
              Row{"SPI command", "sending the command failed"},
              Row{"read data", "fetching the answer failed"},
-             Row{"SPI wait for ACK", "asking for the acknowledge failed"},
+             Row{"SPI wait for ACK", "asking for the acknowledgement failed"},
              Row{"SPI send header information", "sending the header failed"},
              Row{"SPI send data", "sending the data failed"},
              Row{"Error stm_com_funcs: SPI command \n", "sending the command failed"},
@@ -101,7 +101,7 @@ TEST(Voice, each_text_to_perror_has_its_sentence)
              Row{"SPI datatransfer (4)", "fetching the data failed (4)"},
              Row{"shmget (ringbuffer space)", "cannot get the ring's shared memory"},
              Row{"shmat (ringbuffer space)", "cannot attach the ring's shared memory"},
-             Row{"shmctl (ringbuffer space)", "cannot look at the ring's shared memory"},
+             Row{"shmctl (ringbuffer space)", "cannot inspect the ring's shared memory"},
          }) {
         const Report report = only_report(printed(row.text, "Input/output error"));
         EXPECT_EQ(report.error, EIO);
