@@ -89,8 +89,7 @@ bool Recovery::await_sole_use()
         if (now >= reminder) {
             reminder += BETWEEN_REMINDERS;
             const auto minutes = std::chrono::duration_cast<std::chrono::minutes>(now - begin);
-            tell_(
-                fmt::format("still waiting for {}, after {} min", users.words(), minutes.count()));
+            tell_(fmt::format("still waiting for {} after {} min", users.words(), minutes.count()));
         }
         if (!pause_(BETWEEN_LOOKS)) {
             return false;

@@ -127,7 +127,7 @@ ExitStatus read_records(const char *name, const ReadoutOptions &options, bool li
     destination.finish();
     summary.finish();
     if (output_failed()) {
-        return status_of_failed_output(); // the end of every run tells why
+        return status_of_failed_output(); // finish_output reports why
     }
     return status;
 }

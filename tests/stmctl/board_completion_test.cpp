@@ -1,5 +1,5 @@
 // virtual-board --completion: real shells take the scripts and complete words with them, those of
-// the command behind the options with its own.
+// the command after the options with its own.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 namespace
@@ -75,7 +75,7 @@ TEST_F(BoardCompletion, offers_options_and_what_they_take)
     EXPECT_EQ(offered({"virtual-board", "--count-time", "gre"}).find("grep"), 0U);
 }
 
-TEST_F(BoardCompletion, offers_behind_the_options_what_the_command_has)
+TEST_F(BoardCompletion, offers_after_the_options_what_the_command_has)
 {
     EXPECT_EQ(offered({"virtual-board", "stmctl", "fl"}), "flash");
     EXPECT_EQ(offered({"virtual-board", "--count-time", "--board", "b", "stmctl", "ring", "rea"}),
@@ -101,7 +101,7 @@ TEST_F(BoardCompletion, is_there_for_zsh)
               "of the command: stmctl fl, 2");
 }
 
-TEST_F(BoardCompletion, of_another_shell_is_refused)
+TEST_F(BoardCompletion, another_shell_is_refused)
 {
     const Result result = run({TOOL_VIRTUAL_BOARD, "--completion", "fish"});
     EXPECT_EQ(result.status, 125);

@@ -1,4 +1,4 @@
-// Goal: the sentence of a failure names its cause, with what helps, whatever command meets it.
+// Goal: the sentence about a failure names its cause and the remedy, whichever command meets it.
 #include "link/stm_com_funcs.h"
 #include "tests/stmctl/ring_bench.hpp"
 
@@ -30,7 +30,7 @@ const std::vector<Words> WRITES = {
 const std::vector<Words> STREAMS = {
     {"follow", "--duration", "30"}, {"records"}, {"watch", "--duration", "30"}};
 
-// What a sentence about a query begins with.
+// How a sentence about a query begins.
 std::string name_of(const Words &command)
 {
     return command[0] == "get" || command[0] == "set" ? command[1]
@@ -43,7 +43,7 @@ class Cause : public StmctlBench
   protected:
     void SetUp() override { write_file("image.bin", noise(3000, 9)); }
 
-    // The command ends in 1, and the first of what it says is this.
+    // The command ends with status 1, and this is its first message.
     static void expect_first(const Result &result, const std::string &sentence)
     {
         EXPECT_EQ(result.status, 1) << sentence;
@@ -83,7 +83,7 @@ class Cause : public StmctlBench
     }
 };
 
-TEST_F(Cause, a_buffer_of_the_driver_that_is_too_small_is_told_by_every_command)
+TEST_F(Cause, every_command_reports_a_driver_buffer_that_is_too_small)
 {
     std::vector<Words> commands = {{"state"},
                                    {"version"},
@@ -103,7 +103,7 @@ TEST_F(Cause, a_buffer_of_the_driver_that_is_too_small_is_told_by_every_command)
     EXPECT_EQ(says({"state"}, {"--bufsiz", "4096"}), "application (2)\n");
 }
 
-TEST_F(Cause, a_length_that_cannot_be_is_told_for_replies_and_for_blocks)
+TEST_F(Cause, an_impossible_length_is_reported_for_replies_and_for_blocks)
 {
     for (const Words &command : {QUERIES[0], QUERIES[1], QUERIES[3], QUERIES[4]}) {
         expect_failure(with_fault("length=4097", command), 1,
@@ -124,7 +124,7 @@ TEST_F(Cause, a_length_that_cannot_be_is_told_for_replies_and_for_blocks)
     EXPECT_NE(going.errors.find(TOO_LONG + IMPOSSIBLE + "; trying again\n"), std::string::npos);
 }
 
-TEST_F(Cause, a_line_that_nobody_drives_is_told)
+TEST_F(Cause, an_undriven_line_is_reported)
 {
     for (const Words &command : {QUERIES[0], QUERIES[1], QUERIES[3], QUERIES[4]}) {
         expect_failure(with_fault("bus-inactive", command), 1,
@@ -137,7 +137,7 @@ TEST_F(Cause, a_line_that_nobody_drives_is_told)
     expect_silent_streams({"--fault", "bus-inactive"}, UNDRIVEN);
 }
 
-TEST_F(Cause, a_dead_co_processor_is_told)
+TEST_F(Cause, a_dead_co_processor_is_reported)
 {
     expect_silent_streams({"--fault", "silence"}, DEAD);
     for (const auto *commands : {&QUERIES, &WRITES}) {
@@ -148,7 +148,7 @@ TEST_F(Cause, a_dead_co_processor_is_told)
     }
 }
 
-TEST_F(Cause, the_boot_loader_is_told_and_how_to_leave_it)
+TEST_F(Cause, the_boot_loader_is_reported_with_how_to_leave_it)
 {
     const Words in_loader = {"--mode", "boot loader"};
     expect_silent_streams(in_loader, LOADER);
@@ -166,7 +166,7 @@ TEST_F(Cause, the_boot_loader_is_told_and_how_to_leave_it)
     EXPECT_EQ(read_text("board/mode"), "boot loader\n") << "nobody has switched it";
 }
 
-TEST_F(Cause, an_application_that_does_not_answer_is_told)
+TEST_F(Cause, an_application_that_does_not_answer_is_reported)
 {
     for (const Words &command : {WRITES[0], QUERIES[0]}) {
         expect_failure(
@@ -176,7 +176,7 @@ TEST_F(Cause, an_application_that_does_not_answer_is_told)
 }
 
 // Between a query and its answer the other program asks for the version, which is 7.
-TEST_F(Cause, an_answer_that_is_none_is_put_down_to_another_program)
+TEST_F(Cause, an_impossible_answer_is_put_down_to_another_program)
 {
     std::ofstream(path("other")) << "    1     0.000000     1 > 91 < 00 ; version asked for\n";
     const std::string other = "another program may have used the device";
@@ -218,7 +218,7 @@ TEST_F(Cause, a_readout_that_ends_without_a_reason_is_put_down_to_another_progra
               std::string::npos);
 }
 
-TEST_F(Cause, a_device_that_has_gone_is_told_with_where_to_look)
+TEST_F(Cause, a_device_that_has_gone_is_reported_with_where_to_look)
 {
     const std::string gone = "; the device is gone, see stmctl --help access";
     for (const std::string error : {"ESHUTDOWN", "ENODEV", "EBADF"}) {
@@ -243,7 +243,7 @@ TEST_F(Cause, a_device_that_has_gone_is_told_with_where_to_look)
                      gone);
 }
 
-TEST_F(Cause, full_disks_are_told_with_the_name_of_the_file)
+TEST_F(Cause, full_disks_are_reported_with_the_name_of_the_file)
 {
     const std::string full = "cannot write '/dev/full': No space left on device";
     for (const std::string command : {"follow", "records", "watch"}) {
@@ -284,7 +284,7 @@ class RingCause : public RingBench
     static void make(int mode) { shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, IPC_CREAT | mode); }
 };
 
-TEST_F(RingCause, a_ring_that_may_not_be_looked_at_is_told)
+TEST_F(RingCause, a_ring_that_cannot_be_inspected_is_reported)
 {
     make(0600);
     for (const std::string command : {"read", "status", "remove"}) {
@@ -293,7 +293,7 @@ TEST_F(RingCause, a_ring_that_may_not_be_looked_at_is_told)
     }
 }
 
-TEST_F(RingCause, a_ring_that_may_only_be_looked_at_is_told_with_its_owner)
+TEST_F(RingCause, a_read_only_ring_is_reported_with_its_owner)
 {
     make(0644);
     expect_failure(as_nobody({"ring", "read"}), 4,
@@ -310,7 +310,7 @@ TEST_F(RingCause, a_ring_of_another_user_cannot_be_removed)
     EXPECT_NE(shmget(RINGBUFFER_KEY, 0, 0), -1);
 }
 
-TEST_F(RingCause, a_writer_of_another_user_is_unknown_and_who_sees_it_is_told)
+TEST_F(RingCause, a_writer_of_another_user_is_unknown_and_the_remedy_is_shown)
 {
     make(0666);
     const void *ring = shmat(shmget(RINGBUFFER_KEY, 0, 0), nullptr, 0);

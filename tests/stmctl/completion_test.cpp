@@ -1,4 +1,4 @@
-// stmctl completion bash: a real bash takes the script and completes words with it.
+// stmctl completion bash: a real bash reads the script and completes words with it.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 namespace
@@ -83,7 +83,7 @@ TEST_F(Completion, offers_files_where_a_file_belongs)
 }
 
 // bash makes three words of it.
-TEST_F(Completion, offers_values_behind_an_equals_sign_too)
+TEST_F(Completion, offers_values_after_an_equals_sign_too)
 {
     EXPECT_EQ(offered({"stmctl", "records", "--format", "="}), "text csv hex jsonl");
     EXPECT_EQ(offered({"stmctl", "records", "--format", "=", "c"}), "csv");
@@ -95,7 +95,7 @@ TEST_F(Completion, offers_the_shell)
     EXPECT_EQ(offered({"stmctl", "completion", ""}), "bash zsh");
 }
 
-TEST_F(Completion, offers_topics_and_commands_behind_help)
+TEST_F(Completion, offers_topics_and_commands_after_help)
 {
     for (const char *help : {"--help", "-h", "help"}) {
         EXPECT_EQ(offered({"stmctl", help, "sta"}), "status state start") << help;
@@ -119,7 +119,7 @@ class ZshCompletion : public StmctlBench
         write_file("_stmctl", {script.output.begin(), script.output.end()});
     }
 
-    // What is offered for the last of the words. compadd and _files say what they are called for.
+    // What is offered for the last of the words. compadd and _files print their arguments.
     std::string offered(const Words &words)
     {
         const Result result =
@@ -140,7 +140,7 @@ class ZshCompletion : public StmctlBench
     }
 };
 
-TEST_F(ZshCompletion, offers_what_that_for_bash_does)
+TEST_F(ZshCompletion, offers_the_same_as_that_for_bash)
 {
     EXPECT_EQ(offered({"stmctl", "fl"}), "flash ");
     EXPECT_EQ(offered({"stmctl", "st"}), "state start ");

@@ -9,7 +9,7 @@ namespace
 class DetailOf : public RecordBench
 {
   protected:
-    // The numbers of seconds that it says vary with what is said: they are left out.
+    // The numbers of seconds vary with the amount of output: they are left out.
     static std::string without_times(const std::string &errors)
     {
         return std::regex_replace(errors, std::regex("[0-9]+\\.[0-9]{3} s"), "T");
@@ -39,7 +39,7 @@ TEST_F(DetailOf, quiet_runs_have_no_summary)
     expect_said({"flash", "firmware", "image.bin", "-q"}, "");
 }
 
-TEST_F(DetailOf, quiet_runs_say_what_goes_wrong_and_why_they_fail)
+TEST_F(DetailOf, quiet_runs_report_what_goes_wrong_and_why_they_fail)
 {
     expect_said({"follow", "--duration", "6", "--keep-going", "-q"},
                 "stmctl: follow: no data from the co-processor; asking again\n"
@@ -61,12 +61,12 @@ TEST_F(DetailOf, quiet_runs_say_what_goes_wrong_and_why_they_fail)
                 {"--fault", "checksum-error@2"}, 1);
 }
 
-TEST_F(DetailOf, quiet_watch_shows_its_lines_all_the_same)
+TEST_F(DetailOf, quiet_watch_still_shows_its_lines)
 {
     EXPECT_EQ(count(says({"watch", "--duration", "2.5", "-q"}), "\n"), 2U);
 }
 
-TEST_F(DetailOf, verbose_runs_tell_of_the_device)
+TEST_F(DetailOf, verbose_runs_report_the_opening_of_the_device)
 {
     expect_said({"follow", "-n", "3", "-v"},
                 OPENED + "stmctl: follow: 3 of 3 records, 0 lost, 0 rejected, 0 overflowing\n");
@@ -78,7 +78,7 @@ TEST_F(DetailOf, verbose_runs_tell_of_the_device)
                 OPENED + "stmctl: watch: 983 records, 0 lost, 0 rejected, 0 overflowing\n");
 }
 
-TEST_F(DetailOf, verbose_runs_tell_each_time_out_and_each_time_they_ask)
+TEST_F(DetailOf, verbose_runs_report_each_time_out_and_each_request)
 {
     expect_said({"follow", "--duration", "6", "--keep-going", "-v"},
                 OPENED +
@@ -94,14 +94,14 @@ TEST_F(DetailOf, verbose_runs_tell_each_time_out_and_each_time_they_ask)
                 SILENT);
 }
 
-TEST_F(DetailOf, verbose_runs_tell_of_a_device_that_came_back)
+TEST_F(DetailOf, verbose_runs_report_a_device_that_came_back)
 {
     const Result result =
         stmctl({"follow", "--duration", "5", "--keep-going", "-v"}, {"--fault", "gone@t=2s..3s"});
     EXPECT_EQ(count(result.errors, "/dev/spidev1.0: locked after "), 2U) << result.errors;
 }
 
-TEST_F(DetailOf, verbose_runs_without_a_terminal_count_each_minute)
+TEST_F(DetailOf, verbose_runs_without_a_terminal_report_each_minute)
 {
     const Result result =
         stmctl({"follow", "--duration", "2.5m", "-v", "-o", "a.txt"}, {"--rate", "10"});
@@ -110,7 +110,7 @@ TEST_F(DetailOf, verbose_runs_without_a_terminal_count_each_minute)
     EXPECT_EQ(count(result.errors, "/s  lost 0  "), 2U);
 }
 
-TEST_F(DetailOf, verbose_flash_tells_each_step)
+TEST_F(DetailOf, verbose_flash_reports_each_step)
 {
     write_file("image.bin", noise(1500, 9));
     expect_said({"flash", "firmware", "image.bin", "-v"},
@@ -141,7 +141,7 @@ class DetailOfRing : public RingBench
 {
 };
 
-TEST_F(DetailOfRing, quiet_writer_and_reader_say_nothing_of_a_good_run)
+TEST_F(DetailOfRing, quiet_writer_and_reader_report_nothing_about_a_good_run)
 {
     const Result result = script("$BOARD --count-time $STMCTL ring write --duration 0.1 -q\n"
                                  "$STMCTL ring read --from-oldest -n 5 -q -o a.txt");
@@ -149,7 +149,7 @@ TEST_F(DetailOfRing, quiet_writer_and_reader_say_nothing_of_a_good_run)
     EXPECT_EQ(result.errors, "");
 }
 
-TEST_F(DetailOfRing, quiet_reader_says_why_it_fails)
+TEST_F(DetailOfRing, quiet_reader_reports_why_it_fails)
 {
     const Result result = script("fill 0.1; $BOARD --count-time $STMCTL ring read --duration 1 -q");
     EXPECT_EQ(result.status, 1);
@@ -157,7 +157,7 @@ TEST_F(DetailOfRing, quiet_reader_says_why_it_fails)
                              "overruns, 0 restarts of the writer; its writer has ended\n");
 }
 
-TEST_F(DetailOfRing, verbose_writer_and_reader_say_more)
+TEST_F(DetailOfRing, verbose_writer_and_reader_report_more)
 {
     const Result written = script("$BOARD --count-time $STMCTL ring write --duration 0.1 -v");
     EXPECT_EQ(count(written.errors, "stmctl: /dev/spidev1.0: locked after "), 1U);

@@ -1,4 +1,4 @@
-// stmctl doctor: each line with what makes it good, bad or unknown, and the status of all.
+// stmctl doctor: each line with what makes it good, bad or unknown, and the overall status.
 #include "tests/stmctl/ring_bench.hpp"
 
 #include "link/stm_com_funcs.h"
@@ -45,7 +45,7 @@ class Doctor : public RingBench
         EXPECT_EQ(result.errors, "stmctl: doctor: " + names + "\n");
     }
 
-    // While another process on the same board has the device open, and is no stmctl.
+    // While another process on the same board, which is not stmctl, has the device open.
     Result beside_another(const std::string &before, const Words &arguments)
     {
         Words command = {program()};
@@ -104,7 +104,7 @@ TEST_F(Doctor, the_boot_loader_is_good_and_answers_no_queries)
     EXPECT_EQ(stmctl({"state"}).output, "boot loader (1)\n") << "the mode is never switched";
 }
 
-TEST_F(Doctor, nobody_who_answers_is_bad)
+TEST_F(Doctor, a_line_without_an_answer_is_bad)
 {
     const Result silent = doctor({"--fault", "silence"});
     expect_bad(silent, "1 of 14 checks failed: runs");
@@ -174,7 +174,7 @@ TEST_F(Doctor, a_refused_clock_is_bad)
               "exchange  good     4096 bytes take 32.77 ms, the wire alone 32.77 ms\n");
 }
 
-TEST_F(Doctor, a_mode_that_another_program_left_is_bad_and_told_once)
+TEST_F(Doctor, a_mode_that_another_program_left_is_bad_and_reported_once)
 {
     doctor();
     write_file("board/spi-mode", {'3'});
@@ -226,7 +226,7 @@ TEST_F(Doctor, nothing_is_sent_while_another_program_has_the_device_open)
     EXPECT_EQ(transcript().size(), 0U);
 }
 
-TEST_F(Doctor, several_who_talk_at_once_are_bad)
+TEST_F(Doctor, several_programs_that_talk_at_once_are_bad)
 {
     const Result result = beside_another(
         "exec 9<>/dev/spidev1.0; mkfifo never; cat <>never & cat=$!; trap 'kill $cat' EXIT; ",
@@ -310,7 +310,7 @@ TEST_F(Doctor, gnuplot_is_looked_for_where_plot_looks)
     EXPECT_EQ(with_path("/nowhere:" + path(".")), "gnuplot   good     " + path("./gnuplot") + "\n");
 }
 
-TEST_F(Doctor, a_ring_is_good_unless_nobody_can_use_it)
+TEST_F(Doctor, a_ring_is_good_unless_it_cannot_be_used)
 {
     const int id = shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, IPC_CREAT | 0666);
     auto *ring = static_cast<RingBuffer *>(shmat(id, nullptr, 0));
@@ -340,8 +340,8 @@ TEST_F(Doctor, a_ring_is_good_unless_nobody_can_use_it)
     shmctl(small, IPC_RMID, nullptr);
 }
 
-// The boot loader is asked nothing for which the module looks at its user's wishes.
-TEST_F(Doctor, is_ended_by_its_user_whatever_it_asks)
+// The boot loader is asked nothing during which the module checks for a stop.
+TEST_F(Doctor, can_be_stopped_whatever_it_asks)
 {
     for (const std::string mode : {"application", "boot loader"}) {
         expect_failure(in_shell({"doctor"}, "<<<s", {"--mode", mode}), 3,
@@ -349,7 +349,7 @@ TEST_F(Doctor, is_ended_by_its_user_whatever_it_asks)
     }
 }
 
-TEST_F(Doctor, tells_the_same_as_json)
+TEST_F(Doctor, shows_the_same_as_json)
 {
     const Result result = stmctl({"doctor", "--json"}, {"--fault", "silence"});
     expect_bad(result, "1 of 14 checks failed: runs");

@@ -1,5 +1,5 @@
 // Every example of every help of stmctl, as the help itself lists them, in its order on one board:
-// each ends in 0, and shows or writes something.
+// each ends with status 0, and shows or writes something.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 #include <sched.h>
@@ -29,7 +29,7 @@ class Examples : public StmctlBench
         write_file("image.bin", noise(5000, 9));
         write_file("booter.bin", noise(5000, 7));
         run({"gzip", "-k", "image.bin"});
-        stmctl({"set", "sampleskip", "3"}); // of a fresh board it is one that cannot be set
+        stmctl({"set", "sampleskip", "3"}); // a fresh board has a value that cannot be set
     }
 
     void write_program(const std::string &name, const std::string &text) const
@@ -47,8 +47,8 @@ class Examples : public StmctlBench
         return run(all).output;
     }
 
-    // The lines below a title, up to an empty one, without their two blanks and without what stands
-    // behind two more.
+    // The lines below a title, up to an empty one, without their two blanks and without what
+    // follows two more.
     static Words lines_below(const std::string &title, const std::string &help)
     {
         std::istringstream lines(help);
@@ -64,7 +64,7 @@ class Examples : public StmctlBench
         return found;
     }
 
-    // Those of a command, and of the commands behind it.
+    // Those of a command and of its subcommands.
     void collect(const Words &command)
     {
         const std::string help = help_of(command);
@@ -146,7 +146,7 @@ TEST_F(Examples, of_every_help_work)
     for (const std::string &example : examples_) {
         if (draws || example.find("stmctl plot") == std::string::npos) {
             expect_it_works(example);
-            run_line("stmctl reset"); // behind a flash the boot loader runs
+            run_line("stmctl reset"); // after a flash the boot loader runs
         }
     }
 }

@@ -1,5 +1,5 @@
-// stmctl flash: it ends in 0 if, and only if, the image is in the flash, and says in one sentence
-// why it is not.
+// stmctl flash: its status is 0 if and only if the image is in the flash; otherwise one sentence
+// says why.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 #include <fcntl.h>
@@ -28,7 +28,7 @@ class Flash : public StmctlBench
                "100 %  5000 of 5000 bytes\n";
     }
 
-    // What standard error has besides how far it is.
+    // Standard error without the progress.
     static std::string without_tenths(const std::string &errors)
     {
         std::string rest;
@@ -46,7 +46,7 @@ class Flash : public StmctlBench
         return with_fault(fault, words);
     }
 
-    // With this fault, it says why, and ends in 1.
+    // With this fault, it reports why and ends with status 1.
     void expect_incomplete(const std::string &fault, const std::string &why)
     {
         const Result result = flash_with(fault);
@@ -81,7 +81,7 @@ TEST_F(Flash, shows_tenths_and_then_what_was_written_and_how_fast)
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
 }
 
-TEST_F(Flash, one_byte_is_told_in_the_singular)
+TEST_F(Flash, one_byte_is_counted_in_the_singular)
 {
     write_file("one.bin", {1});
     const Result result = stmctl({"flash", "firmware", "one.bin"});
@@ -122,7 +122,7 @@ TEST_F(Flash, boot_loader_goes_to_the_start_of_the_flash)
     EXPECT_EQ(flash(FIRMWARE_OFFSET, 1024), Bytes(1024, 0xFF));
 }
 
-TEST_F(Flash, boot_loader_is_not_written_where_nobody_can_be_asked)
+TEST_F(Flash, boot_loader_is_not_written_without_a_confirmation)
 {
     const Result result = in_shell({"flash", "booter", "image.bin"}, "</dev/null");
     expect_failure(
@@ -131,7 +131,7 @@ TEST_F(Flash, boot_loader_is_not_written_where_nobody_can_be_asked)
     EXPECT_TRUE(transcript().empty());
 }
 
-TEST_F(Flash, file_is_looked_at_before_the_device)
+TEST_F(Flash, file_is_checked_before_the_device)
 {
     write_file("empty.bin", {});
     write_file("large.bin", noise(507905, 1));
@@ -159,7 +159,7 @@ TEST_F(Flash, limit_replaces_that_of_the_region)
               "accept this address or size)\n");
 }
 
-// Of a rate only what says something is shown.
+// A rate is only shown where it is meaningful.
 TEST_F(Flash, tiny_image_has_a_rate_in_bytes)
 {
     write_file("image.bin", {1});
@@ -181,7 +181,7 @@ TEST_F(Flash, start_runs_the_firmware_and_says_so)
     EXPECT_EQ(says({"state"}), "application (2)\n");
 }
 
-TEST_F(Flash, start_that_fails_is_told_apart_from_a_flash_that_fails)
+TEST_F(Flash, a_failed_start_differs_from_a_failed_download)
 {
     says({"flash", "firmware", "image.bin", "-q"});
     const auto exchanges = transcript().size();
@@ -247,7 +247,7 @@ TEST_F(Flash, pipe_is_waited_for_until_an_interrupt)
     close(pipe);
 }
 
-TEST_F(Flash, words_that_make_no_sense_are_refused)
+TEST_F(Flash, contradictory_options_are_refused)
 {
     expect_refused({"flash", "firmware", "image.bin", "--limit", "0"}, 2,
                    "--limit must be a number from 1 to 4294967295, not '0'");
@@ -269,7 +269,7 @@ class WithoutAcknowledge : public Flash,
 {
 };
 
-TEST_P(WithoutAcknowledge, says_why_at_every_step)
+TEST_P(WithoutAcknowledge, reports_why_at_every_step)
 {
     const auto &[fault, why] = GetParam();
     const std::string name = fault;
@@ -289,7 +289,7 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair("address-error",
                   "address error (the co-processor does not accept this address or size)")));
 
-TEST_F(Flash, dead_board_is_told_at_the_mode_command)
+TEST_F(Flash, dead_board_is_reported_at_the_mode_command)
 {
     expect_incomplete("bus-inactive",
                       "at the mode command: the bus is inactive (no co-processor drives it)");
@@ -298,7 +298,7 @@ TEST_F(Flash, dead_board_is_told_at_the_mode_command)
                       "nothing is answering: does the co-processor have power, or has it hung?");
 }
 
-TEST_F(Flash, failing_exchange_is_told_for_every_step)
+TEST_F(Flash, failing_exchange_is_reported_for_every_step)
 {
     const std::string error = " failed: Input/output error";
     const std::string acknowledge = "asking for the acknowledgement" + error;
@@ -323,7 +323,7 @@ TEST_F(Flash, link_that_cannot_be_synchronised_ends_it_before_it_begins)
     EXPECT_EQ(transcript().size(), 1U);
 }
 
-TEST_F(Flash, odd_status_is_an_acknowledge_or_none)
+TEST_F(Flash, odd_status_is_either_an_acknowledgement_or_none)
 {
     expect_flashed("status@mode=0xF2");
     expect_flashed("status@2=0xFE");
@@ -360,7 +360,7 @@ TEST_F(Flash, retries_begin_again_from_the_start)
     EXPECT_GE(transcript().at(9).microseconds - transcript().at(8).microseconds, 1'000'000);
 }
 
-TEST_F(Flash, link_that_cannot_be_synchronised_before_another_attempt_is_told)
+TEST_F(Flash, link_that_cannot_be_synchronised_before_another_attempt_is_reported)
 {
     const Result result = stmctl({"flash", "firmware", "image.bin", "--retries", "1"},
                                  {"--fault", "exchange@9", "--fault", "exchange@10"});
@@ -392,7 +392,7 @@ TEST_F(Flash, reader_that_goes_away_does_not_end_it)
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
 }
 
-TEST_F(Flash, progress_is_seen_while_it_goes_on)
+TEST_F(Flash, progress_is_visible_during_the_download)
 {
     const pid_t pid = start(on_board_in_real_time({"--fault", "silence@2"},
                                                   {program(), "flash", "firmware", "image.bin"}));
@@ -402,7 +402,7 @@ TEST_F(Flash, progress_is_seen_while_it_goes_on)
     finish(pid);
 }
 
-TEST_F(Flash, full_disk_does_not_end_it_but_is_told)
+TEST_F(Flash, full_disk_does_not_end_it_but_is_reported)
 {
     const Result result = in_shell({"flash", "firmware", "image.bin"}, ">/dev/full");
     EXPECT_EQ(result.status, 1);
@@ -412,7 +412,7 @@ TEST_F(Flash, full_disk_does_not_end_it_but_is_told)
     EXPECT_TRUE(flash(FIRMWARE_OFFSET, 5000) == read_file("image.bin"));
 }
 
-TEST_F(Flash, missing_device_is_told_with_the_remedy)
+TEST_F(Flash, missing_device_is_reported_with_the_remedy)
 {
     expect_failure(flash_with("no-device"), 4,
                    "cannot open /dev/spidev1.0: No such file or directory; the system has no such "

@@ -19,10 +19,10 @@ class Follow : public RecordBench
         return {"--format", std::move(format), "--variant", "temp"};
     }
 
-    // Starts one in real time, and comes back when it has had some blocks of records.
+    // Starts one in real time, and returns when it has received some blocks of records.
     pid_t start_stream(const Words &options, const Words &arguments)
     {
-        std::filesystem::remove(path(".transcript")); // its lines shall be this one's
+        std::filesystem::remove(path(".transcript")); // so that its lines are of this one
         Words command = {program(), "follow", "--format", "csv", "--variant", "temp"};
         command.insert(command.end(), arguments.begin(), arguments.end());
         const pid_t pid = start(on_board_in_real_time(options, command));
@@ -30,7 +30,7 @@ class Follow : public RecordBench
         return pid;
     }
 
-    // The records that a stream has shown: in order, and all that are missing are told. In real
+    // The records that a stream has shown: in order, and all missing ones are reported. In real
     // time a busy machine may be too late for some.
     void expect_told(const Table &table, const std::string &errors) const
     {
@@ -43,7 +43,7 @@ class Follow : public RecordBench
             << errors;
     }
 
-    // Waits until a process's standard output is a pipe that takes no more.
+    // Waits until a process's standard output is a pipe that is full.
     static void wait_for_full_pipe(pid_t pid)
     {
         wait_until("a full pipe", [pid] {
@@ -56,7 +56,7 @@ class Follow : public RecordBench
     }
 };
 
-TEST_F(Follow, as_many_are_shown_as_are_asked_for)
+TEST_F(Follow, shows_as_many_records_as_requested)
 {
     for (const char *variant : {"base", "omega", "temp"}) {
         const Result result =
@@ -81,7 +81,7 @@ TEST_F(Follow, temperature_has_its_name_and_jsonl_agrees_with_csv)
         lines);
 }
 
-TEST_F(Follow, time_ends_it_and_it_is_done)
+TEST_F(Follow, it_is_done_when_its_time_is_over)
 {
     const Result result =
         stmctl({"follow", "--variant", "temp", "--duration", "10", "--format", "csv"});
@@ -93,7 +93,7 @@ TEST_F(Follow, time_ends_it_and_it_is_done)
     EXPECT_EQ(stmctl({"follow", "-n", "100000", "--duration", "1", "--variant", "temp"}).status, 1);
 }
 
-TEST_F(Follow, its_user_ends_it)
+TEST_F(Follow, the_user_can_end_it)
 {
     const Result typed = in_shell({"follow", "--format", "csv"}, "<<<s");
     EXPECT_EQ(typed.status, 0);
@@ -125,7 +125,7 @@ TEST_F(Follow, an_interrupt_leaves_the_output_whole_while_it_waits_for_its_reade
 }
 
 // Closing a terminal sends two.
-TEST_F(Follow, signals_of_others_end_it_cleanly_however_many_come)
+TEST_F(Follow, other_signals_end_it_cleanly_however_many_come)
 {
     const pid_t pid = start_stream({}, {"-o", "file.csv"});
     kill(pid, SIGHUP);
@@ -136,7 +136,7 @@ TEST_F(Follow, signals_of_others_end_it_cleanly_however_many_come)
     expect_told(csv(read_text("file.csv")), result.errors);
 }
 
-TEST_F(Follow, what_comes_behind_the_wanted_number_does_not_count)
+TEST_F(Follow, what_comes_after_the_wanted_number_does_not_count)
 {
     const Result wanted = with_fault("flip@90", {"follow", "-n", "76", "--variant", "temp"});
     EXPECT_EQ(wanted.status, 0);
@@ -144,7 +144,7 @@ TEST_F(Follow, what_comes_behind_the_wanted_number_does_not_count)
               "stmctl: follow: 76 of 76 records, 0 lost, 0 rejected, 0 overflowing\n");
 }
 
-TEST_F(Follow, a_rejected_record_is_a_failure_unless_its_user_has_ended_it)
+TEST_F(Follow, a_rejected_record_is_a_failure_unless_the_user_ended_the_run)
 {
     const Words follow = {"follow", "--variant", "temp", "--duration", "2"};
     EXPECT_EQ(with_fault("flip@90", follow).status, 1);
@@ -174,7 +174,7 @@ TEST_F(Follow, a_board_that_stays_silent_is_given_up_unless_it_is_to_keep_going)
     }
 }
 
-TEST_F(Follow, rejected_records_are_no_silence)
+TEST_F(Follow, rejected_records_are_not_a_silence)
 {
     Words faults = {"--rate", "2"};
     for (int record = 1; record <= 40; ++record) {
@@ -191,10 +191,10 @@ TEST_F(Follow, a_termination_ends_a_blocked_output)
         start({"bash", "-c", "exec " + command + "> >(exec tail --pid $$ -f /dev/null)"});
     wait_for_full_pipe(pid);
     kill(pid, SIGTERM);
-    finish(pid); // which hangs otherwise, for nobody reads on
+    finish(pid); // which hangs otherwise, because nobody reads on
 }
 
-TEST_F(Follow, a_slow_stream_is_no_silence)
+TEST_F(Follow, a_slow_stream_is_not_a_silence)
 {
     const Result slow = stmctl({"follow", "--duration", "10", "--format", "csv"}, {"--rate", "20"});
     EXPECT_EQ(slow.status, 0);
@@ -202,8 +202,8 @@ TEST_F(Follow, a_slow_stream_is_no_silence)
     EXPECT_NE(slow.errors.find(" time-outs\n"), std::string::npos);
 }
 
-// Block 1 has few records, the ones behind it come in blocks of twenty-odd.
-TEST_F(Follow, gaps_behind_rejected_records_are_counted)
+// Block 1 has few records, the following ones come in blocks of twenty-odd.
+TEST_F(Follow, gaps_after_rejected_records_are_counted)
 {
     for (const char *format : {"csv", "jsonl", "text"}) {
         const Result result = with_fault(
@@ -253,7 +253,7 @@ TEST_F(Follow, overflows_are_counted)
                                  " overflowing\n");
 }
 
-TEST_F(Follow, a_failing_exchange_ends_it_or_is_overcome)
+TEST_F(Follow, a_failed_exchange_ends_it_or_is_overcome)
 {
     const Words words = {"follow", "-n", "1000", "--variant", "temp", "--format", "csv"};
     Result result = with_fault("exchange@60", words);
@@ -271,7 +271,7 @@ TEST_F(Follow, a_failing_exchange_ends_it_or_is_overcome)
     EXPECT_NE(result.errors.find(", 1 failing exchange\n"), std::string::npos);
 }
 
-TEST_F(Follow, a_silent_board_is_said_once)
+TEST_F(Follow, a_silent_board_is_reported_once)
 {
     const Result result = with_fault("silence", {"follow", "--duration", "20"});
     EXPECT_EQ(result.status, 1);
@@ -279,8 +279,8 @@ TEST_F(Follow, a_silent_board_is_said_once)
     EXPECT_NE(result.errors.find(" time-outs\n"), std::string::npos);
 }
 
-// Forty records fill no buffer: what waits for a full one is there when all have come.
-TEST_F(Follow, what_has_come_is_soon_to_be_seen)
+// Forty records do not fill a buffer: output that waited for a full one would only come at the end.
+TEST_F(Follow, records_are_soon_visible)
 {
     const std::string follow = really({"--rate", "1"}, {"follow", "-n", "40", "--format", "csv"});
     for (const char *where : {"-o log", ">log"}) {

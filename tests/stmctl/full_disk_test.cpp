@@ -1,5 +1,5 @@
-// A disk that fills while results are written: the limit for the size of files stands in for it.
-// What there is room for ends in a whole line, and everything else is told.
+// A disk that fills up while results are written, simulated by a limit on the size of files. The
+// part that fits ends in a whole line, and the rest is reported.
 #include "tests/stmctl/record_bench.hpp"
 
 namespace
@@ -12,13 +12,13 @@ constexpr size_t LIMIT = 20'480;
 class FullDisk : public RecordBench
 {
   protected:
-    // The limit holds for the files of the board, too, which are larger.
+    // The limit also applies to the files of the board, which are larger.
     void SetUp() override
     {
         run(virtual_board({"--board", path("board"), "--count-time", program(), "state"}));
     }
 
-    // Without a transcript, for which the limit holds as well.
+    // Without a transcript, to which the limit would apply as well.
     Result limited(const Words &arguments, const std::string &behind = "")
     {
         Words words = virtual_board({"--board", path("board"), "--count-time", program()});
@@ -64,7 +64,7 @@ TEST_F(FullDisk, the_output_ends_in_a_whole_line_too)
     expect_whole_lines("log", LIMIT - 200);
 }
 
-TEST_F(FullDisk, who_shares_the_output_leaves_no_hole_behind_it)
+TEST_F(FullDisk, a_process_that_shares_the_output_leaves_no_hole_after_it)
 {
     const Words words = virtual_board({"--board", path("board"), "--count-time", program(),
                                        "records", "-n", "2000", "--format", "csv"});
@@ -76,7 +76,7 @@ TEST_F(FullDisk, who_shares_the_output_leaves_no_hole_behind_it)
     EXPECT_EQ(text.substr(text.size() - 6), ";\nend\n");
 }
 
-TEST_F(FullDisk, frames_and_a_log_that_is_continued_end_so_too)
+TEST_F(FullDisk, frames_and_a_continued_log_end_in_a_whole_line_too)
 {
     const Result frames = limited({"adc", "-n", "200", "--format", "csv", "-o", "log"});
     EXPECT_EQ(frames.status, 1);
@@ -91,7 +91,7 @@ TEST_F(FullDisk, frames_and_a_log_that_is_continued_end_so_too)
     expect_whole_lines("other", LIMIT - 100);
 }
 
-TEST_F(FullDisk, a_stream_that_is_watched_is_summed_up)
+TEST_F(FullDisk, a_watched_stream_has_a_summary)
 {
     const Result full = in_shell({"watch", "--duration", "2"}, ">/dev/full");
     EXPECT_EQ(full.status, 1);

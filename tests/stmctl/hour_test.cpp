@@ -1,4 +1,4 @@
-// An hour of counted time at the highest rate that the stream can be read with: no record is lost,
+// An hour of counted time at the highest rate at which the stream can be read: no record is lost,
 // and memory does not grow.
 #include "tests/stmctl/record_bench.hpp"
 
@@ -10,8 +10,8 @@
 namespace
 {
 
-// As docs/streaming.md has it; at one more a second records are lost. The buffer comes above the
-// mark now and then, which is said.
+// As in docs/streaming.md; at one more per second records are lost. The buffer exceeds the mark now
+// and then, which is reported.
 constexpr char HOUR_RATE[] = "2702";
 
 class Hour : public RecordBench
@@ -38,7 +38,7 @@ TEST_F(Hour, no_record_is_lost_and_memory_does_not_grow)
     ASSERT_EQ(mkfifo(path("lines").c_str(), 0600), 0);
     const pid_t pid = start(words);
     std::ifstream lines(path("lines"), std::ios::binary);
-    std::vector<char> piece(10'000'000); // of a thousand million in all
+    std::vector<char> piece(10'000'000); // of a thousand million bytes in all
     long early = 0;
     long late = 0;
     while (lines.read(piece.data(), std::ssize(piece))) {
@@ -56,7 +56,7 @@ TEST_F(Hour, no_record_is_lost_and_memory_does_not_grow)
         << result.errors;
 }
 
-// With a higher one it comes above the mark in the longest pause.
+// At a higher rate it exceeds the mark in the longest pause.
 TEST_F(Hour, the_buffer_stays_below_its_mark_at_a_lower_rate)
 {
     const Result result = stmctl(

@@ -1,4 +1,4 @@
-// Goal: what a download sends is the image as it was when it was checked.
+// Goal: a download sends the image as it was when it was checked.
 #include "stmctl/flash/image_file.hpp"
 #include "stmctl/process/failure.hpp"
 
@@ -32,7 +32,7 @@ class Image : public testing::Test
     std::string path_;
 };
 
-TEST_F(Image, is_sent_as_it_was_although_the_file_changes_meanwhile)
+TEST_F(Image, is_sent_as_it_was_even_if_the_file_changes)
 {
     write(std::string(5000, 'a'));
     ImageFile image(path(), 5000);
@@ -56,7 +56,7 @@ TEST_F(Image, has_every_size_up_to_its_limit)
     }
 }
 
-// Some files of the kernel say that they have a page, and hold a few bytes.
+// Some files of the kernel claim the size of a page but hold a few bytes.
 TEST_F(Image, that_holds_less_than_its_size_is_refused)
 {
     const std::string file = "/sys/class/net/lo/mtu";

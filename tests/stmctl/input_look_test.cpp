@@ -1,5 +1,5 @@
-// Goal: standard input is looked at soon and then each ten milliseconds, however often somebody
-// asks. Clock and terminal are the test's own.
+// Goal: standard input is checked at once and then every ten milliseconds, however often the check
+// is requested. Clock and terminal are the test's own.
 #include "stmctl/process/stop.hpp"
 
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ class InputLook : public testing::Test
         looks = 0;
     }
 
-    // Asks so often, so many microseconds apart. Returns how often it looked.
+    // Asks this often, this many microseconds apart. Returns how often it looked.
     static int asked(int times, long apart)
     {
         for (int i = 0; i < times; ++i) {
@@ -52,12 +52,12 @@ TEST_F(InputLook, is_taken_each_ten_milliseconds)
     EXPECT_EQ(asked(1000, 100), 10);
 }
 
-TEST_F(InputLook, is_taken_each_time_where_that_is_seldom)
+TEST_F(InputLook, is_taken_each_time_if_asked_rarely)
 {
     EXPECT_EQ(asked(20, 10'000), 20);
 }
 
-TEST_F(InputLook, is_taken_once_while_no_time_goes_by)
+TEST_F(InputLook, is_taken_once_while_no_time_passes)
 {
     EXPECT_EQ(asked(1000, 0), 1);
 }
@@ -72,7 +72,7 @@ TEST_F(InputLook, of_a_run_is_taken_at_once_again)
 
 } // namespace
 
-// What the library of C++ asks for the time, and stmctl whether it has a terminal.
+// What the C++ library asks for the time, and stmctl for whether it has a terminal.
 extern "C" int clock_gettime(clockid_t, timespec *time) noexcept
 {
     time->tv_sec = microseconds / 1'000'000;

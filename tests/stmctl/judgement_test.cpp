@@ -1,4 +1,4 @@
-// Goal: --silence, --fail-on-loss and --summary: what a run is judged by, and what is left of it.
+// Goal: --silence, --fail-on-loss and --summary: how a run is judged, and what it leaves.
 #include "tests/stmctl/ring_bench.hpp"
 
 #include <csignal>
@@ -7,7 +7,7 @@
 namespace
 {
 
-// What makes a hole into a stream, and the summary of a run with it.
+// What causes a hole in a stream, and the summary of a run with it.
 struct Hole {
     const char *name;
     Words options;
@@ -23,7 +23,7 @@ const std::vector<Hole> HOLES = {
 class Judgement : public RingBench
 {
   protected:
-    // Commands that go on through all of it.
+    // Commands that continue through all of it.
     static std::vector<Words> commands()
     {
         return {{"follow", "--variant", "temp", "--duration", "4", "--keep-going"},
@@ -54,7 +54,7 @@ class Judgement : public RingBench
     }
 };
 
-TEST_F(Judgement, words_that_are_no_seconds_of_silence_are_refused)
+TEST_F(Judgement, words_that_are_not_a_time_of_silence_are_refused)
 {
     const std::string rest = " must be a time such as 90, 90s, 5m, 1.5h or 500ms, above 0 and at "
                              "most 1000000000 s, not '";
@@ -77,7 +77,7 @@ TEST_F(Judgement, words_that_are_no_seconds_of_silence_are_refused)
     }
 }
 
-TEST_F(Judgement, help_tells_what_counts_as_a_silence)
+TEST_F(Judgement, help_shows_what_counts_as_a_silence)
 {
     const std::string stream = "(10 s; 2 s with --keep-going)\n";
     const std::vector<std::pair<Words, std::string>> commands = {
@@ -91,7 +91,7 @@ TEST_F(Judgement, help_tells_what_counts_as_a_silence)
 }
 
 // The board is silent for 1.9 s, 3 s before the end.
-TEST_F(Judgement, silence_is_what_its_user_calls_so)
+TEST_F(Judgement, the_user_decides_what_a_silence_is)
 {
     const Words silent = {"--fault", "silence@t=2s..3.9s"};
     const Words follow = {"follow", "--duration", "7", "--variant", "temp", "--fail-on-loss"};
@@ -105,7 +105,7 @@ TEST_F(Judgement, silence_is_what_its_user_calls_so)
     EXPECT_EQ(longer.errors.find("silent for"), std::string::npos) << longer.errors;
 }
 
-TEST_F(Judgement, every_command_takes_its_user_s_word_for_a_silence)
+TEST_F(Judgement, every_command_accepts_the_length_of_a_silence)
 {
     const Words silent = {"--fault", "silence@t=2s..3.9s"};
     for (const Words &command : {Words{"watch", "--keep-going"}, Words{"ring", "write"}}) {
@@ -122,7 +122,7 @@ TEST_F(Judgement, every_command_takes_its_user_s_word_for_a_silence)
     EXPECT_NE(waits.find(", silent for 10.1 s, 20 time-outs\n"), std::string::npos) << waits;
 }
 
-TEST_F(Judgement, a_silence_that_goes_on_ends_the_run_at_the_time_given)
+TEST_F(Judgement, a_lasting_silence_ends_the_run_at_the_given_time)
 {
     for (const std::string seconds : {"1", "4"}) {
         const Result result =
@@ -161,9 +161,9 @@ TEST_F(Judgement, records_are_judged_by_their_holes_too)
     }
 }
 
-// It asks after two seconds, then after four more: once each time, for who asks twice throws away
-// what the first answer would bring.
-TEST_F(Judgement, a_silence_is_asked_into_once_in_each_wait)
+// It asks after two seconds, then after four more: once each time, because asking twice discards
+// the answer to the first request.
+TEST_F(Judgement, a_silence_is_asked_into_once_per_wait)
 {
     const Result result = stmctl({"records", "-n", "200", "--variant", "temp", "--keep-going"},
                                  {"--fault", "silence@t=0.006s..2.6s"});
@@ -177,7 +177,7 @@ TEST_F(Judgement, a_silence_is_asked_into_once_in_each_wait)
         << "synchronised at the begin, for each question and at the end";
 }
 
-TEST_F(Judgement, failing_exchanges_and_time_outs_are_no_holes_as_long_as_nothing_is_lost)
+TEST_F(Judgement, failed_exchanges_and_time_outs_are_not_holes_if_nothing_is_lost)
 {
     EXPECT_EQ(stmctl({"follow", "--variant", "temp", "--duration", "3", "--fail-on-loss"},
                      {"--rate", "1"})
@@ -228,7 +228,7 @@ TEST_F(Judgement, a_summary_of_each_command_is_one_object)
               "\"silent_seconds\":0.000}\n");
 }
 
-TEST_F(Judgement, a_summary_is_written_of_a_run_that_fails)
+TEST_F(Judgement, a_failed_run_writes_a_summary_too)
 {
     EXPECT_EQ(summary_of({"follow", "-n", "500"}, {"--fault", "exchange@3"}),
               "{\"records\":0,\"wanted\":500,\"lost\":0,\"rejected\":0,\"overflowing\":0,"
@@ -286,7 +286,7 @@ TEST_F(Judgement, a_stop_in_a_silence_fails_an_endless_run_and_stops_a_limited_o
     };
     for (const std::string command : {"follow", "watch"}) {
         for (const Row &row : {Row{{}, 1}, Row{{"--duration", "3600"}, 3}}) {
-            std::filesystem::remove(path(".errors")); // those of the run before
+            std::filesystem::remove(path(".errors")); // those of the previous run
             Words words = {program(), command};
             words.insert(words.end(), row.limit.begin(), row.limit.end());
             const pid_t pid = start(on_board_in_real_time({"--fault", "silence"}, words));

@@ -1,4 +1,4 @@
-// The live line: how a run goes whose results go to a file, on the terminal that standard error is.
+// The live line: the progress of a run whose results go to a file, on a terminal at standard error.
 #include "tests/stmctl/terminal_bench.hpp"
 
 #include <sched.h>
@@ -12,7 +12,7 @@ namespace
 class LiveLine : public TerminalBench
 {
   protected:
-    // What stands on the screen at the end of a command.
+    // What is on the screen at the end of a command.
     const std::string &shown(const Words &arguments, const Words &options = {},
                              unsigned short columns = 80, int status = 0)
     {
@@ -21,7 +21,7 @@ class LiveLine : public TerminalBench
         return screen();
     }
 
-    // The same through a shell, with what stands behind the command.
+    // The same through a shell, with what follows the command.
     const std::string &shown_by_shell(const Words &arguments, const std::string &behind)
     {
         open_terminal({"bash", "-c", quoted(on_board_with({}, arguments)) + " " + behind});
@@ -35,7 +35,7 @@ class LiveLine : public TerminalBench
     }
 };
 
-TEST_F(LiveLine, follow_refreshes_one_line_and_takes_it_away)
+TEST_F(LiveLine, follow_refreshes_one_line_and_removes_it)
 {
     EXPECT_EQ(shown({"follow", "--duration", "0.6", "--format", "csv", "-o", "a.csv"}),
               "\r0:00  249 records  996/s  lost 0  19.8 KiB"
@@ -84,20 +84,20 @@ TEST_F(LiveLine, losses_and_silences_are_shown)
     }
 }
 
-TEST_F(LiveLine, is_none_where_results_are_seen)
+TEST_F(LiveLine, is_not_shown_where_results_are_visible)
 {
     EXPECT_EQ(shown({"follow", "--duration", "0.6", "--format", "csv"}).find("/s"),
               std::string::npos);
 }
 
-TEST_F(LiveLine, is_none_where_the_file_is_the_terminal)
+TEST_F(LiveLine, is_not_shown_where_the_file_is_the_terminal)
 {
     EXPECT_EQ(
         shown({"follow", "--duration", "0.6", "--format", "csv", "-o", "/dev/tty"}).find("/s"),
         std::string::npos);
 }
 
-TEST_F(LiveLine, is_none_beside_a_pipe)
+TEST_F(LiveLine, is_not_shown_beside_a_pipe)
 {
     const std::string all = shown_by_shell({"follow", "--duration", "0.6"}, "| tail -n 1");
     EXPECT_EQ(all.find("/s"), std::string::npos) << all;
@@ -113,7 +113,7 @@ TEST_F(LiveLine, is_shown_beside_a_redirected_output)
                        "stmctl: follow: 599 records, 0 lost, 0 rejected, 0 overflowing\r\n");
 }
 
-TEST_F(LiveLine, is_none_where_standard_error_is_a_file)
+TEST_F(LiveLine, is_not_shown_where_standard_error_is_a_file)
 {
     EXPECT_EQ(shown_by_shell({"follow", "--duration", "0.6", "-o", "a.txt"}, "2>errors"), "");
     EXPECT_EQ(read_text("errors"),

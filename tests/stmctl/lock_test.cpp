@@ -57,7 +57,7 @@ TEST_F(Lock, the_second_refuses_and_names_the_first)
     EXPECT_EQ(finish(holder).status, 3);
 }
 
-TEST_F(Lock, what_was_written_meanwhile_to_the_log_is_not_continued)
+TEST_F(Lock, what_another_run_wrote_to_the_log_meanwhile_is_not_continued)
 {
     const pid_t holder = hold({"follow", "--keep-going"});
     const Result second =
@@ -82,7 +82,7 @@ TEST_F(Lock, the_second_waits_when_told_and_the_dialogues_do_not_mix)
     EXPECT_EQ(second.output, "application (2)\n");
     EXPECT_EQ(second.errors.find("stmctl: waiting for process "), 0U);
     EXPECT_EQ(finish(holder).status, 1);
-    // The second has begun the transcript anew, while the first one was in the middle of its own.
+    // The second has restarted the transcript while the first one was in the middle of its own.
     std::vector<int> numbers;
     for (const Line &line : transcript()) {
         numbers.push_back(line.number);
@@ -120,7 +120,7 @@ TEST_F(Lock, waiting_ends_by_a_typed_s)
     finish(holder);
 }
 
-TEST_F(Lock, every_command_of_the_device_waits_when_told_and_refuses_otherwise)
+TEST_F(Lock, every_command_with_the_device_waits_when_told_and_refuses_otherwise)
 {
     write_file("image.bin", {1});
     write_file("settings.txt", {'s', 'a', 'm', 'p', 'l', 'e', 's', 'k', 'i', 'p', ' ', '5'});
@@ -166,7 +166,7 @@ TEST_F(Lock, every_command_of_the_device_waits_when_told_and_refuses_otherwise)
     close(lock);
 }
 
-TEST_F(Lock, commands_without_the_device_do_not_care)
+TEST_F(Lock, commands_without_the_device_ignore_it)
 {
     const pid_t holder = hold();
     EXPECT_EQ(beside({"list"}).status, 0);

@@ -1,4 +1,4 @@
-// The file that a log goes to: replaced, continued or protected, and never anything between.
+// The file of a log: replaced, continued or protected, and never anything in between.
 #include "tests/stmctl/record_bench.hpp"
 
 #include <sys/stat.h>
@@ -25,7 +25,7 @@ class LogFile : public RecordBench
         return stmctl(words);
     }
 
-    // A run that goes on behind what the log holds.
+    // A run that continues after what the log holds.
     Result append(const Words &more)
     {
         Words words = {"-o", "log", "--append"};
@@ -85,7 +85,7 @@ TEST_F(LogFile, frames_are_continued_too)
     }
 }
 
-TEST_F(LogFile, half_a_line_of_a_killed_run_is_cut_off)
+TEST_F(LogFile, the_incomplete_line_of_a_killed_run_is_removed)
 {
     const std::string csv = shown({"--format", "csv"});
     write_text("log", csv + "3;3;8953");
@@ -127,7 +127,7 @@ TEST_F(LogFile, a_file_of_something_else_is_not_continued)
     expect_kept(append({}), 1, "cannot append to 'log': it holds no complete line", "no line");
 }
 
-TEST_F(LogFile, a_file_that_is_there_is_kept_if_its_user_says_so)
+TEST_F(LogFile, an_existing_file_is_kept_if_the_user_says_so)
 {
     write_text("log", "old");
     expect_kept(records({"-o", "log", "--no-clobber"}), 1,
@@ -136,7 +136,7 @@ TEST_F(LogFile, a_file_that_is_there_is_kept_if_its_user_says_so)
     EXPECT_EQ(read_text("new"), shown({}));
 }
 
-TEST_F(LogFile, options_for_a_file_want_one)
+TEST_F(LogFile, options_for_a_file_require_one)
 {
     for (const Words &words : {Words{}, Words{"-o", "-"}}) {
         for (const char *option : {"--append", "--no-clobber"}) {
@@ -162,7 +162,7 @@ TEST_F(LogFile, a_run_that_does_not_begin_changes_nothing)
     EXPECT_FALSE(std::filesystem::exists(path("new")));
 }
 
-TEST_F(LogFile, what_is_no_file_is_written_as_ever)
+TEST_F(LogFile, anything_but_a_regular_file_is_simply_written)
 {
     EXPECT_EQ(append({"--format", "csv", "-o", "/dev/null"}).status, 2);
     EXPECT_EQ(records({"-o", "/dev/null", "--append"}).errors, "");
@@ -188,7 +188,7 @@ TEST_F(LogFile, a_summary_goes_elsewhere)
     EXPECT_EQ(records({"-o", "/dev/null", "--summary", "/dev/null"}).errors, "");
 }
 
-// More than 32 bits with a sign can number, as it is after a few hours of logging.
+// More than a signed 32-bit number can hold, as after a few hours of loggingging.
 TEST_F(LogFile, beyond_two_gibibytes_are_continued)
 {
     ASSERT_EQ(run({"bash", "-c", "echo {} >log && truncate -s 3G log && echo >>log"}).status, 0);

@@ -17,7 +17,7 @@ class Memory : public StmctlBench
 constexpr char TIMEOUT[] = ": the co-processor did not answer in time; nothing is answering: does "
                            "the co-processor have power, or has it hung?";
 
-TEST_F(Memory, pokes_are_told_and_peeked_back)
+TEST_F(Memory, pokes_are_reported_and_peeked_back)
 {
     EXPECT_EQ(says({"poke", "0x1F00", "171"}), "0x1F00 = 171 (answer 1)\n");
     EXPECT_EQ(says({"peek", "0x1F00"}), "171 (0xAB)\n");
@@ -32,7 +32,7 @@ TEST_F(Memory, several_values_go_to_one_address_after_the_other)
     EXPECT_EQ(read_text("board/memory.bin").substr(0xFFFE), "\x12\x34");
 }
 
-TEST_F(Memory, four_bytes_are_one_number_the_highest_first)
+TEST_F(Memory, four_bytes_are_one_big_endian_number)
 {
     says({"poke", "16", "0x12", "0x34", "0x56", "0x78"});
     EXPECT_EQ(says({"peek", "16", "--long"}), "305419896 (0x12345678)\n");
@@ -59,7 +59,7 @@ TEST_F(Memory, dump_reaches_up_to_the_last_address)
               "FFF0  00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 41  |...............A|\n");
 }
 
-// They are taken in either case, and shown as capitals.
+// They are accepted in either case and shown as capitals.
 TEST_F(Memory, hexadecimal_digits_have_one_case)
 {
     EXPECT_EQ(says({"poke", "0xabcd", "0XeF", "0xFe"}),
@@ -129,7 +129,7 @@ TEST_F(Memory, operands_are_checked_before_the_device_is_touched)
                    "the text has 256 characters; at most 255 are possible");
 }
 
-TEST_F(Memory, time_out_is_told_and_no_byte_shown)
+TEST_F(Memory, time_out_is_reported_and_no_byte_shown)
 {
     expect_failure(with_fault("silence", {"peek", "0"}), 1, std::string("peek") + TIMEOUT);
     expect_failure(with_fault("silence", {"peek", "0", "--long"}), 1,
@@ -142,7 +142,7 @@ TEST_F(Memory, time_out_is_told_and_no_byte_shown)
                    std::string("text") + TIMEOUT);
 }
 
-TEST_F(Memory, failing_exchange_is_told)
+TEST_F(Memory, failing_exchange_is_reported)
 {
     const std::string sending = ": sending the command failed: Input/output error";
     const std::string fetching = ": fetching the data failed: Input/output error";
@@ -154,13 +154,13 @@ TEST_F(Memory, failing_exchange_is_told)
     expect_failure(with_fault("exchange@5", {"text", "0"}), 1, "text" + fetching);
 }
 
-TEST_F(Memory, failing_exchange_among_the_characters_of_a_text_is_told)
+TEST_F(Memory, failing_exchange_among_the_characters_of_a_text_is_reported)
 {
     expect_failure(with_fault("exchange@6", {"text", "0", "--write", "hello"}), 1,
                    "text: asking whether the answer is ready failed: Input/output error");
 }
 
-TEST_F(Memory, pokes_before_a_failure_are_told)
+TEST_F(Memory, pokes_before_a_failure_are_reported)
 {
     const Result result = with_fault("exchange@5", {"poke", "0", "1", "2"});
     EXPECT_EQ(result.status, 1);

@@ -1,4 +1,5 @@
-// What happens to a board while a stream runs: each kind at moments of its own, which a seed makes.
+// What happens to a board while a stream runs: each kind at moments of its own, derived from a
+// seed.
 #pragma once
 
 #include <cstdlib>
@@ -6,7 +7,7 @@
 #include <string>
 #include <vector>
 
-// Of a board, from the begin on until records could come again. Times are in seconds.
+// Of a board, from the start until records could come again. Times are in seconds.
 struct Mishap {
     std::string name;
     std::vector<std::string> options; // virtual-board's
@@ -95,7 +96,7 @@ inline std::vector<Mishap> mishaps(unsigned seed, const std::string &transcripts
     };
 }
 
-// What lasts until somebody does something about it, at one moment of a time.
+// What lasts until something is done about it, at one moment of a time.
 inline std::vector<Mishap> lasting_mishaps(Moments &moments, const std::string &transcripts,
                                            int least_ms, int most_ms)
 {
@@ -116,7 +117,7 @@ inline std::vector<Mishap> lasting_mishaps(Moments &moments, const std::string &
     return all;
 }
 
-// Two, or as many as SURVIVAL_SEEDS says.
+// Two, or the number in SURVIVAL_SEEDS.
 inline std::vector<unsigned> survival_seeds()
 {
     const char *wanted = getenv("SURVIVAL_SEEDS");

@@ -1,5 +1,5 @@
-// The log of a night: a loop that starts follow again and again, whatever ended it, and what its
-// summaries say all together beside what the board counted.
+// The log of a night: a loop restarts follow, whatever ended it; the sum of its summaries is
+// compared with what the board counted.
 #include "tests/stmctl/survival_bench.hpp"
 
 namespace
@@ -8,7 +8,8 @@ namespace
 class NightLog : public SurvivalBench
 {
   protected:
-    // A script that goes on with the same log and the same board. Each run's summary has a number.
+    // A script that continues with the same log and the same board. Each run's summary has a
+    // number.
     Result night(const std::string &runs)
     {
         std::string board;
@@ -38,7 +39,7 @@ class NightLog : public SurvivalBench
         return lines;
     }
 
-    // What the board counted in a run, by the copy that was kept.
+    // What the board counted in a run, from the copy that was kept.
     long counted_in(int run, const std::string &name) const
     {
         std::istringstream rows(read_text("counts-" + std::to_string(run)));
@@ -79,9 +80,9 @@ TEST_F(NightLog, holds_what_the_board_delivered_and_its_summaries_count_the_rest
         1);
 }
 
-// What was in the program's buffer is lost with it, and half a line may stand at the end: what
-// comes later stands in lines of its own.
-TEST_F(NightLog, goes_on_behind_a_run_that_was_killed)
+// What was in the program's buffer is lost with it, and the last line may be incomplete: what comes
+// later is on lines of its own.
+TEST_F(NightLog, continues_after_a_run_that_was_killed)
 {
     const Result result = night("follow 5; keep\n"
                                 "exec=exec follow 100000 & pid=$!; n=2\n"

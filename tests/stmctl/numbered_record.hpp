@@ -8,7 +8,7 @@
 
 inline constexpr int SLOTS = 160;
 
-// A record with its checksum over the order of the wire; no two numbers give the same record.
+// A record with its checksum in the order of the protocol; no two numbers give the same record.
 inline RingRecord numbered(int32_t number, int32_t measured = 0)
 {
     RingRecord record = {};

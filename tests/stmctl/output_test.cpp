@@ -1,4 +1,4 @@
-// Where stmctl's output goes: whole to its last line, quiet when nobody reads on, an error when the
+// stmctl's output: complete to its last line, quiet when its reader has gone, an error when the
 // disk is full.
 #include "tests/stmctl/stmctl_bench.hpp"
 
@@ -89,7 +89,7 @@ TEST_F(Output, closed_standard_output_is_an_error)
     EXPECT_EQ(result.errors, "stmctl: cannot write the output: Bad file descriptor\n");
 }
 
-TEST_F(Output, closed_standard_input_is_an_error_for_who_reads_it)
+TEST_F(Output, closed_standard_input_is_an_error_when_it_is_read)
 {
     expect_failure(run({"bash", "-c", quoted(directly({}, {program(), "plot"})) + "<&-"}), 1,
                    "cannot read standard input: Bad file descriptor");
@@ -104,7 +104,7 @@ TEST_F(Output, the_device_never_becomes_a_standard_descriptor)
     EXPECT_EQ(in_shell({"get", "sampletime"}, "<&- 2>&-", {"--fault", "silence"}).status, 1);
 }
 
-TEST_F(Output, what_comes_before_a_failure_stands_before_it)
+TEST_F(Output, what_comes_before_a_failure_is_shown_before_it)
 {
     const Result result = in_shell({"poke", "0", "1", "2"}, "2>&1", {"--fault", "exchange@5"});
     EXPECT_EQ(result.output, "0x0000 = 1 (answer 1)\nstmctl: poke 0x0001: sending the command "

@@ -1,4 +1,4 @@
-// plot: a CSV as a picture or in the terminal; nothing in it is a word of gnuplot's.
+// plot: a CSV as a picture or in the terminal; nothing in it becomes a command to gnuplot.
 #include "tests/stmctl/record_bench.hpp"
 
 #include <csignal>
@@ -75,7 +75,7 @@ TEST_F(Plot, values_that_are_all_the_same_are_drawn_without_a_warning)
     }
 }
 
-TEST_F(Plot, what_cannot_be_drawn_is_said)
+TEST_F(Plot, what_cannot_be_drawn_is_reported)
 {
     expect_failure(plot({"missing.csv"}), 1,
                    "cannot read 'missing.csv': No such file or directory");
@@ -112,7 +112,7 @@ TEST_F(Plot, what_cannot_be_drawn_is_said)
                    "--columns must be names separated by commas, not 'U1e,,I1'");
 }
 
-TEST_F(Plot, nothing_in_the_data_is_gnuplots_language)
+TEST_F(Plot, nothing_in_the_data_is_a_command_to_gnuplot)
 {
     const std::string evil = "'.system('touch evil').'$data `touch evil` @x {/Bold x}_1";
     write_lines("evil.csv", {"\"" + evil + "\";\"x'y\";", "1;2;", "3;4;"});
@@ -185,7 +185,7 @@ TEST_F(Plot, every_separator_is_understood)
     }
 }
 
-TEST_F(Plot, a_picture_that_is_there_is_kept_if_its_user_says_so)
+TEST_F(Plot, an_existing_picture_is_kept_if_the_user_says_so)
 {
     write_lines("a.svg", {"old"});
     expect_failure(plot({"records.csv", "-o", "a.svg", "--no-clobber"}), 1,
@@ -215,7 +215,7 @@ TEST_F(Plot, a_png_has_its_size)
               (Bytes{0, 0, 0x04, 0xB0, 0, 0, 0x02, 0x58}));
 }
 
-TEST_F(Plot, a_gnuplot_that_fails_is_told_and_no_picture_made)
+TEST_F(Plot, a_failing_gnuplot_is_reported_and_no_picture_made)
 {
     for (const char *gnuplot : {"cat >/dev/null", "cat; exit 1", "cat; kill -9 $$"}) {
         write_lines("gnuplot", {"#!/bin/sh", gnuplot});
@@ -227,8 +227,8 @@ TEST_F(Plot, a_gnuplot_that_fails_is_told_and_no_picture_made)
     }
 }
 
-// Signals 13 and 25, which stmctl itself ignores: a shell, too, leaves those ignored that are so.
-TEST_F(Plot, gnuplot_ends_by_a_closed_pipe_and_a_full_disk_as_ever)
+// Signals 13 and 25, which stmctl itself ignores: a shell would leave them ignored, too.
+TEST_F(Plot, gnuplot_handles_a_closed_pipe_and_a_full_disk_as_usual)
 {
     write_lines("gnuplot", {"#!/bin/sh", "cat >/dev/null", "grep SigIgn /proc/self/status"});
     std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_all);
@@ -240,7 +240,7 @@ TEST_F(Plot, gnuplot_ends_by_a_closed_pipe_and_a_full_disk_as_ever)
     EXPECT_EQ(ignored & (uint64_t{1} << (SIGXFSZ - 1)), 0U);
 }
 
-TEST_F(Plot, what_its_user_has_set_up_for_other_plots_has_no_place_in_it)
+TEST_F(Plot, the_users_set_up_for_other_plots_has_no_effect)
 {
     write_lines(".gnuplot", {"set title 'MINE'"});
     Words words = directly({"HOME=" + path("")}, {program(), "plot", "records.csv"});

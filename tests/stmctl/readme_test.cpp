@@ -1,6 +1,5 @@
 // The commands that the documents for users show, in a document's order, on one board that is kept:
-// each does what a reader expects of it. Those that have no end are interrupted after their first
-// record. What fenced blocks show is checked by docs/transcripts.
+// each does what a reader expects. Endless ones are interrupted after their first record. What fenced blocks show is checked by docs/transcripts.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 #include <sys/wait.h>
@@ -41,7 +40,7 @@ constexpr Shown SHOWN[] = {
     {"docs/virtual-board.md", 14},
 };
 
-// Those that do not end in 0, because that is what they are there to show.
+// Those that do not end with status 0, because that is what they are meant to show.
 constexpr struct {
     const char *command;
     int status;

@@ -1,4 +1,4 @@
-// A bench for the commands that show records, and a reader of what they show.
+// A bench for the commands that show records, with a reader for their output.
 #pragma once
 
 #include "tests/stmctl/stmctl_bench.hpp"
@@ -34,7 +34,7 @@ class RecordBench : public StmctlBench
         return table;
     }
 
-    // Objects of plain numbers, one in a line.
+    // Objects of plain numbers, one per line.
     static Table jsonl(const std::string &text)
     {
         Table table;
@@ -63,7 +63,7 @@ class RecordBench : public StmctlBench
         return values;
     }
 
-    // What is shown, each record behind the one before.
+    // What is shown, one record after another.
     static void expect_rising(const Table &table)
     {
         for (size_t i = 1; i < table.size(); ++i) {

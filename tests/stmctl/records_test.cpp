@@ -1,4 +1,4 @@
-// records: so many as are asked for, in every format; what is missing is counted and said.
+// records: as many as requested, in every format; what is missing is counted and reported.
 #include "tests/stmctl/record_bench.hpp"
 
 namespace
@@ -8,14 +8,14 @@ class Records : public RecordBench
 {
 };
 
-TEST_F(Records, a_single_one_is_shown_as_text_unless_more_is_asked_for)
+TEST_F(Records, a_single_one_is_shown_as_text_unless_more_are_requested)
 {
     const std::string text = says({"records"});
     EXPECT_EQ(text.substr(0, 45), "stm_uint8_t  nr   : 1\nstm_int32_t  rel_t: 1\n\n");
     EXPECT_EQ(count(text, "rel_t: "), 1U);
 }
 
-TEST_F(Records, as_many_come_as_are_asked_for_over_several_blocks)
+TEST_F(Records, the_requested_number_comes_over_several_blocks)
 {
     for (const char *variant : {"base", "omega", "temp"}) {
         const Words words = {"records", "-n", "200", "--format", "csv", "--variant", variant};
@@ -35,7 +35,7 @@ TEST_F(Records, hex_shows_each_block_once)
     EXPECT_EQ(blocks.substr(blocks.size() - 13), "(17 records)\n");
 }
 
-TEST_F(Records, fields_are_separated_as_is_asked_for)
+TEST_F(Records, fields_are_separated_as_requested)
 {
     const std::string usual = says({"records", "-n", "5", "--format", "csv", "--variant", "temp"});
     for (const std::string word : {",", ";", "tab", "\t"}) {
@@ -87,7 +87,7 @@ TEST_F(Records, jsonl_has_an_object_for_each_line_of_the_csv)
     }
 }
 
-TEST_F(Records, timestamps_stand_first_and_never_go_back)
+TEST_F(Records, timestamps_come_first_and_never_go_back)
 {
     const std::string text =
         says({"records", "-n", "100", "--format", "csv", "--timestamps", "--variant", "temp"});
@@ -104,7 +104,7 @@ TEST_F(Records, timestamps_stand_first_and_never_go_back)
                    "--timestamps requires --format csv or jsonl");
 }
 
-TEST_F(Records, a_dash_is_the_output_and_no_file)
+TEST_F(Records, a_dash_is_standard_output_and_not_a_file)
 {
     EXPECT_EQ(says({"records", "--format", "csv", "-o", "-"}),
               says({"records", "--format", "csv"}));
@@ -121,7 +121,7 @@ TEST_F(Records, timestamps_are_the_hosts_time)
     }
 }
 
-TEST_F(Records, a_file_takes_the_place_of_the_output)
+TEST_F(Records, a_file_replaces_the_output)
 {
     const std::string shown = says({"records", "-n", "99", "--format", "csv"});
     write_file("records.csv", Bytes(100000, 'x'));
@@ -129,7 +129,7 @@ TEST_F(Records, a_file_takes_the_place_of_the_output)
     EXPECT_EQ(read_text("records.csv"), shown);
 }
 
-TEST_F(Records, a_file_that_cannot_be_written_is_said)
+TEST_F(Records, a_file_that_cannot_be_written_is_reported)
 {
     expect_failure(stmctl({"records", "-o", "no/such/folder"}), 1,
                    "cannot write 'no/such/folder': No such file or directory");
@@ -150,7 +150,7 @@ TEST_F(Records, a_file_keeps_what_it_holds_while_there_is_no_device)
     EXPECT_FALSE(std::filesystem::exists(path("new")));
 }
 
-TEST_F(Records, what_makes_no_sense_is_refused)
+TEST_F(Records, contradictory_options_are_refused)
 {
     const auto refused = [&](const Words &words) { return stmctl(words).status == 2; };
     for (const char *number : {"0", "-1", "-5", "x", "1.5", "2147483648"}) {
@@ -182,7 +182,7 @@ TEST_F(Records, a_rejected_record_and_the_rest_of_its_block_are_lost)
               "stmctl: records: 131 of 200 records, 1 rejected; hex does not show losses\n");
 }
 
-TEST_F(Records, a_rejected_record_is_asked_for_again_where_that_is_wished)
+TEST_F(Records, a_rejected_record_is_requested_again_if_the_user_wants_it)
 {
     const Result result =
         with_fault("flip@150", {"records", "-n", "200", "--format", "csv", "--keep-going"});
@@ -194,7 +194,7 @@ TEST_F(Records, a_rejected_record_is_asked_for_again_where_that_is_wished)
               "stmctl: records: 200 of 200 records, 51 lost, 1 rejected, 0 overflowing\n");
 }
 
-TEST_F(Records, a_failing_exchange_ends_it_with_what_has_come)
+TEST_F(Records, a_failed_exchange_ends_it_with_what_has_come)
 {
     Result result = with_fault("exchange@2", {"records", "-n", "100", "--format", "csv"});
     EXPECT_EQ(result.status, 1);
@@ -209,7 +209,7 @@ TEST_F(Records, a_failing_exchange_ends_it_with_what_has_come)
                              "overflowing, 1 failing exchange\n");
 }
 
-TEST_F(Records, a_failing_exchange_is_overcome_where_that_is_wished)
+TEST_F(Records, a_failed_exchange_is_overcome_if_the_user_wants_it)
 {
     const Words words = {"records", "-n", "100", "--format", "csv", "--keep-going"};
     const Result result = with_fault("exchange@8", words);
@@ -228,7 +228,7 @@ TEST_F(Records, a_failing_exchange_is_overcome_where_that_is_wished)
     EXPECT_NE(result.errors.find("1 failing exchange\n"), std::string::npos);
 }
 
-TEST_F(Records, an_unnumbered_record_is_text_but_no_line)
+TEST_F(Records, an_unnumbered_record_is_text_but_not_a_line)
 {
     const Result lines = with_fault("unnumbered@3", {"records", "-n", "5", "--format", "csv"});
     EXPECT_EQ(lines.status, 1);
@@ -263,7 +263,7 @@ TEST_F(Records, a_late_block_is_waited_for)
     EXPECT_NE(result.errors.find("2 time-outs\n"), std::string::npos);
 }
 
-TEST_F(Records, the_stop_line_ends_it_before_it_is_done)
+TEST_F(Records, the_stop_line_ends_it_early)
 {
     const Result result = in_shell({"records", "-n", "100"}, "<<<s");
     EXPECT_EQ(result.status, 3);
@@ -280,7 +280,7 @@ TEST_F(Records, a_reader_that_goes_away_ends_it_quietly)
     EXPECT_EQ(result.output.substr(result.output.size() - 2), "0\n");
 }
 
-TEST_F(Records, a_full_disk_is_said)
+TEST_F(Records, a_full_disk_is_reported)
 {
     const Result result = in_shell({"records", "-n", "1000"}, ">/dev/full");
     EXPECT_EQ(result.status, 1);
@@ -289,7 +289,7 @@ TEST_F(Records, a_full_disk_is_said)
               "stmctl: cannot write the output: No space left on device\n");
 }
 
-TEST_F(Records, a_wait_is_said_while_it_lasts)
+TEST_F(Records, a_wait_is_reported_while_it_lasts)
 {
     const Result result =
         in_shell({"records", "-n", "1000", "--format", "csv"}, "2>&1", {"--fault", "deaf@0xC8=4"});
@@ -299,7 +299,7 @@ TEST_F(Records, a_wait_is_said_while_it_lasts)
 constexpr char FAILS[] = "stmctl: records: fetching the data failed: Input/output error; trying "
                          "again\n";
 
-TEST_F(Records, a_failure_that_lasts_is_said_once_and_each_pause_is_twice_as_long)
+TEST_F(Records, a_lasting_failure_is_reported_once_and_each_pause_is_twice_as_long)
 {
     const Result result = stmctl({"records", "-n", "5", "--keep-going"},
                                  {"--fault", "exchange@2", "--fault", "exchange@6"});
@@ -318,7 +318,7 @@ TEST_F(Records, a_failure_that_lasts_is_said_once_and_each_pause_is_twice_as_lon
     EXPECT_NEAR(waited_before(6), 1'005'461, 10);
 }
 
-TEST_F(Records, nothing_is_asked_any_more_when_time_is_over_behind_a_failure)
+TEST_F(Records, nothing_more_is_requested_when_time_is_over_after_a_failure)
 {
     const Result result =
         with_fault("exchange@2", {"records", "--duration", "0.4", "--keep-going"});
@@ -328,7 +328,7 @@ TEST_F(Records, nothing_is_asked_any_more_when_time_is_over_behind_a_failure)
     EXPECT_EQ(transcript().size(), 2U);
 }
 
-TEST_F(Records, a_stop_behind_a_failure_is_one)
+TEST_F(Records, a_stop_after_a_failure_counts_as_a_stop)
 {
     write_file("stop", {'s', '\n'});
     const Result result =
@@ -340,7 +340,7 @@ TEST_F(Records, a_stop_behind_a_failure_is_one)
                   "overflowing, 1 failing exchange; stopped before all had arrived\n");
 }
 
-TEST_F(Records, failing_exchanges_of_a_block_are_told_apart)
+TEST_F(Records, failed_exchanges_of_a_block_are_distinguished)
 {
     for (const int exchange : {3, 4, 5, 6}) {
         const std::string number = std::to_string(exchange - 2);
@@ -352,7 +352,7 @@ TEST_F(Records, failing_exchanges_of_a_block_are_told_apart)
     }
 }
 
-TEST_F(Records, a_step_back_is_told_though_nothing_is_lost)
+TEST_F(Records, a_step_back_is_reported_even_if_nothing_is_lost)
 {
     const Result result = with_fault("stuck@5", {"records", "-n", "5"});
     EXPECT_EQ(result.status, 0);
@@ -360,7 +360,7 @@ TEST_F(Records, a_step_back_is_told_though_nothing_is_lost)
                              "1 step back in rel_t\n");
 }
 
-TEST_F(Records, a_wait_is_said_again_behind_new_records)
+TEST_F(Records, a_wait_is_reported_again_after_new_records)
 {
     const Result result = with_fault("late=1000", {"records", "-n", "200", "--format", "csv"});
     EXPECT_EQ(result.status, 0);

@@ -20,7 +20,7 @@ class RingBench : public RecordBench
 
     // A script for bash. $STMCTL runs it, on a fresh board $BOARD $STMCTL. Both are single
     // commands, so that $! is stmctl. Events of the ring that it can wait for:
-    //     await_status WORDS    until ring status says the words
+    //     await_status WORDS    until ring status prints the words
     //     await_one             until one writer or reader is at work: each attaches it twice, and
     //                           a writer once more if it was there
     Result script(const std::string &text)

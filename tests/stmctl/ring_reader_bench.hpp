@@ -87,7 +87,7 @@ inline Seen seen(const SlotFollower::Look &look)
     return all;
 }
 
-// Some things are only certain when they stay so for a few looks.
+// Some things are only certain once they have stayed the same for a few looks.
 inline Seen settled(SlotFollower &reader)
 {
     Seen now;

@@ -1,5 +1,5 @@
 // Goal: the ring's reader delivers every record once and in order, and reports what it cannot
-// deliver, whatever writers do between two looks: come round, begin anew, die in the middle of a
+// deliver, whatever writers do between two looks: wrap around, restart, die in the middle of a
 // slot.
 #include "tests/stmctl/ring_reader_bench.hpp"
 
@@ -36,7 +36,7 @@ TEST_F(Reader, everything_is_all_but_the_slot_that_is_filled_next)
 
 TEST_F(Reader, everything_is_without_what_an_earlier_writer_has_left)
 {
-    for (const int32_t again : {1, 200, 5000}) { // the board may have begun anew, or gone on
+    for (const int32_t again : {1, 200, 5000}) { // the board may have restarted or continued
         ring() = {};
         put(401, 800);
         begin_anew();
@@ -67,12 +67,12 @@ TEST_F(Reader, everything_is_without_what_several_earlier_writers_have_left)
     begin_anew();
     put(1001, 1100);
     begin_anew();
-    put(161, 165); // as if it went on where the first one ended
+    put(161, 165); // as if it continued where the first one ended
     const RingView view(segment());
     EXPECT_EQ(seen(SlotFollower(view).everything()), (Seen{range(161, 165)}));
 }
 
-TEST_F(Reader, everything_of_a_board_that_began_anew_under_one_writer_is_all)
+TEST_F(Reader, everything_includes_a_board_that_restarted_under_one_writer)
 {
     put(1, 250);
     put(1, 20); // from slot 90 on
@@ -80,7 +80,7 @@ TEST_F(Reader, everything_of_a_board_that_began_anew_under_one_writer_is_all)
     EXPECT_EQ(seen(SlotFollower(view).everything()), (Seen{range(112, 250) + range(1, 20)}));
 }
 
-TEST_F(Reader, a_writer_that_has_put_nothing_yet_is_known_by_its_first_record)
+TEST_F(Reader, a_writer_that_has_written_nothing_yet_is_known_by_its_first_record)
 {
     put(1, 400);
     begin_anew();
@@ -93,7 +93,7 @@ TEST_F(Reader, a_writer_that_has_put_nothing_yet_is_known_by_its_first_record)
     EXPECT_EQ(seen(reader.look()), (Seen{range(4, 5)}));
 }
 
-TEST_F(Reader, a_writer_that_has_just_come_round_goes_on)
+TEST_F(Reader, a_writer_that_has_just_wrapped_around_continues)
 {
     put(1, 320);
     const RingView view(segment());
@@ -103,7 +103,7 @@ TEST_F(Reader, a_writer_that_has_just_come_round_goes_on)
     EXPECT_EQ(seen(reader.look()), (Seen{range(321, 323)}));
 }
 
-TEST_F(Reader, the_first_record_of_a_new_ring_is_no_new_writer)
+TEST_F(Reader, the_first_record_of_a_new_ring_is_not_a_new_writer)
 {
     const RingView view(segment());
     SlotFollower reader(view);
@@ -126,7 +126,7 @@ TEST_F(Reader, bursts_up_to_the_whole_ring_but_one_are_delivered_from_every_posi
     }
 }
 
-TEST_F(Reader, a_writer_that_came_round_is_an_overrun)
+TEST_F(Reader, a_writer_that_wrapped_around_is_an_overrun)
 {
     const RingView view(segment());
     SlotFollower reader(view);
@@ -140,7 +140,7 @@ TEST_F(Reader, a_writer_that_came_round_is_an_overrun)
     EXPECT_EQ(seen(reader.look()), (Seen{range(501, 502)}));
 }
 
-TEST_F(Reader, a_restart_is_noticed_whatever_the_new_writer_has_put)
+TEST_F(Reader, a_restart_is_noticed_whatever_the_new_writer_has_written)
 {
     for (int32_t before = 1; before < SLOTS; ++before) {
         for (const int32_t put_anew : {0, 1, before - 1, before, std::min(before + 1, 158), 158}) {
@@ -159,7 +159,7 @@ TEST_F(Reader, a_restart_is_noticed_whatever_the_new_writer_has_put)
     }
 }
 
-TEST_F(Reader, what_the_writer_before_has_left_is_delivered_first)
+TEST_F(Reader, what_the_previous_writer_has_left_is_delivered_first)
 {
     const RingView view(segment());
     put(1, 400); // 80 is filled next
@@ -175,7 +175,7 @@ TEST_F(Reader, what_the_writer_before_has_left_is_delivered_first)
     EXPECT_EQ(settled(reader), (Seen{range(2001, 2100), false, true}));
 }
 
-TEST_F(Reader, a_slot_that_a_writer_died_in_is_none_of_its_records)
+TEST_F(Reader, a_slot_in_which_a_writer_died_is_not_one_of_its_records)
 {
     const RingView view(segment());
     put(1, 400);
@@ -202,7 +202,7 @@ TEST_F(Reader, records_of_an_old_board_are_not_those_of_a_new_one)
     EXPECT_EQ(settled(reader), (Seen{range(60, 62), false, true}));
 }
 
-TEST_F(Reader, a_slot_that_is_visible_behind_its_index_is_waited_for)
+TEST_F(Reader, a_slot_that_is_visible_after_its_index_is_waited_for)
 {
     const RingView view(segment());
     put(1, 300);
@@ -218,7 +218,7 @@ TEST_F(Reader, a_slot_that_is_visible_behind_its_index_is_waited_for)
     }
 }
 
-TEST_F(Reader, a_slot_that_was_complete_before_its_index_is_not_waited_for_without_end)
+TEST_F(Reader, a_slot_that_was_complete_before_its_index_is_not_waited_for_forever)
 {
     const RingView view(segment());
     put(1, 300);
@@ -268,7 +268,7 @@ TEST_F(Reader, a_board_that_repeats_itself_is_delivered_again)
     }
 }
 
-TEST_F(Reader, index_of_somebody_else_does_not_end_it)
+TEST_F(Reader, the_index_of_another_program_does_not_end_it)
 {
     const RingView view(segment());
     put(1, 300);
@@ -281,7 +281,7 @@ TEST_F(Reader, index_of_somebody_else_does_not_end_it)
     EXPECT_EQ(std::vector<int32_t>(numbers.end() - 5, numbers.end()), range(301, 305));
 }
 
-// No record comes twice or out of order, and none is missing unsaid.
+// No record comes twice or out of order, and every missing one is reported.
 TEST_F(Reader, bursts_restarts_and_deaths_in_any_order)
 {
     std::mt19937 random(3);

@@ -1,5 +1,5 @@
-// Goal: what the ring's reader makes of moments in between: slots that show late, writers that end
-// and begin, boards whose times go round, a writer that goes on while it is looked at.
+// Goal: how the ring's reader handles moments in between: slots that become visible late, writers
+// that end and begin, boards whose times wrap around, a writer that continues during a look.
 #include "tests/stmctl/ring_reader_bench.hpp"
 
 #include "stmctl/record/ring_slot.hpp"
@@ -48,7 +48,7 @@ class ReaderMoment : public Reader
         }
     }
 
-    // What comes in as many looks as everything needs that is certain.
+    // What comes in enough looks for everything that is certain.
     static std::vector<int32_t> all_of(SlotFollower &reader)
     {
         std::vector<int32_t> numbers;
@@ -88,7 +88,7 @@ TEST_F(ReaderMoment, looks_while_nothing_is_announced_are_not_in_vain)
     EXPECT_EQ(seen(reader.look()), (Seen{range(301, 301)}));
 }
 
-TEST_F(ReaderMoment, looks_in_vain_before_an_overrun_do_not_count_behind_it)
+TEST_F(ReaderMoment, looks_in_vain_before_an_overrun_do_not_count_after_it)
 {
     const RingView view(segment());
     put(1, 300);
@@ -133,7 +133,7 @@ TEST_F(ReaderMoment, what_a_writer_has_left_ends_where_times_do_not_rise)
     }
 }
 
-TEST_F(ReaderMoment, times_go_round_in_what_a_writer_has_left)
+TEST_F(ReaderMoment, times_wrap_around_in_what_a_writer_has_left)
 {
     const RingView view(segment());
     put(1, 299);
@@ -160,7 +160,7 @@ TEST_F(ReaderMoment, the_first_slot_of_a_restart_may_show_late)
     EXPECT_EQ(settled(reader), (Seen{range(1001, 1005)}));
 }
 
-TEST_F(ReaderMoment, damaged_record_is_delivered_behind_an_overrun_too)
+TEST_F(ReaderMoment, damaged_record_is_delivered_after_an_overrun_too)
 {
     const RingView view(segment());
     put(1, 160);
@@ -181,7 +181,7 @@ TEST_F(ReaderMoment, a_new_board_that_has_passed_the_position_is_delivered_from_
     EXPECT_EQ(seen(reader.look()), (Seen{range(1, 60), false, true}));
 }
 
-TEST_F(ReaderMoment, a_slot_that_a_writer_died_in_is_left_out_where_the_new_one_has_passed)
+TEST_F(ReaderMoment, a_slot_in_which_a_writer_died_is_left_out_once_the_new_one_has_passed)
 {
     const RingView view(segment());
     SlotFollower reader(view);
@@ -194,8 +194,8 @@ TEST_F(ReaderMoment, a_slot_that_a_writer_died_in_is_left_out_where_the_new_one_
     EXPECT_EQ(seen(reader.look()), (Seen{range(53, 53) + range(1001, 1051), false, true}));
 }
 
-// However far the writer has come, all from the position on is delivered once it rests.
-TEST_F(ReaderMoment, a_writer_that_goes_on_while_the_reader_begins_loses_nothing)
+// However far the writer has got, everything from the position on is delivered once it rests.
+TEST_F(ReaderMoment, a_writer_that_continues_while_the_reader_begins_loses_nothing)
 {
     const RingView view(segment());
     int32_t next = 1;
@@ -219,7 +219,7 @@ TEST_F(ReaderMoment, a_writer_that_goes_on_while_the_reader_begins_loses_nothing
     }
 }
 
-TEST_F(ReaderMoment, a_writer_that_goes_on_while_its_restart_is_noticed_loses_nothing)
+TEST_F(ReaderMoment, a_writer_that_continues_while_its_restart_is_noticed_loses_nothing)
 {
     const RingView view(segment());
     SlotFollower reader(view);
@@ -244,7 +244,7 @@ TEST_F(ReaderMoment, a_writer_that_goes_on_while_its_restart_is_noticed_loses_no
     }
 }
 
-TEST_F(ReaderMoment, last_slot_that_was_complete_before_its_index_is_no_restart)
+TEST_F(ReaderMoment, last_slot_that_was_complete_before_its_index_is_not_a_restart)
 {
     const RingView view(segment());
     put(1, 159);
@@ -257,7 +257,7 @@ TEST_F(ReaderMoment, last_slot_that_was_complete_before_its_index_is_no_restart)
     EXPECT_EQ(settled(reader), (Seen{range(166, 170), false, true}));
 }
 
-TEST_F(ReaderMoment, last_slot_of_a_round_before_is_no_record_of_a_new_writer)
+TEST_F(ReaderMoment, last_slot_of_the_previous_round_is_not_a_record_of_a_new_writer)
 {
     const RingView view(segment());
     put(1, 319);

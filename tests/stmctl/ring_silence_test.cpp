@@ -1,5 +1,5 @@
-// Goal: a reader of the ring whom nothing reaches any more tells a writer that has ended from one
-// that was killed, and from one that is there and puts nothing.
+// Goal: when nothing comes any more, a reader of the ring distinguishes a writer that has ended
+// from one that was killed and from one that is running but writes nothing.
 #include "tests/stmctl/numbered_record.hpp"
 #include "tests/stmctl/ring_bench.hpp"
 
@@ -20,7 +20,7 @@ class RingSilence : public RingBench
         }
     }
 
-    // A writer of another program: it puts records, and knows of no mark.
+    // A writer of another program: it writes records and knows nothing of the mark.
     RingBuffer &other_writer(int32_t records)
     {
         const int id = shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, IPC_CREAT | 0666);
@@ -46,7 +46,7 @@ class RingSilence : public RingBench
         return value;
     }
 
-    // In counted time, from the oldest on.
+    // In counted time, starting at the oldest record.
     Result read(const std::string &options)
     {
         return script("$BOARD --count-time $STMCTL ring read --from-oldest " + options +
@@ -83,7 +83,7 @@ class RingSilence : public RingBench
     RingBuffer *ring_ = nullptr;
 };
 
-TEST_F(RingSilence, a_writer_that_has_ended_is_no_failure)
+TEST_F(RingSilence, a_writer_that_has_ended_is_not_a_failure)
 {
     script("fill 0.1");
     EXPECT_EQ(mark(), 2);
@@ -104,14 +104,14 @@ TEST_F(RingSilence, a_writer_that_was_killed_is_a_failure)
     expect_done(read("--duration 60"));
 }
 
-TEST_F(RingSilence, what_is_wanted_may_come_from_a_killed_writer)
+TEST_F(RingSilence, the_wanted_records_may_come_from_a_killed_writer)
 {
     kill_writer();
     const Result result = read("-n 1");
     EXPECT_EQ(result.status, 0) << result.errors;
 }
 
-TEST_F(RingSilence, a_writer_that_is_there_but_puts_nothing_is_a_failure)
+TEST_F(RingSilence, a_running_writer_that_writes_nothing_is_a_failure)
 {
     other_writer(20);
     expect_silent(read("--duration 60"), "its writer is running but writes nothing");
@@ -120,7 +120,7 @@ TEST_F(RingSilence, a_writer_that_is_there_but_puts_nothing_is_a_failure)
 }
 
 // How it ended is not known.
-TEST_F(RingSilence, a_writer_of_another_program_that_is_away_is_no_failure)
+TEST_F(RingSilence, a_writer_of_another_program_that_has_gone_is_not_a_failure)
 {
     other_writer(20);
     EXPECT_EQ(mark(), 0);
@@ -148,7 +148,7 @@ TEST_F(RingSilence, nothing_in_a_limited_time_has_a_reason)
     expect_reason("its writer was killed");
 }
 
-TEST_F(RingSilence, that_nothing_comes_is_said_after_two_seconds)
+TEST_F(RingSilence, silence_is_reported_after_two_seconds)
 {
     script("fill 0.1");
     const std::string said = "stmctl: ring read: there is no writer; waiting for one\n";
@@ -157,7 +157,7 @@ TEST_F(RingSilence, that_nothing_comes_is_said_after_two_seconds)
     EXPECT_EQ(count(read("--duration 30").errors, said), 1U);
 }
 
-TEST_F(RingSilence, an_earlier_writer_s_slots_are_no_loss)
+TEST_F(RingSilence, an_earlier_writer_s_slots_are_not_a_loss)
 {
     script("fill 0.4; fill 0.1");
     expect_done(read("--duration 1 --fail-on-loss"));
@@ -187,7 +187,7 @@ TEST_F(RingSilence, a_mark_that_nobody_leaves_is_as_good_as_none)
     expect_done(read("--duration 60"));
 }
 
-TEST_F(RingSilence, a_writer_whose_board_is_silent_has_left_its_mark_all_the_same)
+TEST_F(RingSilence, a_writer_whose_board_is_silent_still_leaves_its_mark)
 {
     const Result written =
         script("$BOARD --count-time --fault silence@t=1s..9s $STMCTL ring write --duration 5");

@@ -1,4 +1,4 @@
-// ring status and ring remove: what is told of a ring that is new, odd, damaged or another's.
+// ring status and ring remove: the report about a ring that is new, odd, damaged or another user's.
 #include "tests/stmctl/numbered_record.hpp"
 #include "tests/stmctl/ring_bench.hpp"
 
@@ -68,7 +68,7 @@ TEST_F(RingState, a_new_one_was_never_attached_and_is_empty)
                       "slots       0 hold whole records, 160 are empty, 0 fail their checksum\n");
 }
 
-TEST_F(RingState, highest_values_are_no_damage)
+TEST_F(RingState, highest_values_are_not_damage)
 {
     RingBuffer *ring = attached();
     ring->write_index = ring->mark = ring->read_pos = ring->count = ring->values_left = 159;
@@ -101,7 +101,7 @@ TEST_F(RingState, every_field_out_of_its_range_is_damage)
     shmdt(ring);
 }
 
-TEST_F(RingState, who_uses_another_ring_is_not_named)
+TEST_F(RingState, users_of_another_ring_are_not_named)
 {
     RingBuffer *removed = attached();
     script("$STMCTL ring remove --force; fill 0.1");
@@ -114,7 +114,7 @@ TEST_F(RingState, who_uses_another_ring_is_not_named)
     EXPECT_EQ(result.output, "attached    0 times\n");
 }
 
-TEST_F(RingState, its_writer_is_told_by_what_it_does_and_not_by_its_flag)
+TEST_F(RingState, its_writer_is_judged_by_what_it_does_and_not_by_its_flag)
 {
     const std::string next = "; its flag is free; fills slot N next\n";
     const Result result = script(
@@ -147,7 +147,7 @@ TEST_F(RingState, a_program_that_leaves_no_mark_may_be_its_writer)
     shmdt(ring);
 }
 
-// From among other processes those that have it attached cannot be seen.
+// Processes in another namespace cannot be seen, even if they have it attached.
 TEST_F(RingState, a_process_that_cannot_be_seen_may_be_its_writer)
 {
     RingBuffer *ring = attached();
@@ -164,7 +164,7 @@ TEST_F(RingState, a_process_that_cannot_be_seen_may_be_its_writer)
     shmdt(ring);
 }
 
-TEST_F(RingState, is_told_as_json)
+TEST_F(RingState, is_shown_as_json)
 {
     RingBuffer *ring = attached();
     ring->count = 1;
@@ -213,7 +213,7 @@ TEST_F(RingState, each_number_has_its_place_in_json)
     EXPECT_NE(status().output.find("newest      rel_t 4294967294, nr "), std::string::npos);
 }
 
-TEST_F(RingState, its_last_times_are_told_apart)
+TEST_F(RingState, its_last_times_are_distinguished)
 {
     const auto begin = std::chrono::system_clock::now();
     RingBuffer *ring = attached();
@@ -227,10 +227,10 @@ TEST_F(RingState, its_last_times_are_told_apart)
     EXPECT_LT(times[1].str(), times[2].str());
 }
 
-TEST_F(RingState, damage_is_told_in_json_too)
+TEST_F(RingState, damage_is_shown_in_json_too)
 {
     RingBuffer *ring = attached();
-    ring->slots[RINGBUFFER_SLOTS - 1] = numbered(9); // in front of the index, taken round
+    ring->slots[RINGBUFFER_SLOTS - 1] = numbered(9); // before the index, wrapped around
     ring->write_index = 160;
     const Result result = script("$STMCTL ring status --json");
     EXPECT_EQ(result.status, 1);
@@ -246,7 +246,7 @@ TEST_F(RingState, damage_is_told_in_json_too)
     shmctl(small, IPC_RMID, nullptr);
 }
 
-TEST_F(RingState, what_is_wrong_with_it_is_said_before_the_device_is_opened)
+TEST_F(RingState, its_faults_are_reported_before_the_device_is_opened)
 {
     shmctl(id(), IPC_RMID, nullptr);
     const int small = shmget(RINGBUFFER_KEY, 100, IPC_CREAT | 0666);

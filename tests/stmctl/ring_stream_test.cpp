@@ -1,5 +1,5 @@
 // A hundred thousand records through the ring, from one process to another. The test is the writer,
-// and waits for the reader before it comes round to it: so the reader keeps up on every machine.
+// and waits for the reader before it wraps around to it: so the reader keeps up on every machine.
 #include "tests/stmctl/numbered_record.hpp"
 #include "tests/stmctl/ring_bench.hpp"
 
@@ -38,8 +38,7 @@ class RingStream : public RingBench
         }
     }
 
-    // The reader's clock is counted: it writes out what it has in no time, and no time is
-    // a silence.
+    // The reader uses counted time: writing takes no time, so no pause is a silence.
     pid_t start_reader()
     {
         Words words = virtual_board({"--count-time"});
@@ -49,7 +48,7 @@ class RingStream : public RingBench
         return start(words);
     }
 
-    // Waits until the file has a line for each record that was put, below its header.
+    // Waits until the file has a line for each record written, below its header.
     void wait_for_reader()
     {
         wait_until("the reader", [this] {
@@ -69,7 +68,7 @@ class RingStream : public RingBench
     std::ptrdiff_t seen_lines_ = 0;
 };
 
-TEST_F(RingStream, every_record_of_a_writer_that_it_keeps_up_with_is_delivered)
+TEST_F(RingStream, delivers_every_record_of_a_writer_with_which_it_keeps_up)
 {
     put_until(BURST);
     const pid_t reader = start_reader();

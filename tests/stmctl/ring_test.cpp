@@ -1,4 +1,4 @@
-// ring: its writer, its reader, what its state is, and that it can be removed.
+// ring: its writer, its reader, its state and its removal.
 #include "tests/stmctl/ring_bench.hpp"
 
 #include "link/stm_com_funcs.h"
@@ -38,7 +38,7 @@ TEST_F(Ring, each_of_its_commands_has_help_with_examples)
     }
 }
 
-TEST_F(Ring, writer_makes_it_and_status_tells_of_it)
+TEST_F(Ring, writer_creates_it_and_status_shows_it)
 {
     const Result written = script("fill 0.5; cat writer.err");
     EXPECT_EQ(written.status, 0);
@@ -85,7 +85,7 @@ TEST_F(Ring, removal_may_be_forced)
     shmdt(ring);
 }
 
-TEST_F(Ring, what_it_holds_is_read_from_the_oldest_on)
+TEST_F(Ring, what_it_holds_is_read_starting_at_the_oldest)
 {
     const std::string words = " ring read --from-oldest -n 100 --format ";
     Result result = script("fill 0.5; $STMCTL" + words + "csv");
@@ -111,8 +111,8 @@ TEST_F(Ring, a_ring_that_is_not_full_gives_what_is_in_it)
     EXPECT_EQ(column(table, "rel_t"), numbers(1, static_cast<int>(table.size())));
 }
 
-// The values of the module's own rendering on the wire, put behind each other.
-TEST_F(Ring, records_are_what_the_board_has_sent)
+// The values on the wire as the module itself shows them, one after another.
+TEST_F(Ring, records_are_those_that_the_board_sent)
 {
     const Result sent = stmctl({"follow", "--variant", "temp", "-n", "100", "--format", "csv"});
     script("fill 0.15; $STMCTL ring read --from-oldest -n 100 --format csv -o ring.csv");
@@ -120,7 +120,7 @@ TEST_F(Ring, records_are_what_the_board_has_sent)
     Table read = csv(read_text("ring.csv"));
     ASSERT_EQ(read.size(), 100U);
     for (auto *table : {&expected, &read}) {
-        for (auto &row : *table) { // how many waited is a matter of the moment
+        for (auto &row : *table) { // how many were waiting depends on the moment
             row.erase("buffered");
             row.erase("checksum");
         }
@@ -143,7 +143,7 @@ TEST_F(Ring, number_and_time_and_user_end_the_reader)
     EXPECT_EQ(script("$STMCTL ring").status, 2);
 }
 
-TEST_F(Ring, the_reader_s_file_is_written_as_is_asked_for)
+TEST_F(Ring, the_reader_s_file_is_written_as_requested)
 {
     const std::string read = "$STMCTL ring read --from-oldest -n 2 --format csv --separator , "
                              "-o read.csv ";
@@ -156,7 +156,7 @@ TEST_F(Ring, the_reader_s_file_is_written_as_is_asked_for)
     EXPECT_EQ(read_text("read.csv"), text);
 }
 
-TEST_F(Ring, reader_ends_quietly_when_nobody_takes_what_it_shows)
+TEST_F(Ring, reader_ends_quietly_when_its_output_is_closed)
 {
     const Result result =
         script("fill 0.1; { await_command test -e closed\n"
@@ -180,7 +180,7 @@ TEST_F(Ring, a_slot_that_does_not_check_is_rejected)
     shmdt(ring);
 }
 
-TEST_F(Ring, a_damaged_one_is_said)
+TEST_F(Ring, damage_is_reported)
 {
     script("fill 0.1");
     RingBuffer *ring = segment();
@@ -206,7 +206,7 @@ TEST_F(Ring, a_damaged_one_is_said)
     shmdt(ring);
 }
 
-TEST_F(Ring, a_segment_of_another_size_is_said)
+TEST_F(Ring, a_segment_of_another_size_is_reported)
 {
     RingBuffer *other = segment(100);
     for (const char *command : {"$STMCTL ring read", "$BOARD $STMCTL ring write"}) {
@@ -250,7 +250,7 @@ TEST_F(Ring, damage_under_a_writer_ends_it)
     shmdt(ring);
 }
 
-TEST_F(Ring, writer_starts_again_after_a_failing_exchange)
+TEST_F(Ring, writer_starts_again_after_a_failed_exchange)
 {
     const Result result = script("$BOARD --count-time --fault exchange@60 --fault exchange@200 "
                                  "$STMCTL ring write --duration 5");
@@ -265,7 +265,7 @@ TEST_F(Ring, writer_starts_again_after_a_failing_exchange)
         << result.errors;
 }
 
-TEST_F(Ring, writer_is_ended_by_its_user)
+TEST_F(Ring, the_user_can_end_the_writer)
 {
     const std::string typed = " < <(await_one; printf 's\\n')";
     EXPECT_EQ(script("$BOARD $STMCTL ring write" + typed).status, 0);
@@ -274,19 +274,19 @@ TEST_F(Ring, writer_is_ended_by_its_user)
     EXPECT_EQ(script("$BOARD $STMCTL ring write --duration 0").status, 2);
 }
 
-// The board begins anew with each writer. One that is killed late in the ring leaves the reader
-// time: it notices the next one as long as that has not come as far.
+// The board restarts with each writer. A writer that is killed late in the ring leaves the reader
+// time: it notices the next one as long as that has not got as far.
 TEST_F(Ring, killed_and_restarted_writers_are_noticed_and_not_fatal)
 {
     const Result result = script(
         "writer() { exec $BOARD --rate 130 $STMCTL ring write 2>>writer.err </dev/null; }\n"
         "has_shown() { [ \"$(wc -l <read.csv)\" -ge $1 ]; }\n" // 60 are more than are held back
         "await_shown() { await_command has_shown $(($(wc -l <read.csv) + $1)); }\n"
-        "begun() { [ \"$(grep -c 'begun anew' reader.err)\" -eq $1 ]; }\n"
+        "begun() { [ \"$(grep -c 'has restarted' reader.err)\" -eq $1 ]; }\n"
         "writer & writer=$!; await_one\n"
         "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!\n"
         "await ';' read.csv; await_status 'fills slot 1[0-4]. next'; kill -9 $writer\n"
-        "await 'no writer is there' reader.err\n"
+        "await 'there is no writer' reader.err\n"
         "writer & writer=$!; await_command begun 1; await_shown 60\n"
         "await_status 'fills slot 1[0-4]. next'; kill -9 $writer\n"
         "writer & writer=$!; await_command begun 2; await_shown 60\n"
@@ -306,7 +306,7 @@ TEST_F(Ring, killed_and_restarted_writers_are_noticed_and_not_fatal)
     EXPECT_EQ(begins, 2);
 }
 
-TEST_F(Ring, a_lagging_reader_shows_whole_records_in_order_and_says_what_it_lost)
+TEST_F(Ring, a_lagging_reader_shows_whole_records_in_order_and_reports_what_it_lost)
 {
     const Result result = script(
         "$BOARD --rate 1000 $STMCTL ring write 2>writer.err </dev/null & writer=$!; await_one\n"
@@ -340,7 +340,7 @@ TEST_F(Ring, a_lagging_reader_shows_whole_records_in_order_and_says_what_it_lost
     EXPECT_NE(said.find(", " + std::to_string(lost) + " lost, "), std::string::npos) << lost;
 }
 
-TEST_F(Ring, one_that_cannot_be_made_is_said)
+TEST_F(Ring, failure_to_create_it_is_reported)
 {
     const Result result = script("echo 100 2>/dev/null >/proc/sys/kernel/shmmax || exit 77\n"
                                  "$BOARD $STMCTL ring write");
@@ -361,13 +361,13 @@ TEST_F(Ring, a_new_one_in_its_place_ends_a_reader)
         << result.output;
 }
 
-// The board goes on: what it sent while its writer was away is lost.
+// The board continues: what it sent while its writer was away is lost.
 TEST_F(Ring, what_is_missing_at_a_restart_on_the_same_board_is_lost)
 {
     script("$BOARD --rate 130 --fault exchange@9000 $STMCTL ring write 2>writer.err </dev/null & "
            "writer=$!; await_one\n"
            "$STMCTL ring read --format csv -o read.csv 2>reader.err & reader=$!\n"
-           "await 'begun anew' reader.err; lines=$(wc -l <read.csv)\n"
+           "await 'has restarted' reader.err; lines=$(wc -l <read.csv)\n"
            "more() { [ \"$(wc -l <read.csv)\" -gt $((lines + 20)) ]; }; await_command more\n"
            "kill $reader; wait $reader; kill $writer; wait");
     const Table table = csv(read_text("read.csv"));

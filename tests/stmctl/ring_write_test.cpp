@@ -1,4 +1,5 @@
-// ring write: what it says of the records that it has put, and of those that it has not.
+// ring write: what it reports about the records that it has written, and about those that it has
+// not.
 #include "tests/stmctl/ring_bench.hpp"
 
 namespace

@@ -46,7 +46,7 @@ TEST_F(Samples, each_of_several_frames_has_its_number)
     EXPECT_EQ(says({"adc", "-n", "1", "--format", "csv"}).substr(0, 9), "\"value\";\n");
 }
 
-TEST_F(Samples, fields_are_separated_as_is_asked_for)
+TEST_F(Samples, fields_are_separated_as_requested)
 {
     EXPECT_EQ(says({"adc", "-n", "2", "--format", "csv", "--separator", ","}).substr(0, 22),
               "\"frame\",\"value\"\n1,-805");
@@ -57,7 +57,7 @@ TEST_F(Samples, fields_are_separated_as_is_asked_for)
     EXPECT_EQ(raw.substr(raw.size() - 15), "\"47.Byte\",0x2F\n");
 }
 
-TEST_F(Samples, a_cause_is_told_once)
+TEST_F(Samples, a_cause_is_reported_once)
 {
     const char *const causes[][2] = {{"bus-inactive", "nothing drives the line"},
                                      {"silence", "nothing is answering"}};
@@ -78,8 +78,8 @@ TEST_F(Samples, a_cause_that_ends_the_run_is_not_in_its_summary_again)
     }
 }
 
-// After pauses of 0.5 s, 1 s and so on up to 32 s, and then of a minute.
-TEST_F(Samples, what_keeps_failing_is_asked_for_once_a_minute_in_the_end)
+// After pauses of 0.5 s, 1 s and so on up to 32 s, then of one minute.
+TEST_F(Samples, what_keeps_failing_is_finally_requested_once_a_minute)
 {
     const std::string errors =
         with_fault("deaf@0xC4=100000", {"adc", "--keep-going", "--duration", "20m"}).errors;
@@ -123,7 +123,7 @@ TEST_F(Samples, what_has_not_come_is_not_shown)
               "adc: 1 of 1 frame, 0 rejected, 1 not ready in time, 0 failing exchanges\n");
 }
 
-TEST_F(Samples, what_a_failure_has_left_is_no_sample)
+TEST_F(Samples, what_a_failure_has_left_is_not_a_sample)
 {
     for (const char *format : {"csv", "jsonl"}) {
         const std::string whole = says({"adc", "--format", format});

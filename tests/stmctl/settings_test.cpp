@@ -1,5 +1,5 @@
-// stmctl get --all, save and restore: a board gets the settings of another one, and a file that is
-// wrong changes neither board nor file.
+// stmctl get --all, save and restore: a board gets the settings of another one, and a wrong file
+// changes neither board nor file.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 #include <fcntl.h>
@@ -37,7 +37,7 @@ class Settings : public StmctlBench
         EXPECT_TRUE(transcript().empty()) << "the device is not touched";
     }
 
-    // Of a text, those that have the words.
+    // The lines of a text that contain the words.
     static std::string lines_with(const std::string &text, const std::string &words)
     {
         std::istringstream lines(text);
@@ -61,7 +61,7 @@ constexpr char ALL_SET[] = "sampletime = 32000\n"
                            "sampleskip = 200\n"
                            "interpolation = 3\n";
 
-TEST_F(Settings, get_all_asks_every_query_for_every_channel)
+TEST_F(Settings, get_all_sends_every_query_for_every_channel)
 {
     stmctl({"state"}); // makes the board
     set_some();
@@ -91,7 +91,7 @@ TEST_F(Settings, saved_from_one_board_and_restored_to_another_are_the_same_on_bo
     EXPECT_EQ(on_other_board("get --all").output, all);
 }
 
-// What get --all shows has the signs of the answers.
+// get --all shows the answers with their signs.
 TEST_F(Settings, of_get_all_are_restored_as_far_as_they_can_be_set)
 {
     stmctl({"state"});
@@ -107,7 +107,7 @@ TEST_F(Settings, of_get_all_are_restored_as_far_as_they_can_be_set)
     EXPECT_EQ(on_other_board("get --all").output, all);
 }
 
-TEST_F(Settings, are_saved_as_text_that_tells_what_it_is)
+TEST_F(Settings, are_saved_as_text_that_describes_itself)
 {
     stmctl({"state"});
     set_some();
@@ -138,7 +138,7 @@ TEST_F(Settings, that_cannot_be_set_as_they_are_are_saved_as_comments)
               "stmctl: restore: 43 of 43 settings sent, 43 read back the same\n");
 }
 
-TEST_F(Settings, file_stays_as_it_was_when_the_board_does_not_tell_all)
+TEST_F(Settings, file_stays_as_it_was_when_the_board_does_not_answer_everything)
 {
     write_text("settings.txt", "sampletime 7\n");
     const Result result = stmctl({"save", "settings.txt"}, {"--fault", "late@0x9A=3000"});
@@ -164,7 +164,7 @@ TEST_F(Settings, file_is_replaced_with_its_rights_and_behind_its_link)
     EXPECT_EQ(run({"stat", "-c", "%F", "/dev/null"}).output, "character special file\n");
 }
 
-TEST_F(Settings, file_that_cannot_be_written_is_told_before_the_device_is_touched)
+TEST_F(Settings, file_that_cannot_be_written_is_reported_before_the_device_is_touched)
 {
     expect_untouched({"save", "no/settings.txt"}, 1,
                      "stmctl: cannot write 'no/settings.txt': No such file or directory\n");
@@ -172,7 +172,7 @@ TEST_F(Settings, file_that_cannot_be_written_is_told_before_the_device_is_touche
     expect_untouched({"save"}, 2, "stmctl: FILE is required; see stmctl save --help\n");
 }
 
-TEST_F(Settings, every_mistake_of_a_file_is_told_and_nothing_sent)
+TEST_F(Settings, every_error_in_a_file_is_reported_and_nothing_sent)
 {
     write_text("settings.txt", "# comment\n"
                                "\n"
@@ -215,14 +215,14 @@ TEST_F(Settings, file_without_any_is_refused)
                      "stmctl: large.txt: more than 1048576 bytes, which cannot be settings\n");
 }
 
-TEST_F(Settings, file_of_just_the_largest_size_is_taken)
+TEST_F(Settings, file_of_exactly_the_largest_size_is_accepted)
 {
     const std::string setting = "sampletime 100\n";
     write_text("settings.txt", setting + std::string((1 << 20) - setting.size(), ' '));
     EXPECT_EQ(stmctl({"restore", "settings.txt"}).output, "sampletime = 100 (answer 1)\n");
 }
 
-TEST_F(Settings, written_by_hand_may_be_such_as_cannot_be_asked_for)
+TEST_F(Settings, written_by_hand_may_include_some_that_cannot_be_read)
 {
     write_text("settings.txt", "adc-value-pair 3 12.5 0.25\nbe-word-97 1 = 0xFFFF\n");
     const Result result = stmctl({"restore", "settings.txt"});
@@ -234,7 +234,7 @@ TEST_F(Settings, written_by_hand_may_be_such_as_cannot_be_asked_for)
 
 constexpr char THREE[] = "sampletime 100\nsampleskip 5\ninterpolation 2\n";
 
-TEST_F(Settings, that_are_not_answered_are_told_and_the_others_sent)
+TEST_F(Settings, that_are_not_answered_are_reported_and_the_others_sent)
 {
     write_text("settings.txt", THREE);
     const Result late = with_fault("late@0x52=3000", {"restore", "settings.txt"});
@@ -245,7 +245,7 @@ TEST_F(Settings, that_are_not_answered_are_told_and_the_others_sent)
                            "stmctl: restore: 2 of 3 settings sent, 3 read back the same\n");
 }
 
-TEST_F(Settings, are_not_sent_further_to_a_board_that_is_dead)
+TEST_F(Settings, are_no_longer_sent_to_a_dead_board)
 {
     write_text("settings.txt", THREE);
     const Result result = with_fault("silence@0x52", {"restore", "settings.txt"});
@@ -256,7 +256,7 @@ TEST_F(Settings, are_not_sent_further_to_a_board_that_is_dead)
                              "stmctl: restore: ended early, 1 of 3 settings sent\n");
 }
 
-TEST_F(Settings, that_are_asked_back_otherwise_are_told)
+TEST_F(Settings, that_read_back_differently_are_reported)
 {
     write_text("settings.txt", THREE);
     const Result result = stmctl({"restore", "settings.txt"}, {"--answer", "0x03=-100"});
@@ -266,7 +266,7 @@ TEST_F(Settings, that_are_asked_back_otherwise_are_told)
     EXPECT_EQ(stmctl({"restore", "settings.txt", "--no-verify"}).status, 0);
 }
 
-// The firmware alone knows what its answers mean.
+// Only the firmware knows what its answers mean.
 TEST_F(Settings, are_not_judged_by_the_answer)
 {
     write_text("settings.txt", THREE);
@@ -287,7 +287,7 @@ TEST_F(Settings, of_a_pipe_are_waited_for_until_an_interrupt)
     close(pipe);
 }
 
-TEST_F(Settings, get_all_goes_on_behind_what_is_not_answered_while_the_application_runs)
+TEST_F(Settings, get_all_continues_after_an_unanswered_query_while_the_application_runs)
 {
     const Result result = with_fault("late@0x04=3000", {"get", "--all"});
     EXPECT_EQ(result.status, 1);
@@ -304,7 +304,7 @@ TEST_F(Settings, get_all_goes_on_behind_what_is_not_answered_while_the_applicati
                      "--help\n");
 }
 
-TEST_F(Settings, are_told_as_json)
+TEST_F(Settings, are_shown_as_json)
 {
     EXPECT_EQ(says({"get", "--json", "adc-word-54", "3"}, {"--answer", "0x06/3=-250"}),
               "{\"name\":\"adc-word-54\",\"channel\":3,\"value\":-250}\n");
@@ -317,7 +317,7 @@ TEST_F(Settings, are_told_as_json)
     EXPECT_EQ(std::count(all.begin(), all.end(), '{'), 56);
 }
 
-TEST_F(Settings, list_is_told_as_json)
+TEST_F(Settings, list_is_shown_as_json)
 {
     const std::string list = says({"list", "--json"});
     EXPECT_TRUE(list.starts_with(
@@ -330,7 +330,7 @@ TEST_F(Settings, list_is_told_as_json)
         "\"function\":\"stm_set_adc2_value_pair\"}]\n"));
 }
 
-TEST_F(Settings, that_are_not_kept_as_typed_are_told_before_they_are_sent)
+TEST_F(Settings, that_are_not_kept_as_typed_are_reported_before_they_are_sent)
 {
     const auto remark_of = [this](const Words &words) {
         const Result result = stmctl(words);

@@ -1,5 +1,5 @@
-// stmctl state, version, start and reset: what the co-processor runs, in words and numbers, and
-// never a default in place of an answer.
+// stmctl state, version, start and reset: what the co-processor is running, as text and numbers,
+// and never a default instead of an answer.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 namespace
@@ -9,19 +9,19 @@ class State : public StmctlBench
 {
 };
 
-TEST_F(State, is_told_in_words_and_numbers)
+TEST_F(State, is_shown_as_text_and_number)
 {
     EXPECT_EQ(says({"state"}), "application (2)\n");
     EXPECT_EQ(says({"state"}, {"--mode", "boot loader"}), "boot loader (1)\n");
 }
 
-TEST_F(State, version_is_told_in_words_and_numbers)
+TEST_F(State, version_is_shown_as_text_and_number)
 {
     EXPECT_EQ(says({"version"}), "boot loader 1.5 (5)\n");
     EXPECT_EQ(says({"version"}, {"--version", "254"}), "boot loader 1.254 (254)\n");
 }
 
-TEST_F(State, is_told_as_json)
+TEST_F(State, is_shown_as_json)
 {
     EXPECT_EQ(says({"state", "--json"}), "{\"state\":\"application\",\"number\":2}\n");
     EXPECT_EQ(says({"state", "--json"}, {"--mode", "boot loader"}),
@@ -41,7 +41,7 @@ TEST_F(State, start_and_reset_are_confirmed_by_the_mode)
     EXPECT_EQ(says({"state"}), "application (2)\n");
 }
 
-TEST_F(State, what_can_only_be_a_default_is_no_answer)
+TEST_F(State, a_default_value_is_not_an_answer)
 {
     const std::string silent = " unknown: the answer is 0, so nothing is answering";
     expect_failure(stmctl({"state"}, {"--mode", "unknown"}), 1, "state" + silent);
@@ -66,7 +66,7 @@ TEST_F(State, start_and_reset_fail_if_the_mode_stays_another)
                    "reset: sent, but the application is not running: the mode is 255 (unknown)");
 }
 
-TEST_F(State, failing_exchanges_are_told_for_every_step)
+TEST_F(State, failed_exchanges_are_reported_for_every_step)
 {
     const std::string sending = "sending the command failed: Input/output error";
     const std::string fetching = "fetching the answer failed: Input/output error";
@@ -92,7 +92,7 @@ TEST_F(State, a_refused_clock_is_a_warning)
                              "continuing with the device's own clock\n");
 }
 
-TEST_F(State, a_transcript_on_standard_error_is_passed_on_and_is_no_failure)
+TEST_F(State, a_transcript_on_standard_error_is_passed_on_and_is_not_a_failure)
 {
     const Result result = stmctl({"state"}, {"--transcript", "-"});
     EXPECT_EQ(result.status, 0);
@@ -101,7 +101,7 @@ TEST_F(State, a_transcript_on_standard_error_is_passed_on_and_is_no_failure)
     EXPECT_NE(result.errors.find("; answer\n"), std::string::npos);
 }
 
-TEST_F(State, a_device_that_cannot_be_opened_is_told_with_the_remedy)
+TEST_F(State, a_device_that_cannot_be_opened_is_reported_with_the_remedy)
 {
     for (const char *command : {"state", "version", "start", "reset"}) {
         expect_failure(with_fault("no-device", {command}), 4,
@@ -124,8 +124,8 @@ TEST_F(State, a_device_that_cannot_be_opened_is_told_with_the_remedy)
     }
 }
 
-// The driver keeps the mode that a program has set, which the board's folder does in its place.
-TEST_F(State, an_odd_spi_mode_is_told_once_and_changes_nothing_else)
+// The driver keeps the mode that a program has set; here the board's folder does so.
+TEST_F(State, an_odd_spi_mode_is_reported_once_and_changes_nothing_else)
 {
     says({"state"});
     const auto with_mode = [&](const std::string &mode) {

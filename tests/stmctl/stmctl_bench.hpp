@@ -17,7 +17,7 @@ class StmctlBench : public Workbench
         return on_board(options, command);
     }
 
-    // With time counted; options are virtual-board's.
+    // With counted time; options are those of virtual-board.
     Result stmctl(const Words &arguments, const Words &options = {})
     {
         return run(on_board_with(options, arguments));
@@ -28,7 +28,7 @@ class StmctlBench : public Workbench
         return stmctl(arguments, {"--fault", fault});
     }
 
-    // Through a shell, with what stands behind the command: redirections, or a pipe.
+    // Through a shell, with what follows the command: redirections or a pipe.
     Result in_shell(const Words &arguments, const std::string &behind, const Words &options = {})
     {
         return run({"bash", "-c", quoted(on_board_with(options, arguments)) + " " + behind});
@@ -37,7 +37,7 @@ class StmctlBench : public Workbench
     // A script for bash that waits for events:
     //     await WORDS FILE    until the words are in the file
     //     polls N             until the transcript has N lines more than now
-    // Each gives up in the end, and says so, lest a test hang.
+    // Each gives up eventually, and says so, so that no test hangs.
     Result in_script(const std::string &text)
     {
         return run({"bash", "-c",
@@ -70,7 +70,7 @@ class StmctlBench : public Workbench
         return line;
     }
 
-    // What a command says that does what it is asked to.
+    // The output of a command that succeeds.
     std::string says(const Words &arguments, const Words &options = {})
     {
         const Result result = stmctl(arguments, options);
@@ -79,7 +79,7 @@ class StmctlBench : public Workbench
         return result.output;
     }
 
-    // A command that does not, and all that it says of it.
+    // A command that fails, and its only message.
     static void expect_failure(const Result &result, int status, const std::string &sentence)
     {
         EXPECT_EQ(result.status, status) << sentence;

@@ -1,4 +1,4 @@
-// The line "s" and Ctrl-C end what runs, with status 3; a second Ctrl-C ends it at once.
+// The line "s" and Ctrl-C end a running command with status 3; a second Ctrl-C ends it at once.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 #include <fcntl.h>
@@ -24,7 +24,7 @@ class Stop : public StmctlBench
         return in_shell(arguments, "<input", {"--fault", "silence"});
     }
 
-    // Whether a process has a file open by now.
+    // Whether a process already has a file open.
     static bool has_open(pid_t pid, const std::string &file)
     {
         std::error_code gone;
@@ -54,7 +54,7 @@ class Stop : public StmctlBench
     {
         Words command = {program()};
         command.insert(command.end(), arguments.begin(), arguments.end());
-        std::filesystem::remove(path(".transcript")); // its lines shall be this one's
+        std::filesystem::remove(path(".transcript")); // so that its lines are of this one
         const pid_t pid = start(on_board_in_real_time({"--fault", "silence"}, command));
         wait_for_lines(5);
         kill(pid, signal_number);
@@ -79,7 +79,7 @@ TEST_F(Stop, typed_s_ends_every_wait)
     expect_failure(typed("s\\n", {"text", "0", "--write", "x"}), 3, "text" + why);
 }
 
-TEST_F(Stop, typed_s_ends_a_read_out_behind_other_lines_too)
+TEST_F(Stop, typed_s_ends_a_read_out_after_other_lines_too)
 {
     EXPECT_EQ(typed("yes\\nss\\ns\\n", {"records", "-n", "9"}).status, 3);
     EXPECT_LE(transcript().size(), 9U);
@@ -96,7 +96,7 @@ TEST_F(Stop, typed_s_may_come_through_a_pipe)
     EXPECT_EQ(result.output, "3\nmore\n");
 }
 
-TEST_F(Stop, lines_for_others_are_left_to_them)
+TEST_F(Stop, lines_for_others_are_left_for_them)
 {
     const std::string flash = quoted(on_board_with({}, {"flash", "firmware", "image.bin", "-q"}));
     const std::string reset = quoted(on_board_with({}, {"reset"}));
@@ -133,7 +133,7 @@ TEST_F(Stop, interrupt_leaves_a_download)
     expect_failure(interrupted({"flash", "firmware", "image.bin"}, SIGTERM), 3, INCOMPLETE);
 }
 
-// The module would take its stop line for an acknowledge, and the total would be right.
+// The module would take its stop line for an acknowledgement, and the total would be right.
 TEST_F(Stop, typed_s_leaves_a_download_and_never_reaches_the_module)
 {
     expect_failure(typed("s\\n", {"flash", "firmware", "image.bin"}), 3, INCOMPLETE);
@@ -152,7 +152,7 @@ TEST_F(Stop, interrupt_between_attempts_ends_a_download)
     EXPECT_NE(result.errors.find("flash incomplete at the mode command: "), std::string::npos);
 }
 
-// A pipe whose writer goes on is the one thing that is not left at the first.
+// Only a pipe whose writer continues is not left at the first one.
 TEST_F(Stop, a_second_interrupt_ends_it_at_once)
 {
     ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
@@ -169,14 +169,14 @@ TEST_F(Stop, a_second_interrupt_ends_it_at_once)
     close(writer);
 }
 
-TEST_F(Stop, failure_comes_before_a_wish_that_came_too_late)
+TEST_F(Stop, a_failure_takes_precedence_over_a_late_stop)
 {
     const Result result = in_shell({"state"}, "<<< s");
     EXPECT_EQ(result.status, 0) << "state waits for nothing";
     EXPECT_EQ(result.output, "application (2)\n");
 }
 
-TEST_F(Stop, full_disk_for_the_result_is_no_matter_to_the_stop_of_a_download)
+TEST_F(Stop, full_disk_for_the_result_does_not_affect_the_stop_of_a_download)
 {
     expect_failure(
         in_script(really({"--fault", "silence@2"}, {"flash", "firmware", "image.bin", "-q"}) +
@@ -186,20 +186,20 @@ TEST_F(Stop, full_disk_for_the_result_is_no_matter_to_the_stop_of_a_download)
         "image again");
 }
 
-TEST_F(Stop, typed_s_ends_a_wait_though_it_comes_in_pieces)
+TEST_F(Stop, typed_s_ends_a_wait_even_if_it_comes_in_pieces)
 {
     const Result result = in_script(really({"--fault", "silence"}, {"get", "sampletime"}) +
                                     "< <(polls 3; printf s; polls 3; printf '\\n')");
     expect_failure(result, 3, "sampletime: stopped before it had finished");
 }
 
-TEST_F(Stop, typed_s_counts_though_more_is_behind_it)
+TEST_F(Stop, typed_s_counts_even_with_more_after_it)
 {
     expect_failure(typed("s\\nmore\\n", {"get", "sampletime"}), 3,
                    "sampletime: stopped before it had finished");
 }
 
-TEST_F(Stop, hanging_up_ends_a_wait)
+TEST_F(Stop, a_hang_up_ends_a_wait)
 {
     expect_failure(interrupted({"get", "sampletime"}, SIGHUP), 3,
                    "sampletime: stopped before it had finished");
@@ -215,7 +215,7 @@ TEST_F(Stop, interrupt_that_is_ignored_from_the_start_stays_so)
     EXPECT_EQ(finish(pid).status, 1) << "it has waited to the end";
 }
 
-TEST_F(Stop, typed_s_counts_where_others_have_read_the_lines_before)
+TEST_F(Stop, typed_s_counts_if_others_have_read_the_lines_before)
 {
     const std::string get = quoted(on_board_with({"--fault", "silence"}, {"get", "sampletime"}));
     const Result result =
@@ -231,7 +231,7 @@ TEST_F(Stop, a_long_wait_does_not_run_out_of_descriptors)
     expect_failure(result, 3, "sampletime: stopped before it had finished");
 }
 
-TEST_F(Stop, typed_s_ends_a_read_out_though_it_comes_in_pieces)
+TEST_F(Stop, typed_s_ends_a_read_out_even_if_it_comes_in_pieces)
 {
     const Result result =
         in_script(really({"--fault", "silence"}, {"follow", "--keep-going", "--duration", "3600"}) +

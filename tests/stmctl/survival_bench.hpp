@@ -1,4 +1,4 @@
-// A bench for streams to which something happens: what came of them, beside what the board counted.
+// A bench for streams to which something happens: compares what came with what the board counted.
 #pragma once
 
 #include "tests/stmctl/mishaps.hpp"
@@ -15,8 +15,8 @@ struct Came {
     long missing = 0;
 };
 
-// From the begin of a trouble on. Each attempt in vain has doubled the wait for the next: behind
-// the end it is not longer than the trouble was, but for what the first attempts take.
+// From the start of a trouble. Each unsuccessful attempt has doubled the wait for the next: after
+// the end it is not longer than the trouble was, apart from what the first attempts take.
 inline double promised_length(const Mishap &mishap)
 {
     return 2 * (mishap.over - mishap.begin) + 4;
@@ -27,7 +27,7 @@ inline double run_time(const Mishap &mishap)
     return mishap.begin + promised_length(mishap) + 1;
 }
 
-// What a stream in CSV with the time in front has shown.
+// What a stream in CSV, with the time first, has shown.
 struct Shown {
     std::vector<Came> lives;
     std::vector<double> gaps; // of more than half a second between two records
@@ -46,7 +46,7 @@ struct Shown {
     }
 };
 
-// What the board says of one of its lives.
+// What the board reports about one of its lives.
 struct Given {
     long measured = 0;
     long delivered = 0;
@@ -70,7 +70,7 @@ class SurvivalBench : public StmctlBench
         record("firmware", {"-firmware", "image.bin"});
     }
 
-    // With each of the mishaps that make has for a seed.
+    // With each of the mishaps that make returns for a seed.
     template <typename Make, typename Expect>
     static void with_each(Make make, Expect expect)
     {
@@ -100,7 +100,7 @@ class SurvivalBench : public StmctlBench
             expect);
     }
 
-    // On the board as the last command left it.
+    // On the board in the state in which the last command left it.
     Result on_same_board(const Words &options, const Words &arguments)
     {
         Words words = both(virtual_board({"--count-time", "--board", path("board")}), options);
@@ -183,8 +183,8 @@ class SurvivalBench : public StmctlBench
         return 0;
     }
 
-    // All that the board delivered was shown or rejected, and what is missing is told. The module
-    // drops the block at hand when it cannot ask for the next: it is among what is missing.
+    // Everything that the board delivered was shown or rejected, and what is missing is reported.
+    // The module drops the current block when it cannot ask for the next: it counts as missing.
     void expect_accounts(const Shown &shown, const Numbers &summary) const
     {
         const std::vector<Given> given = lives_of_board();
@@ -203,8 +203,8 @@ class SurvivalBench : public StmctlBench
                                            counted("discarded") + counted("buffered"));
     }
 
-    // Each interruption begins with sentences, each of which is said once, and ends with one that
-    // tells how long it took.
+    // Each interruption begins with sentences that are each printed once, and ends with one that
+    // says how long it took.
     static void expect_told_once(const std::string &errors, const std::string &command,
                                  const std::vector<double> &gaps)
     {
@@ -261,7 +261,7 @@ class SurvivalBench : public StmctlBench
         ++life.records;
     }
 
-    // What lasts two seconds is told; what is told is there.
+    // What lasts two seconds is reported, and what is reported happened.
     static void expect_lengths(const std::vector<double> &told, const std::vector<double> &gaps)
     {
         const auto is_among = [](double length, const std::vector<double> &others) {

@@ -1,4 +1,4 @@
-// A download that is tried again is there in the end, whatever happens to it, whenever it does.
+// A download that is retried finally succeeds, whatever happens to it and whenever.
 #include "tests/stmctl/survival_bench.hpp"
 
 namespace
@@ -20,7 +20,7 @@ class SurvivalFlash : public SurvivalBench
     {
         Moments moments(seed);
         std::vector<Mishap> all = lasting_mishaps(moments, transcripts, 20, 600);
-        for (const char *kind : {"silence", "gone"}) { // which come to an end here
+        for (const char *kind : {"silence", "gone"}) { // which do end here
             const double begin = moments.between(20, 600);
             const double end = begin + moments.between(20, 30'000);
             std::erase_if(all, [kind](const Mishap &mishap) { return mishap.name == kind; });
@@ -32,7 +32,7 @@ class SurvivalFlash : public SurvivalBench
     }
 };
 
-TEST_F(SurvivalFlash, image_is_in_the_flash_in_the_end)
+TEST_F(SurvivalFlash, image_is_finally_in_the_flash)
 {
     const auto make = [this](unsigned seed) {
         return mishaps_of_download(seed, path("dialogues"));
@@ -47,7 +47,7 @@ TEST_F(SurvivalFlash, image_is_in_the_flash_in_the_end)
     });
 }
 
-TEST_F(SurvivalFlash, each_attempt_in_vain_is_told_with_where_it_failed)
+TEST_F(SurvivalFlash, each_unsuccessful_attempt_is_reported_with_where_it_failed)
 {
     const Result result = on_fresh_board(restart("boot-loader", 0.3),
                                          {"flash", "firmware", "ours.bin", "--retries", "1", "-q"});
@@ -58,7 +58,7 @@ TEST_F(SurvivalFlash, each_attempt_in_vain_is_told_with_where_it_failed)
         << result.errors;
 }
 
-// It is there to be opened, and gone by the exchange that synchronises the link.
+// It can be opened, and is gone when the link is synchronised.
 TEST_F(SurvivalFlash, device_that_goes_away_again_while_it_is_opened_is_waited_for_once_more)
 {
     const Words flashing = {"flash", "firmware", "ours.bin", "--retries", "1", "-q"};

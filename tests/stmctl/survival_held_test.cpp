@@ -7,8 +7,8 @@ namespace
 class SurvivalHeld : public SurvivalBench
 {
   protected:
-    // follow, in counted time, in front of a board that falls silent for some seconds while the
-    // script holds the device. It does so until the rest of the script lets go of it.
+    // follow, in counted time, with a board that falls silent for some seconds while the script
+    // holds the device open, until the rest of the script releases it.
     Result held(const std::string &rest)
     {
         EXPECT_EQ(on_fresh_board({}, {"state"}).status, 0);
@@ -31,9 +31,9 @@ class SurvivalHeld : public SurvivalBench
     }
 };
 
-TEST_F(SurvivalHeld, nothing_is_sent_until_it_is_closed_and_each_minute_says_who_has_it)
+TEST_F(SurvivalHeld, nothing_is_sent_until_it_is_closed_and_its_user_is_named_each_minute)
 {
-    const Result result = held("await 'for 2 min$' follow.err; exec 9>&-\n");
+    const Result result = held("await 'after 2 min$' follow.err; exec 9>&-\n");
     const std::string shell = "process " + result.output.substr(0, result.output.find('\n')) + " ";
     EXPECT_TRUE(result.output.ends_with("\n0\n")) << result.output;
     const std::string errors = read_text("follow.err");
@@ -42,8 +42,8 @@ TEST_F(SurvivalHeld, nothing_is_sent_until_it_is_closed_and_each_minute_says_who
     EXPECT_EQ(count(errors, " the device open; waiting for "), 1U) << errors;
     EXPECT_EQ(count(errors, follow + "still waiting for process "), count(errors, " min\n"));
     EXPECT_EQ(count(errors, shell + "(bash -c "), 1 + count(errors, " min\n")) << errors;
-    EXPECT_EQ(count(errors, ", for 1 min\n"), 1U) << errors;
-    EXPECT_EQ(count(errors, ", for 2 min\n"), 1U) << errors;
+    EXPECT_EQ(count(errors, " after 1 min\n"), 1U) << errors;
+    EXPECT_EQ(count(errors, " after 2 min\n"), 1U) << errors;
     EXPECT_EQ(count(errors, follow + "records are coming again after "), 1U) << errors;
     const std::vector<Line> lines = transcript();
     const auto pause = std::ranges::adjacent_find(lines, [](const Line &one, const Line &next) {
@@ -55,9 +55,9 @@ TEST_F(SurvivalHeld, nothing_is_sent_until_it_is_closed_and_each_minute_says_who
     EXPECT_EQ((pause + 1)->length, 4096U) << "then the link is synchronised";
 }
 
-// The shell's own children come and go, and have it open, too: the words that grep looks for stand in
-// what is said of it, but not at the end of a line.
-TEST_F(SurvivalHeld, a_download_says_once_who_has_it)
+// The shell's own children come and go, and have it open, too: the words that grep looks for are in
+// the message about it, but not at the end of a line.
+TEST_F(SurvivalHeld, a_download_reports_once_who_has_it)
 {
     write_file("ours.bin", noise(50'000, 9));
     EXPECT_EQ(on_fresh_board({}, {"state"}).status, 0);
@@ -66,11 +66,11 @@ TEST_F(SurvivalHeld, a_download_says_once_who_has_it)
     const Result result =
         in_script("exec 9<>board/spidev1.0\n" + quoted(flashing) +
                   ">flash.out 2>flash.err 9>&- & flashing=$!\n"
-                  "await 'for 2 min$' flash.err; exec 9>&-; wait $flashing; echo $?\n");
+                  "await 'after 2 min$' flash.err; exec 9>&-; wait $flashing; echo $?\n");
     EXPECT_EQ(result.output, "0\n");
     const std::string errors = read_text("flash.err");
     EXPECT_EQ(count(errors, "nothing is sent while "), 1U) << errors;
-    EXPECT_EQ(count(errors, ", for 1 min\n"), 1U) << errors;
+    EXPECT_EQ(count(errors, " after 1 min\n"), 1U) << errors;
     EXPECT_TRUE(flash(16384, 50'000) == read_file("ours.bin"));
 }
 

@@ -1,4 +1,4 @@
-// Commands that do not keep going say what happened to the board; a download begins anew.
+// Commands that do not keep going report what happened to the board; a download starts again.
 #include "tests/stmctl/survival_bench.hpp"
 
 namespace
@@ -20,7 +20,7 @@ class SurvivalOnce : public SurvivalBench
   protected:
     void SetUp() override { record_transcripts(); }
 
-    // In a line of its own, behind what failed.
+    // On a line of its own, after what failed.
     static void expect_cause(const std::string &errors, const Mishap &mishap,
                              const std::string &before)
     {
@@ -55,7 +55,7 @@ TEST_F(SurvivalOnce, follow_ends_with_the_cause)
     expect_stream_ends("follow");
 }
 
-// It asks for each block, so that what is over between two blocks does not end it.
+// It asks for each block, so something that is over between two blocks does not end it.
 TEST_F(SurvivalOnce, records_ends_with_the_cause_or_misses_nothing)
 {
     with_each_lasting_mishap(1000, 4000, [&](const Mishap &mishap) {
@@ -77,7 +77,7 @@ TEST_F(SurvivalOnce, watch_ends_with_the_cause)
     expect_stream_ends("watch");
 }
 
-TEST_F(SurvivalOnce, driver_that_takes_too_little_is_said_before_anything_else)
+TEST_F(SurvivalOnce, driver_that_accepts_too_little_is_reported_before_anything_else)
 {
     for (const char *command : {"follow", "records", "watch"}) {
         const Result result =
@@ -89,8 +89,8 @@ TEST_F(SurvivalOnce, driver_that_takes_too_little_is_said_before_anything_else)
     }
 }
 
-// An answer that is 200 polls late, and what happens while it is waited for.
-TEST_F(SurvivalOnce, a_value_is_true_or_there_is_none_and_the_next_command_has_it)
+// An answer that is 200 polls late, and what happens during the wait.
+TEST_F(SurvivalOnce, a_value_is_correct_or_missing_and_the_next_command_shows_it)
 {
     const Words late = {"--answer", "0x03=1234", "--fault", "late@0x03=200"};
     with_each_lasting_mishap(10, 190, [&](const Mishap &mishap) {

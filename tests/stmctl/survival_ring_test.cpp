@@ -1,4 +1,4 @@
-// The ring's writer survives what happens to a board, and its reader misses nothing untold.
+// The ring's writer survives what happens to a board, and its reader reports whatever it misses.
 #include "tests/stmctl/survival_bench.hpp"
 
 #include <sched.h>
@@ -57,7 +57,8 @@ class SurvivalRing : public SurvivalBench
         EXPECT_GE(came + summary.at("lost"), counted("delivered"));
     }
 
-    // Gaps within each life of the board are told. A record that does not rise begins another.
+    // Gaps within each life of the board are reported. A record that does not rise begins another
+    // life.
     void expect_reader_tells_all()
     {
         long records = 0;
@@ -81,7 +82,7 @@ class SurvivalRing : public SurvivalBench
     }
 };
 
-TEST_F(SurvivalRing, writer_keeps_going_and_reader_tells_what_it_missed)
+TEST_F(SurvivalRing, writer_keeps_going_and_reader_reports_what_it_missed)
 {
     with_each_mishap([this](const Mishap &mishap) {
         EXPECT_EQ(written_and_read(mishap), "0\n0\n") << read_text("read.err");

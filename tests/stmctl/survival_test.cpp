@@ -1,4 +1,4 @@
-// Streams survive what happens to a board, whenever it happens, and what they missed is told.
+// Streams survive what happens to a board, whenever it happens, and report what they missed.
 #include "tests/stmctl/survival_bench.hpp"
 
 namespace
@@ -104,7 +104,7 @@ TEST_F(Survival, records_keeps_going)
 }
 
 // It asks as follow does, at the same moments.
-TEST_F(Survival, watch_tells_what_follow_tells)
+TEST_F(Survival, watch_reports_what_follow_reports)
 {
     with_each_mishap([this](const Mishap &mishap) {
         const Result followed = shown_as_csv("follow", mishap);
@@ -117,7 +117,7 @@ TEST_F(Survival, watch_tells_what_follow_tells)
 }
 
 // Asking for the mode takes a tenth of a second, and the module rests for half a second at a time.
-TEST_F(Survival, each_attempt_in_vain_doubles_the_wait_for_the_next_up_to_a_minute)
+TEST_F(Survival, each_unsuccessful_attempt_doubles_the_wait_up_to_a_minute)
 {
     stmctl({"watch", "--keep-going", "--duration", "330"}, spell("silence", 2, 310));
     const std::vector<double> times = times_of_asking();
@@ -130,7 +130,7 @@ TEST_F(Survival, each_attempt_in_vain_doubles_the_wait_for_the_next_up_to_a_minu
     }
 }
 
-TEST_F(Survival, records_make_the_wait_short_again)
+TEST_F(Survival, records_shorten_the_wait_again)
 {
     stmctl({"watch", "--keep-going", "--duration", "60"},
            both(spell("silence", 2, 20), spell("silence", 50, 54)));
@@ -141,7 +141,7 @@ TEST_F(Survival, records_make_the_wait_short_again)
     EXPECT_NEAR(times[1] - times[0], 2.4, 0.5);
 }
 
-TEST_F(Survival, device_that_is_gone_from_the_first_records_on_is_all_that_is_said)
+TEST_F(Survival, device_that_goes_after_the_first_records_is_all_that_is_reported)
 {
     const Result result =
         stmctl({"watch", "--keep-going", "--duration", "20"}, spell("gone", 0.03, 9));
@@ -149,7 +149,7 @@ TEST_F(Survival, device_that_is_gone_from_the_first_records_on_is_all_that_is_sa
     expect_said(result.errors, "watch", SAID.at("gone"));
 }
 
-TEST_F(Survival, boot_loader_is_said_and_never_left_by_a_command)
+TEST_F(Survival, boot_loader_is_reported_and_never_left_by_a_command)
 {
     const Result result = stmctl({"watch", "--keep-going", "--duration", "20"},
                                  both(restart("boot-loader", 2), restart("application", 9)));

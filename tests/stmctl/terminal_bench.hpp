@@ -39,7 +39,7 @@ class TerminalBench : public StmctlBench
         EXPECT_EQ(write(keyboard_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
 
-    // Reads on until the words are on the screen.
+    // Continues reading until the words are on the screen.
     void read_until(const std::string &words)
     {
         const auto give_up = std::chrono::steady_clock::now() + std::chrono::minutes(5);
@@ -60,7 +60,7 @@ class TerminalBench : public StmctlBench
         return WEXITSTATUS(status);
     }
 
-    // Whether the program has begun another one.
+    // Whether the program has started another one.
     bool has_child() const
     {
         const std::string pid = std::to_string(child_);

@@ -38,7 +38,7 @@ TEST_F(Terminal, bar_is_cut_to_a_narrow_terminal)
     EXPECT_NE(screen().find("\r[###########] 100 %\r\n"), std::string::npos) << screen();
 }
 
-TEST_F(Terminal, failure_stands_below_the_bar)
+TEST_F(Terminal, failure_is_shown_below_the_bar)
 {
     open_terminal(
         on_board_with({"--fault", "checksum-error@2"}, {"flash", "firmware", "image.bin"}));
@@ -196,14 +196,14 @@ TEST_F(Terminal, watch_shows_losses_rejected_ones_and_the_rate_on_a_very_narrow_
               "\r0:00  766 rec  2476/s  lost 204  rej 0\r\n");
 }
 
-TEST_F(Terminal, a_narrow_one_shows_the_time_left_behind_the_bar)
+TEST_F(Terminal, a_narrow_one_shows_the_time_left_after_the_bar)
 {
     open_terminal(on_board_with({}, {"flash", "firmware", "image.bin"}), 40);
     EXPECT_EQ(close_terminal(), 0);
     EXPECT_NE(screen().find("\r[#########..]  81 %  0:00 left\r"), std::string::npos) << screen();
 }
 
-TEST_F(Terminal, progress_is_seen_where_the_result_goes_to_a_file)
+TEST_F(Terminal, progress_is_visible_when_the_result_goes_to_a_file)
 {
     open_terminal({"bash", "-c",
                    quoted(on_board_with({}, {"flash", "firmware", "image.bin"})) + " > result"});
@@ -212,7 +212,7 @@ TEST_F(Terminal, progress_is_seen_where_the_result_goes_to_a_file)
     EXPECT_EQ(read_text("result").substr(0, 22), "5000 bytes of firmware");
 }
 
-TEST_F(Terminal, a_quiet_flash_shows_its_result_alone)
+TEST_F(Terminal, a_quiet_flash_shows_only_its_result)
 {
     open_terminal(on_board_with({}, {"flash", "firmware", "image.bin", "-q"}));
     EXPECT_EQ(close_terminal(), 0);
@@ -250,7 +250,7 @@ TEST_F(Terminal, plot_wants_a_file_there)
     EXPECT_EQ(screen(), "stmctl: plot: no file given; see stmctl plot --help\r\n");
 }
 
-TEST_F(Terminal, hours_are_told)
+TEST_F(Terminal, hours_are_shown)
 {
     write_file("image.bin", noise(507904, 2));
     open_terminal(on_board_with({"--fault", "late=1400", "--fault", "silence@3"},

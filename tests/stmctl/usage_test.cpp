@@ -1,4 +1,4 @@
-// stmctl's words: help for everything, with examples, and status 2 for what makes no sense.
+// stmctl's command line: help for everything, with examples, and status 2 for mistakes.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 namespace
@@ -97,7 +97,7 @@ TEST_F(Usage, version_is_that_of_the_project)
     EXPECT_EQ(shown({"-V", "state"}), version);
 }
 
-TEST_F(Usage, words_that_make_no_sense_are_status_2)
+TEST_F(Usage, wrong_command_lines_are_status_2)
 {
     expect_failure(bare({}), 2, "no command given; see stmctl --help");
     expect_failure(bare({"nonsense"}), 2, "unknown command 'nonsense'; see stmctl --help");
@@ -116,7 +116,7 @@ TEST_F(Usage, words_that_make_no_sense_are_status_2)
     }
 }
 
-TEST_F(Usage, mistyped_words_are_answered_with_the_nearest)
+TEST_F(Usage, mistyped_words_are_answered_with_the_nearest_one)
 {
     expect_failure(bare({"flahs"}), 2,
                    "unknown command 'flahs'; did you mean flash? See stmctl --help");
@@ -146,7 +146,7 @@ TEST_F(Usage, mistyped_words_are_answered_with_the_nearest)
         "records --help");
 }
 
-TEST_F(Usage, words_that_are_like_no_other_are_answered_with_none)
+TEST_F(Usage, words_that_resemble_no_other_get_no_suggestion)
 {
     expect_failure(bare({"flaxxx"}), 2, "unknown command 'flaxxx'; see stmctl --help");
     expect_failure(bare({"ge"}), 2, "unknown command 'ge'; see stmctl --help");
@@ -155,7 +155,7 @@ TEST_F(Usage, words_that_are_like_no_other_are_answered_with_none)
     expect_failure(bare({"set", "text-2", "1"}), 2, "unknown setting 'text-2'; see stmctl list");
 }
 
-TEST_F(Usage, the_device_cannot_be_chosen_and_that_is_said)
+TEST_F(Usage, the_device_cannot_be_selected_and_that_is_explained)
 {
     const std::string sentence =
         "the device cannot be selected: the module always opens /dev/spidev1.0; to use another "
@@ -173,7 +173,7 @@ TEST_F(Usage, the_device_cannot_be_chosen_and_that_is_said)
                    "unexpected argument: --devices; see stmctl state --help");
 }
 
-// As from a script whose variable is not set.
+// As in a script whose variable is not set.
 TEST_F(Usage, an_empty_value_is_not_an_option_left_out)
 {
     const Words options[] = {
@@ -226,7 +226,7 @@ TEST_F(Usage, the_version_is_asked_for_before_a_command_only)
                    "unknown option '--version' before the command; see stmctl ring --help");
 }
 
-TEST_F(Usage, without_a_board_the_device_is_not_there)
+TEST_F(Usage, without_a_board_there_is_no_device)
 {
     for (const Words &words : {Words{"state"}, Words{"get", "sampletime"}, Words{"peek", "0"}}) {
         const Result result = bare(words);
@@ -235,14 +235,14 @@ TEST_F(Usage, without_a_board_the_device_is_not_there)
     }
 }
 
-TEST_F(Usage, topics_are_found_behind_each_word_for_help)
+TEST_F(Usage, topics_are_found_after_each_word_for_help)
 {
     const std::string access = shown({"--help", "access"});
     EXPECT_EQ(shown({"-h", "access"}), access);
     EXPECT_EQ(shown({"help", "access"}), access);
 }
 
-TEST_F(Usage, more_than_one_word_behind_help_is_no_topic)
+TEST_F(Usage, more_than_one_word_after_help_is_not_a_topic)
 {
     EXPECT_EQ(shown({"--help", "access", "status"}), shown({"--help"}));
     EXPECT_EQ(shown({"--help", "flash", "firmware"}), shown({"flash", "--help"}));
@@ -254,7 +254,7 @@ TEST_F(Usage, help_in_front_of_several_words_is_that_of_their_command)
     EXPECT_EQ(shown({"--help", "ring", "read"}), shown({"ring", "read", "--help"}));
 }
 
-TEST_F(Usage, help_tells_defaults)
+TEST_F(Usage, help_shows_defaults)
 {
     EXPECT_NE(shown({"flash", "--help"}).find("--retries N=0 "), std::string::npos);
     EXPECT_NE(shown({"watch", "--help"}).find("{base,omega,temp}=temp"), std::string::npos);

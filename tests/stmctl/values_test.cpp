@@ -1,5 +1,5 @@
-// stmctl get, set and list: what is sent is what was asked for, within the ranges, and every answer
-// is one.
+// stmctl get, set and list: what was requested is sent, within the ranges, and every answer is
+// shown.
 #include "tests/stmctl/stmctl_bench.hpp"
 
 namespace
@@ -17,7 +17,7 @@ class Values : public StmctlBench
     }
 };
 
-TEST_F(Values, are_set_and_told_with_the_answer)
+TEST_F(Values, are_set_and_shown_with_the_answer)
 {
     EXPECT_EQ(says({"set", "sampletime", "100"}), "sampletime = 100 (answer 1)\n");
     EXPECT_EQ(says({"set", "adc-word-54", "7", "65535"}), "adc-word-54 7 = 65535 (answer 1)\n");
@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(All, Setting,
 struct Question {
     const char *name;
     const char *channel;
-    const char *answer; // as the board is told to give it
+    const char *answer; // as the board is set to give it
     const char *shown;
 };
 
@@ -164,7 +164,7 @@ TEST_F(Values, are_checked_before_the_device_is_touched)
 }
 
 // In single precision, 655.35 times 100 is less than 65535.
-TEST_F(Values, two_decimals_travel_exactly_and_further_ones_are_cut_off)
+TEST_F(Values, two_decimals_are_sent_exactly_and_further_ones_dropped)
 {
     const std::pair<const char *, const char *> typed[] = {
         {"655.35", "65535"}, {"1.15", "115"}, {"0.29", "29"},  {"16.4", "1640"},
@@ -197,7 +197,7 @@ TEST_F(Values, are_counted)
     expect_refused({"get"}, "NAME is required; see stmctl get --help");
 }
 
-TEST_F(Values, names_that_are_none_are_refused)
+TEST_F(Values, unknown_names_are_refused)
 {
     expect_refused({"set", "nonsense", "1"}, "unknown setting 'nonsense'; see stmctl list");
     expect_refused({"get", "nonsense"}, "unknown query 'nonsense'; see stmctl list");
@@ -208,7 +208,7 @@ TEST_F(Values, names_that_are_none_are_refused)
                    "list");
 }
 
-TEST_F(Values, time_out_is_told_and_no_value_shown)
+TEST_F(Values, time_out_is_reported_and_no_value_shown)
 {
     const std::string timeout = ": the co-processor did not answer in time; ";
     const std::string dead =
@@ -230,7 +230,7 @@ TEST_F(Values, late_but_in_time_is_good)
     EXPECT_EQ(says({"get", "long-a0"}, {"--fault", "late@0xA0=2999"}), "123456\n");
 }
 
-TEST_F(Values, failing_exchange_is_told_for_every_step)
+TEST_F(Values, failing_exchange_is_reported_for_every_step)
 {
     const std::string error = " failed: Input/output error";
     const Words get = {"get", "sampletime"};
@@ -246,7 +246,7 @@ TEST_F(Values, failing_exchange_is_told_for_every_step)
     expect_failure(with_fault("exchange@4", set), 1, "sampletime: fetching the answer" + error);
 }
 
-TEST_F(Values, reply_that_is_too_long_is_told)
+TEST_F(Values, reply_that_is_too_long_is_reported)
 {
     expect_failure(with_fault("length=4097", {"get", "sampletime"}), 1,
                    "sampletime: fetching the data failed: Message too long; the co-processor "

@@ -1,4 +1,4 @@
-// watch: losses and overflows as they happen, in lines where nobody looks at a terminal.
+// watch: losses and overflows as they happen, on lines of their own where there is no terminal.
 #include "tests/stmctl/record_bench.hpp"
 
 namespace
@@ -54,7 +54,7 @@ TEST_F(Watch, every_variant_can_be_watched)
 }
 
 // As many records as fit into a block: the larger they are, the fewer.
-TEST_F(Watch, the_variant_is_the_one_asked_for)
+TEST_F(Watch, the_variant_is_the_requested_one)
 {
     const char *const blocks[][2] = {{"base", "73"}, {"omega", "78"}, {"temp", "85"}};
     for (const auto &[variant, records] : blocks) {
@@ -63,7 +63,7 @@ TEST_F(Watch, the_variant_is_the_one_asked_for)
     }
 }
 
-TEST_F(Watch, a_failing_exchange_ends_it_or_is_overcome)
+TEST_F(Watch, a_failed_exchange_ends_it_or_is_overcome)
 {
     const Result ended = with_fault("exchange@60", {"watch", "--duration", "5"});
     EXPECT_EQ(ended.status, 1);
@@ -74,7 +74,7 @@ TEST_F(Watch, a_failing_exchange_ends_it_or_is_overcome)
     EXPECT_NE(overcome.errors.find(", 1 failing exchange\n"), std::string::npos);
 }
 
-TEST_F(Watch, its_user_ends_it)
+TEST_F(Watch, the_user_can_end_it)
 {
     const Result result =
         in_script(really({}, {"watch"}) + "< <(await '; block 3:' .transcript; printf 's\\n')");
@@ -82,7 +82,7 @@ TEST_F(Watch, its_user_ends_it)
     EXPECT_EQ(in_shell({"watch"}, "| head -n 2; echo ${PIPESTATUS[0]}").errors, "");
 }
 
-TEST_F(Watch, events_tell_all_losses_of_the_summary)
+TEST_F(Watch, events_report_all_losses_in_the_summary)
 {
     const Result result = stmctl({"watch", "--duration", "1.2"}, {"--rate", "6000"});
     EXPECT_EQ(result.errors,
@@ -95,7 +95,7 @@ TEST_F(Watch, events_tell_all_losses_of_the_summary)
     EXPECT_EQ(lost, 3316);
 }
 
-TEST_F(Watch, rejected_record_is_told_before_what_it_costs)
+TEST_F(Watch, rejected_record_is_reported_before_what_it_costs)
 {
     const Result result = stmctl({"watch", "--duration", "1.5"}, {"--fault", "flip@500"});
     EXPECT_EQ(result.output,

@@ -1,4 +1,4 @@
-// Goal: of several names the one is found that somebody meant, and none for what is like no other.
+// Goal: finds the name that was probably meant, and none for a word that resembles no other.
 #include "stmctl/command_line/nearest.hpp"
 
 #include <gtest/gtest.h>
@@ -26,13 +26,13 @@ TEST(TypingDistance, counts_letters_more_fewer_others_and_swapped)
     EXPECT_EQ(typing_distance("ca", "abc"), 3U) << "nothing comes between swapped letters";
 }
 
-TEST(Suggestion, is_the_nearest_and_of_equal_ones_the_first)
+TEST(Suggestion, is_the_nearest_and_the_first_of_equals)
 {
     EXPECT_EQ(suggestion("stats", Names{"status", "state", "stop"}), "; did you mean status?");
     EXPECT_EQ(suggestion("statte", Names{"status", "state"}), "; did you mean state?");
 }
 
-TEST(Suggestion, has_two_mistakes_at_most_and_in_less_than_half_of_the_letters)
+TEST(Suggestion, has_at_most_two_errors_and_in_fewer_than_half_of_the_letters)
 {
     EXPECT_EQ(suggestion("recrods", Names{"records"}), "; did you mean records?");
     EXPECT_EQ(suggestion("recrod", Names{"records"}), "; did you mean records?");

@@ -1,4 +1,5 @@
-// Goal: what is said of a node that is none, of one that may not be opened, and what helps.
+// Goal: the report about a missing or wrong device node and one that may not be opened, and the
+// remedies.
 #include "stmctl/doctor/device_node.hpp"
 
 #include <gtest/gtest.h>
@@ -13,7 +14,7 @@ using namespace stmctl;
 namespace
 {
 
-constexpr uid_t NOBODY = 4'000'001; // numbers that no system names
+constexpr uid_t NOBODY = 4'000'001; // numbers without a name on any system
 constexpr gid_t GROUP = 4'000'002;
 constexpr gid_t OTHER_GROUP = 4'000'003;
 
@@ -48,7 +49,7 @@ TEST(DeviceNodeLine, a_device_of_the_driver_is_good)
     expect_finding(judge_node({EPERM, {}, false}), Health::good, "/dev/spidev1.0 is there", "");
 }
 
-TEST(DeviceNodeLine, what_is_no_device_is_bad)
+TEST(DeviceNodeLine, anything_but_a_device_is_bad)
 {
     const std::string remedy = "sudo rm -r /dev/spidev1.0; see stmctl --help access";
     const std::string words = "/dev/spidev1.0 is not a character device but ";
@@ -71,7 +72,7 @@ TEST(DeviceNodeLine, a_device_of_another_driver_is_bad)
                    "bind the driver spidev to it, see stmctl --help access");
 }
 
-TEST(RightsLine, whose_it_is_is_told)
+TEST(RightsLine, the_owner_is_shown)
 {
     const Caller caller = {NOBODY, {}, {}};
     expect_finding(judge_rights({0, file_with(S_IFCHR | 0660, GROUP), true}, caller), Health::good,
@@ -101,7 +102,7 @@ TEST(RightsLine, a_group_that_helps_nobody_needs_a_rule)
     EXPECT_EQ(judge_rights(forbidden(0640), caller).remedy, rule) << "with half of them";
 }
 
-TEST(RightsLine, what_else_forbids_it_is_not_blamed_on_the_group)
+TEST(RightsLine, other_causes_are_not_blamed_on_the_group)
 {
     EXPECT_EQ(judge_rights(forbidden(0660), {NOBODY, {GROUP}, {GROUP}}).remedy,
               "something else denies access: see ls -l, getfacl and dmesg");
@@ -109,7 +110,7 @@ TEST(RightsLine, what_else_forbids_it_is_not_blamed_on_the_group)
               "the system denies it (a container?), not the file's mode");
 }
 
-TEST(RightsLine, to_what_is_not_there_nobody_has_rights)
+TEST(RightsLine, a_missing_device_has_no_rights)
 {
     expect_finding(judge_rights({ENOENT, {}, false}, {}), Health::unknown,
                    "there is no device to check", "");

@@ -1,4 +1,4 @@
-// Goal: what is said of a wire whose settings and pace the virtual board never has.
+// Goal: the report about link settings and speeds that the virtual board never has.
 #include "stmctl/doctor/checks.hpp"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ Examination with_bits(std::optional<uint8_t> bits_per_word)
     return examination;
 }
 
-// At a clock with which the wire takes 4096 bytes in a second.
+// At a clock at which 4096 bytes take one second.
 Finding exchange_of(double seconds)
 {
     Examination examination;
@@ -64,7 +64,7 @@ TEST(Exchange, of_more_than_ten_times_the_time_of_the_wire_is_bad)
     EXPECT_EQ(slow.remedy, "is the machine busy, or the controller without DMA?");
 }
 
-TEST(Lock, that_cannot_be_tried_is_bad_and_nothing_is_said_of_a_holder)
+TEST(Lock, that_cannot_be_tried_is_bad_and_names_no_holder)
 {
     Examination examination;
     examination.lock_failure = "cannot lock /dev/spidev1.0: No locks available";

@@ -1,4 +1,4 @@
-// Goal: who else has a file open, as far as that may be seen, and how a process is named.
+// Goal: who else has a file open, as far as that is visible, and how a process is named.
 #include "stmctl/module/processes.hpp"
 
 #include <gtest/gtest.h>
@@ -33,8 +33,8 @@ class Users : public testing::Test
     int file() const { return file_; }
     const std::string &path() const { return path_; }
 
-    // Another process, which opens a file so and becomes "sleep 1000"; it has done so when this
-    // comes back.
+    // Another process, which opens a file in this way and becomes "sleep 1000"; it has done so when
+    // this returns.
     pid_t opened_with(int flags, const std::string &path)
     {
         int ends[2] = {};
@@ -88,7 +88,7 @@ class Users : public testing::Test
     std::vector<pid_t> children_;
 };
 
-TEST_F(Users, nobody_else_has_it_open)
+TEST_F(Users, no_other_process_has_it_open)
 {
     EXPECT_EQ(seen(), std::vector<pid_t>());
     const int again = open(path().c_str(), O_RDWR);
@@ -98,7 +98,7 @@ TEST_F(Users, nobody_else_has_it_open)
     EXPECT_EQ(DeviceUsers{}.suspicion(), "another program may have used the device");
 }
 
-TEST_F(Users, another_process_is_named_with_its_command_line_but_without_its_folder)
+TEST_F(Users, another_process_is_named_with_its_command_line_but_without_its_path)
 {
     const pid_t other = opened_with(O_RDWR);
     EXPECT_EQ(seen(), std::vector<pid_t>{other});
@@ -110,7 +110,7 @@ TEST_F(Users, another_process_is_named_with_its_command_line_but_without_its_fol
               "another program may have used the device: " + words + " has it open");
 }
 
-TEST_F(Users, all_ways_to_have_it_open_count_but_one)
+TEST_F(Users, all_ways_to_have_it_open_but_one_count)
 {
     for (const int flags :
          {O_RDONLY, O_WRONLY, O_RDWR, O_RDWR | O_NONBLOCK, O_WRONLY | O_NONBLOCK}) {
@@ -137,7 +137,7 @@ TEST_F(Users, several_are_all_named)
     EXPECT_TRUE(clause.ends_with(" (sleep 1000) have the device open")) << clause;
 }
 
-TEST_F(Users, the_file_counts_and_not_its_name)
+TEST_F(Users, the_file_counts_not_its_name)
 {
     const std::string moved = path() + ".moved";
     const pid_t before = opened_with(O_RDWR);
@@ -152,7 +152,7 @@ TEST_F(Users, the_file_counts_and_not_its_name)
     EXPECT_EQ(seen().size(), 2U) << "it has no name any more";
 }
 
-TEST_F(Users, processes_that_may_not_be_looked_at_are_told)
+TEST_F(Users, processes_that_cannot_be_inspected_are_reported)
 {
     opened_with(O_RDWR);
     if (geteuid() != 0 && access("/proc/1/fd", R_OK) == 0) {
@@ -161,7 +161,7 @@ TEST_F(Users, processes_that_may_not_be_looked_at_are_told)
     EXPECT_EQ(as_nobody(), geteuid() == 0 ? 10 : 11) << "of root's processes one sees nothing";
 }
 
-TEST_F(Users, what_is_no_open_file_has_no_users)
+TEST_F(Users, what_is_not_an_open_file_has_no_users)
 {
     opened_with(O_RDWR);
     EXPECT_TRUE(other_users_of(-1).processes.empty());

@@ -1,5 +1,5 @@
-// Goal: each text that the module says is known, as what it is, and lines that it does not say are
-// left to others.
+// Goal: each text that the module prints is known for what it is, and lines that it does not print
+// are passed on.
 #include "stmctl/module/voice.hpp"
 #include "tests/structure/source_literals.hpp"
 
@@ -14,7 +14,7 @@ using namespace stmctl;
 namespace
 {
 
-// What perror prints of the module's text and this error.
+// What perror prints for the module's text and this error.
 std::string printed(const std::string &text, const char *reason)
 {
     return text + ": " + reason + "\n";
@@ -62,7 +62,7 @@ TEST(Voice, every_error_that_the_system_knows_ends_a_report)
     }
 }
 
-TEST(Voice, data_is_no_event)
+TEST(Voice, data_is_not_an_event)
 {
     for (const char *text : {"", "\n", "42\n", "SPI timeout", "SPI timeout\n\n", " SPI timeout\n",
                              "SPI time", "Checksum sent: 12AB\n", "wrong checksum detected\n",
@@ -137,7 +137,7 @@ TEST(Voice, a_report_in_two_lines_is_one)
     EXPECT_EQ(reports.rest, "");
 }
 
-TEST(Voice, half_a_report_is_a_line_of_others)
+TEST(Voice, half_a_report_is_not_a_report)
 {
     EXPECT_EQ(read_reports("Error: writing speed failed\n").rest, "Error: writing speed failed\n");
     EXPECT_EQ(read_reports("Error: writing speed failed\n").failures.size(), 0U);
@@ -146,7 +146,7 @@ TEST(Voice, half_a_report_is_a_line_of_others)
     EXPECT_EQ(read_reports("\n\n").rest, "\n\n");
 }
 
-TEST(Voice, lines_of_others_stay_whole_and_in_their_order)
+TEST(Voice, other_lines_stay_whole_and_in_their_order)
 {
     const Reports reports = read_reports("first\n"
                                          "SPI command: Input/output error\n"
@@ -160,7 +160,7 @@ TEST(Voice, lines_of_others_stay_whole_and_in_their_order)
     EXPECT_EQ(reports.failures[1].text, "Error: writing speed failed");
 }
 
-TEST(Voice, errors_tell_whether_the_device_is_gone)
+TEST(Voice, errors_show_whether_the_device_is_gone)
 {
     for (const char *reason : {"Cannot send after transport endpoint shutdown", "No such device",
                                "Bad file descriptor"}) {
@@ -192,14 +192,14 @@ TEST(Voice, a_message_too_long_is_the_drivers_when_synchronising_and_a_length_la
     EXPECT_FALSE(only_report("SPI datatransfer: Input/output error\n").is_length_refused());
 }
 
-TEST(Voice, bufsiz_is_told_where_it_is_known)
+TEST(Voice, bufsiz_is_shown_where_it_is_known)
 {
     const std::string rest = " and must be at least 4096, see stmctl --help access";
     EXPECT_EQ(bufsiz_words(512), "the driver's parameter bufsiz is 512" + rest);
     EXPECT_EQ(bufsiz_words({}), "the driver's parameter bufsiz is too small" + rest);
 }
 
-TEST(Voice, some_reports_are_known_by_what_they_are)
+TEST(Voice, some_reports_are_known_by_their_meaning)
 {
     EXPECT_TRUE(
         only_report("Error: writing speed failed\n: Invalid argument\n").is_refused_clock());
@@ -208,12 +208,12 @@ TEST(Voice, some_reports_are_known_by_what_they_are)
     EXPECT_FALSE(only_report("SPI send header information: Broken pipe\n").is_block_not_sent());
 }
 
-// All that the sources of the module hand to its two channels.
+// All texts that the module's sources pass to its two channels.
 class VoiceOfSources : public testing::Test
 {
   protected:
-    // Data, and what only operations say that stmctl does not use, or after operands that it does
-    // not let pass.
+    // Data, and texts of operations that stmctl does not use or after operands that it does not
+    // accept.
     const std::set<std::string> UNHEARD = {
         "%s",
         "Checksum sent: %X\n",

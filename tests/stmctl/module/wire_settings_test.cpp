@@ -1,4 +1,5 @@
-// Goal: the wire's settings are those that the driver tells, also one that knows fewer requests.
+// Goal: the settings of the link are those that the driver reports, even a driver that knows fewer
+// requests.
 #include "stmctl/module/wire_settings.hpp"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Goal: what there is no room for ends in a whole line, in however many pieces it was written.
+// Goal: text that does not fit ends in a whole line, however many pieces it was written in.
 #include "stmctl/output/buffered_writer.hpp"
 #include "tests/stmctl/output/small_disk.hpp"
 
@@ -39,7 +39,7 @@ void write_now(BufferedWriter &writer, std::string_view text)
     writer.flush();
 }
 
-TEST_F(BufferedWriting, a_half_line_is_cut_off_with_all_of_its_pieces)
+TEST_F(BufferedWriting, an_incomplete_line_is_removed_with_all_of_its_pieces)
 {
     const SmallDisk disk(10);
     BufferedWriter writer(file());
@@ -52,7 +52,7 @@ TEST_F(BufferedWriting, a_half_line_is_cut_off_with_all_of_its_pieces)
     EXPECT_EQ(lseek(file(), 0, SEEK_CUR), 3) << "others that share it go on there";
 }
 
-TEST_F(BufferedWriting, a_half_line_stays_where_somebody_else_has_written_behind_it)
+TEST_F(BufferedWriting, an_incomplete_line_stays_if_another_process_has_written_after_it)
 {
     BufferedWriter writer(file());
     write_now(writer, "ab\ncd");

@@ -1,4 +1,4 @@
-// Goal: what scripts read as JSON is JSON, whatever stands in a text.
+// Goal: what scripts read as JSON is JSON, whatever a text contains.
 #include "stmctl/output/json.hpp"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@ using namespace stmctl;
 namespace
 {
 
-TEST(Json, plain_text_stands_for_itself)
+TEST(Json, plain_text_is_unchanged)
 {
     EXPECT_EQ(json_string(""), "\"\"");
     EXPECT_EQ(json_string(" board ~ / '"), "\" board ~ / '\"");
@@ -28,7 +28,7 @@ TEST(Json, characters_of_utf8_stay)
     }
 }
 
-TEST(Json, bytes_that_are_none_become_the_character_of_their_number)
+TEST(Json, invalid_bytes_become_the_character_with_their_number)
 {
     EXPECT_EQ(json_string("\xFF"), "\"\\u00ff\"");
     EXPECT_EQ(json_string("\xC1\x80"), "\"\\u00c1\\u0080\"");

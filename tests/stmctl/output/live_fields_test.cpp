@@ -1,4 +1,4 @@
-// The fields of a live line: all of them where there is room, else the most important ones.
+// The fields of a live line: all of them if there is room, otherwise the most important ones.
 #include "stmctl/output/live_fields.hpp"
 
 #include <gtest/gtest.h>
@@ -15,13 +15,13 @@ const LiveField FIELDS[] = {
     {4, "1.5 KiB"},
 };
 
-TEST(LiveFields, all_stand_in_their_order_where_they_fit)
+TEST(LiveFields, all_are_shown_in_their_order_if_they_fit)
 {
     EXPECT_EQ(fitted_line(FIELDS, 34), "0:01  120 records  lost 7  1.5 KiB");
     EXPECT_EQ(fitted_line(FIELDS, 200), "0:01  120 records  lost 7  1.5 KiB");
 }
 
-TEST(LiveFields, are_brief_before_one_is_left_out)
+TEST(LiveFields, are_abbreviated_before_one_is_left_out)
 {
     EXPECT_EQ(fitted_line(FIELDS, 33), "0:01  120 rec  lost 7  1.5 KiB");
     EXPECT_EQ(fitted_line(FIELDS, 30), "0:01  120 rec  lost 7  1.5 KiB");
@@ -41,7 +41,7 @@ TEST(LiveFields, the_most_important_stays_for_the_terminal_to_cut)
     EXPECT_EQ(fitted_line(FIELDS, 0), "lost 7");
 }
 
-TEST(LiveFields, sizes_are_told_in_the_unit_that_fits)
+TEST(LiveFields, sizes_are_shown_in_the_unit_that_fits)
 {
     EXPECT_EQ(size_words(0), "0 B");
     EXPECT_EQ(size_words(1023), "1023 B");

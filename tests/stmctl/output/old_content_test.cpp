@@ -20,7 +20,7 @@ class OldContentOfFile : public testing::Test
   protected:
     ~OldContentOfFile() override { unlink(path_.c_str()); }
 
-    // Opened so, with this text in it.
+    // Opened like this, with this text in it.
     int file(const std::string &text, int flags = O_RDONLY)
     {
         const int writer = open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);

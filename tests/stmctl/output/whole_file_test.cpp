@@ -54,7 +54,7 @@ TEST_F(WholeFile, gets_all_of_the_text)
     EXPECT_EQ(files(), 1);
 }
 
-TEST_F(WholeFile, keeps_its_rights)
+TEST_F(WholeFile, keeps_its_permissions)
 {
     for (const auto rights : {fs::perms(0600), fs::perms(0751)}) {
         fs::permissions(file(), rights);

@@ -19,7 +19,7 @@ Names names(RecordKind kind)
     return result;
 }
 
-TEST(Columns, of_each_kind_stand_in_the_modules_order)
+TEST(Columns, of_each_kind_are_in_the_modules_order)
 {
     EXPECT_EQ(names(RecordKind::base),
               (Names{"nr", "rel_t", "U1e", "U2e", "U3e", "Uen", "I1", "I2", "I3", "negIe", "BE1",
@@ -32,7 +32,7 @@ TEST(Columns, of_each_kind_stand_in_the_modules_order)
                      "BE1", "BE2", "BE", "buffered", "checksum"}));
 }
 
-TEST(Columns, that_are_looked_at_are_found_in_each_kind)
+TEST(Columns, that_stmctl_uses_are_found_in_each_kind)
 {
     for (const RecordKind kind : {RecordKind::base, RecordKind::omega, RecordKind::temp}) {
         const Columns &columns = columns_of(kind);

@@ -1,5 +1,5 @@
-// Goal: a line of CSV becomes the numbers that it shows, and they become the line again; a damaged
-// one becomes nothing.
+// Goal: a line of CSV is converted to its numbers and back to the same line; a damaged one yields
+// nothing.
 #include "stmctl/record/record_csv.hpp"
 
 #include "stmctl/process/failure.hpp"
@@ -25,7 +25,7 @@ std::string csv(const Record &record)
     return std::string(buffer.text());
 }
 
-TEST(RecordCsv, becomes_the_numbers_that_it_shows)
+TEST(RecordCsv, is_converted_to_the_numbers_that_it_shows)
 {
     const std::optional<Record> record = record_of_csv(OMEGA, OMEGA_LINE);
     ASSERT_TRUE(record);
@@ -50,7 +50,7 @@ TEST(RecordCsv, has_its_values_in_the_columns_of_its_kind)
     EXPECT_FALSE(record_of_csv(OMEGA, BASE_LINE));
 }
 
-TEST(RecordCsv, is_the_same_line_again)
+TEST(RecordCsv, is_converted_back_to_the_same_line)
 {
     EXPECT_EQ(csv(*record_of_csv(BASE, BASE_LINE)), BASE_LINE);
     EXPECT_EQ(csv(*record_of_csv(OMEGA, OMEGA_LINE)), OMEGA_LINE);
@@ -68,7 +68,7 @@ TEST(RecordCsv, keeps_the_least_and_the_greatest_numbers)
     EXPECT_EQ(record->values[13], 0xFFFFFFFF);
 }
 
-TEST(RecordCsv, that_is_cut_anywhere_becomes_nothing)
+TEST(RecordCsv, that_is_truncated_anywhere_yields_nothing)
 {
     const std::string whole = TEMP_LINE;
     for (size_t size = 0; size < whole.size(); ++size) {
@@ -79,7 +79,7 @@ TEST(RecordCsv, that_is_cut_anywhere_becomes_nothing)
     EXPECT_FALSE(record_of_csv(TEMP, whole + whole));
 }
 
-TEST(RecordCsv, that_is_damaged_becomes_nothing)
+TEST(RecordCsv, that_is_damaged_yields_nothing)
 {
     const auto with = [](size_t at, const char *part, size_t replaced) {
         return std::string(TEMP_LINE).replace(at, replaced, part);
@@ -94,7 +94,7 @@ TEST(RecordCsv, that_is_damaged_becomes_nothing)
     EXPECT_TRUE(record_of_csv(TEMP, with(12, "-2147483648;", 4)));
 }
 
-TEST(RecordCsv, tells_its_facts)
+TEST(RecordCsv, yields_its_facts)
 {
     for (const auto &[columns, line] : {std::pair(&BASE, BASE_LINE), std::pair(&OMEGA, OMEGA_LINE),
                                         std::pair(&TEMP, TEMP_LINE)}) {

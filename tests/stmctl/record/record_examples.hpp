@@ -1,4 +1,4 @@
-// Records as the module shows them, written out, for the tests of what stmctl makes of them.
+// Records as the module shows them, written out, for the tests of how stmctl handles them.
 #pragma once
 
 inline constexpr char BASE_HEADER[] =

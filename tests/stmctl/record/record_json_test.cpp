@@ -37,7 +37,7 @@ bool becomes_json(const Columns &columns, const std::string &line)
     return put_json(columns, line, "", buffer);
 }
 
-TEST(RecordJson, is_an_object_in_a_line)
+TEST(RecordJson, is_an_object_on_one_line)
 {
     EXPECT_EQ(json(TEMP, TEMP_LINE, ""), "{" + std::string(TEMP_OBJECT));
 }
@@ -58,7 +58,7 @@ TEST(RecordJson, keeps_the_least_and_the_greatest_numbers)
               "\n");
 }
 
-TEST(RecordJson, comes_of_numbers_of_every_length)
+TEST(RecordJson, is_made_from_numbers_of_every_length)
 {
     std::string number = "1";
     for (size_t length = 1; length <= 10; ++length, number += '1') {
@@ -69,7 +69,7 @@ TEST(RecordJson, comes_of_numbers_of_every_length)
     }
 }
 
-TEST(RecordJson, does_not_come_of_a_line_that_is_cut)
+TEST(RecordJson, is_not_made_from_a_truncated_line)
 {
     const std::string whole = TEMP_LINE;
     for (size_t size = 0; size < whole.size(); ++size) {
@@ -77,7 +77,7 @@ TEST(RecordJson, does_not_come_of_a_line_that_is_cut)
     }
 }
 
-TEST(RecordJson, does_not_come_of_a_line_with_more_or_less_than_its_numbers)
+TEST(RecordJson, is_not_made_from_a_line_with_too_many_or_too_few_numbers)
 {
     EXPECT_TRUE(becomes_json(TEMP, TEMP_LINE));
     EXPECT_FALSE(becomes_json(TEMP, std::string(TEMP_LINE) + TEMP_LINE));

@@ -1,4 +1,4 @@
-// Goal: what came of a stream is counted, and told in words and as an object.
+// Goal: the outcome of a stream is counted, and shown as text and as an object.
 #include "stmctl/record/record_tally.hpp"
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ RecordTally tally_of(const std::vector<RecordFacts> &stream)
     return tally;
 }
 
-TEST(RecordTally, counts_what_is_missing_in_front_of_a_record)
+TEST(RecordTally, counts_what_is_missing_before_a_record)
 {
     RecordTally tally;
     EXPECT_EQ(tally.take(at(5)), 0U) << "the first may be any";
@@ -34,14 +34,14 @@ TEST(RecordTally, counts_what_is_missing_in_front_of_a_record)
     EXPECT_EQ(tally.last.rel_t, 10U);
 }
 
-TEST(RecordTally, knows_that_the_time_goes_round)
+TEST(RecordTally, knows_that_the_time_wraps_around)
 {
     const RecordTally tally = tally_of({at(0xFFFFFFFE), at(0xFFFFFFFF), at(0), at(2)});
     EXPECT_EQ(tally.lost, 1U);
     EXPECT_EQ(tally.backward, 0U);
 }
 
-TEST(RecordTally, counts_a_step_back_as_no_loss)
+TEST(RecordTally, does_not_count_a_step_back_as_a_loss)
 {
     const RecordTally tally = tally_of({at(9), at(9), at(3), at(4)});
     EXPECT_EQ(tally.lost, 0U);
@@ -82,7 +82,7 @@ TEST(RecordTally, has_holes_where_something_of_the_stream_is_missing)
     EXPECT_FALSE(silent.is_flawless());
 }
 
-TEST(RecordTally, has_no_holes_of_what_only_took_longer)
+TEST(RecordTally, has_no_holes_from_what_only_took_longer)
 {
     RecordTally late;
     late.take_timeout();
@@ -94,7 +94,7 @@ TEST(RecordTally, has_no_holes_of_what_only_took_longer)
     EXPECT_FALSE(failing.is_flawless());
 }
 
-TEST(RecordTally, tells_each_kind_of_event)
+TEST(RecordTally, counts_each_kind_of_event)
 {
     RecordTally tally = tally_of({at(1, 200), at(4), at(2)});
     tally.take_rejected();
@@ -105,7 +105,7 @@ TEST(RecordTally, tells_each_kind_of_event)
                                 "rel_t, 2 time-outs, 1 failing exchange");
 }
 
-TEST(RecordTally, tells_of_silences_only_where_there_were_some)
+TEST(RecordTally, mentions_silences_only_if_there_were_any)
 {
     RecordTally tally = tally_of({at(1), at(1)});
     tally.take_timeout();
@@ -119,7 +119,7 @@ TEST(RecordTally, tells_of_silences_only_where_there_were_some)
               "1 step back in rel_t, 1 time-out");
 }
 
-TEST(RecordTally, tells_what_hex_does_not_show)
+TEST(RecordTally, mentions_what_hex_does_not_show)
 {
     RecordTally tally = tally_of({{}, {}});
     EXPECT_EQ(tally.summary({}), "2 records, 0 rejected; hex does not show losses");
@@ -129,7 +129,7 @@ TEST(RecordTally, tells_what_hex_does_not_show)
                                  "losses, 1 time-out");
 }
 
-TEST(RecordTally, is_an_object_in_a_line)
+TEST(RecordTally, is_an_object_on_one_line)
 {
     RecordTally tally;
     for (uint32_t rel_t = 1; rel_t <= 120; ++rel_t) {

@@ -1,5 +1,5 @@
-// Goal: labelled text becomes the numbers that it shows, and they become the text again; a damaged
-// one becomes nothing.
+// Goal: labelled text is converted to its numbers and back to the same text; a damaged one yields
+// nothing.
 #include "stmctl/record/record_text.hpp"
 
 #include "stmctl/record/record_csv.hpp"
@@ -28,7 +28,7 @@ std::string replaced(std::string text, const std::string &part, const std::strin
     return text.replace(text.find(part), part.size(), by);
 }
 
-TEST(RecordText, becomes_the_numbers_of_the_line_in_csv)
+TEST(RecordText, has_the_numbers_of_the_line_in_csv)
 {
     EXPECT_EQ(record_of_text(BASE, BASE_TEXT)->values, record_of_csv(BASE, BASE_LINE)->values);
     EXPECT_EQ(record_of_text(OMEGA, OMEGA_TEXT)->values, record_of_csv(OMEGA, OMEGA_LINE)->values);
@@ -37,7 +37,7 @@ TEST(RecordText, becomes_the_numbers_of_the_line_in_csv)
               record_of_csv(BASE, EXTREME_LINE)->values);
 }
 
-TEST(RecordText, is_the_same_text_again)
+TEST(RecordText, is_converted_back_to_the_same_text)
 {
     EXPECT_EQ(text(*record_of_text(BASE, BASE_TEXT)), BASE_TEXT);
     EXPECT_EQ(text(*record_of_text(OMEGA, OMEGA_TEXT)), OMEGA_TEXT);
@@ -45,21 +45,21 @@ TEST(RecordText, is_the_same_text_again)
     EXPECT_EQ(text(*record_of_text(BASE, EXTREME_TEXT)), EXTREME_TEXT);
 }
 
-TEST(RecordText, of_another_kind_becomes_nothing)
+TEST(RecordText, of_another_kind_yields_nothing)
 {
     EXPECT_FALSE(record_of_text(BASE, TEMP_TEXT));
     EXPECT_FALSE(record_of_text(TEMP, OMEGA_TEXT));
     EXPECT_FALSE(record_of_text(OMEGA, BASE_TEXT));
 }
 
-TEST(RecordText, may_have_any_number_of_blanks_behind_its_labels)
+TEST(RecordText, may_have_any_number_of_blanks_after_its_labels)
 {
     const std::string wide = replaced(TEMP_TEXT, "buffered  : 17", "buffered  :     17");
     EXPECT_EQ(record_of_text(TEMP, wide)->buffered(), 17U);
     EXPECT_EQ(facts_of_text(TEMP, wide)->buffered, 17U);
 }
 
-TEST(RecordText, that_is_cut_anywhere_becomes_nothing)
+TEST(RecordText, that_is_truncated_anywhere_yields_nothing)
 {
     const std::string whole = TEMP_TEXT;
     for (size_t size = 0; size < whole.size(); ++size) {
@@ -69,7 +69,7 @@ TEST(RecordText, that_is_cut_anywhere_becomes_nothing)
     EXPECT_FALSE(record_of_text(TEMP, whole + whole));
 }
 
-TEST(RecordText, that_is_damaged_becomes_nothing)
+TEST(RecordText, that_is_damaged_yields_nothing)
 {
     for (const auto &[part, by] :
          std::vector<std::pair<std::string, std::string>>{{": 1234\n", ": \n"},
@@ -85,7 +85,7 @@ TEST(RecordText, that_is_damaged_becomes_nothing)
     }
 }
 
-TEST(RecordText, tells_its_facts)
+TEST(RecordText, yields_its_facts)
 {
     for (const auto &[columns, shown] : {std::pair(&BASE, BASE_TEXT), std::pair(&OMEGA, OMEGA_TEXT),
                                          std::pair(&TEMP, TEMP_TEXT)}) {

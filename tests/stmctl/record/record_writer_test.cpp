@@ -1,4 +1,4 @@
-// Goal: what the module shows, and records that come as numbers, are written alike in each format.
+// Goal: what the module shows and records that come as numbers are written the same in each format.
 #include "stmctl/record/record_writer.hpp"
 
 #include "stmctl/process/failure.hpp"
@@ -26,7 +26,7 @@ class Writer : public testing::Test
     Writer() : path_(testing::TempDir() + "records-" + std::to_string(getpid())) {}
     ~Writer() override { std::filesystem::remove(path_); }
 
-    // What is in the file behind some work with a writer.
+    // What is in the file after some work with a writer.
     template <typename Work>
     std::string written(Format format, bool timestamps, Work work)
     {
@@ -56,19 +56,19 @@ class Writer : public testing::Test
     std::string path_;
 };
 
-TEST_F(Writer, hands_on_the_lines_of_csv_behind_a_header_of_its_own)
+TEST_F(Writer, passes_on_lines_of_csv_after_a_header_of_its_own)
 {
     EXPECT_EQ(taken(Format::csv, {LIVE_TEMP_HEADER, TEMP_LINE, TEMP_LINE}),
               std::string(TEMP_HEADER) + TEMP_LINE + TEMP_LINE);
 }
 
-TEST_F(Writer, writes_a_header_once_though_the_module_shows_it_again)
+TEST_F(Writer, writes_a_header_once_even_if_the_module_shows_it_again)
 {
     EXPECT_EQ(taken(Format::csv, {TEMP_HEADER, TEMP_LINE, TEMP_HEADER, TEMP_LINE}),
               std::string(TEMP_HEADER) + TEMP_LINE + TEMP_LINE);
 }
 
-TEST_F(Writer, makes_objects_of_the_lines_of_csv)
+TEST_F(Writer, turns_lines_of_csv_into_objects)
 {
     const std::string objects = taken(Format::jsonl, {TEMP_HEADER, TEMP_LINE, TEMP_LINE});
     const std::string object =
@@ -78,7 +78,7 @@ TEST_F(Writer, makes_objects_of_the_lines_of_csv)
     EXPECT_EQ(objects, object + object);
 }
 
-TEST_F(Writer, hands_on_text_and_hex)
+TEST_F(Writer, passes_on_text_and_hex)
 {
     EXPECT_EQ(taken(Format::text, {TEMP_TEXT, TEMP_TEXT}), std::string(TEMP_TEXT) + TEMP_TEXT);
     EXPECT_EQ(taken(Format::hex, {"Received value: \n0x55 \n"}), "Received value: \n0x55 \n");
@@ -119,7 +119,7 @@ TEST_F(Writer, puts_the_time_first)
     }
 }
 
-TEST_F(Writer, tells_the_facts_of_what_it_writes)
+TEST_F(Writer, returns_the_facts_of_what_it_writes)
 {
     written(Format::csv, false, [](RecordWriter &writer) {
         EXPECT_FALSE(writer.take(TEMP_HEADER));
@@ -133,7 +133,7 @@ TEST_F(Writer, tells_the_facts_of_what_it_writes)
             [](RecordWriter &writer) { EXPECT_FALSE(writer.take("0x55 \n")->known); });
 }
 
-TEST_F(Writer, refuses_what_is_no_record)
+TEST_F(Writer, refuses_what_is_not_a_record)
 {
     EXPECT_THROW(taken(Format::csv, {"7;2350;\n"}), Failure);
     EXPECT_THROW(taken(Format::csv, {TEMP_TEXT}), Failure);

@@ -74,7 +74,7 @@ TEST(RingSlot, is_whole_with_its_own_checksum_alone)
 }
 
 // Byte 0 is 0x00 on the wire, byte 1 is 0x01 and so on: no two fields are alike.
-TEST(RingSlot, has_its_checksum_over_the_order_of_the_wire)
+TEST(RingSlot, has_its_checksum_over_the_order_of_the_protocol)
 {
     uint8_t wire[46];
     std::iota(std::begin(wire), std::end(wire), uint8_t{0});

@@ -1,5 +1,4 @@
-// Goal: when it is that nothing comes, and when it is time to ask again, on both sides of each
-// limit.
+// Goal: when a pause is a silence, and when it is time to ask again, on both sides of each limit.
 #include "stmctl/stream/silence.hpp"
 
 #include <gtest/gtest.h>
@@ -11,7 +10,7 @@ namespace
 
 using std::chrono::milliseconds;
 
-// Silences at times that the test makes up: milliseconds since the begin.
+// Silences at times that the test sets: milliseconds since the start.
 class SilenceAt : public testing::Test
 {
   protected:
@@ -30,7 +29,7 @@ class SilenceAt : public testing::Test
         return {given, milliseconds(2'000), at(0)};
     }
 
-    // Records of a second: those behind the first of them are counted.
+    // Records of one second: those after the first are counted.
     static void come_for_a_second(Silence &silence, uint64_t records)
     {
         silence.came(1, at(0));
@@ -52,7 +51,7 @@ class SilenceAt : public testing::Test
 
 using Limit = std::optional<int64_t>;
 
-TEST_F(SilenceAt, four_in_a_second_are_slow_and_five_are_quick)
+TEST_F(SilenceAt, four_a_second_are_slow_and_five_are_quick)
 {
     for (const uint64_t records : {4, 5}) {
         Silence silence = going_on();
@@ -64,7 +63,7 @@ TEST_F(SilenceAt, four_in_a_second_are_slow_and_five_are_quick)
     }
 }
 
-TEST_F(SilenceAt, records_that_came_first_do_not_make_a_rate)
+TEST_F(SilenceAt, the_first_records_do_not_make_a_rate)
 {
     Silence silence = going_on();
     silence.came(85, at(100));
@@ -87,7 +86,7 @@ TEST_F(SilenceAt, a_quick_stream_is_asked_after_two_time_outs)
     EXPECT_TRUE(silence.is_time_to_ask(at(1'001)));
 }
 
-TEST_F(SilenceAt, records_in_between_begin_the_time_outs_anew)
+TEST_F(SilenceAt, records_in_between_reset_the_time_outs)
 {
     Silence silence = going_on();
     come_for_a_second(silence, 1000);
@@ -152,7 +151,7 @@ TEST_F(SilenceAt, a_limit_below_a_second_is_not_lengthened_to_one)
     EXPECT_TRUE(silence.is_silence(at(300)));
 }
 
-TEST_F(SilenceAt, the_end_of_a_slow_stream_is_none_before_the_limit)
+TEST_F(SilenceAt, the_end_of_a_slow_stream_is_not_a_silence_before_the_limit)
 {
     Silence silence = patient();
     come_for_a_second(silence, 4);
@@ -161,7 +160,7 @@ TEST_F(SilenceAt, the_end_of_a_slow_stream_is_none_before_the_limit)
     EXPECT_TRUE(silence.is_silence(at(11'000)));
 }
 
-TEST_F(SilenceAt, where_none_has_ever_come_a_second_is_enough_for_the_end)
+TEST_F(SilenceAt, if_no_record_ever_came_a_second_is_enough_for_the_end)
 {
     Silence silence = patient();
     silence.timed_out();
@@ -173,7 +172,7 @@ TEST_F(SilenceAt, where_none_has_ever_come_a_second_is_enough_for_the_end)
     EXPECT_TRUE(given.is_silence(at(3'000)));
 }
 
-// The first ones may take their time.
+// The first ones may be slow.
 TEST_F(SilenceAt, a_first_wait_is_a_silence_in_the_middle_only_above_the_limit)
 {
     for (const int64_t ms : {9'999, 10'000}) {
@@ -183,7 +182,7 @@ TEST_F(SilenceAt, a_first_wait_is_a_silence_in_the_middle_only_above_the_limit)
     }
 }
 
-TEST_F(SilenceAt, a_gap_in_a_quick_stream_is_one_from_a_second_on)
+TEST_F(SilenceAt, a_gap_in_a_quick_stream_is_one_after_a_second)
 {
     for (const int64_t gap : {999, 1'000}) {
         Silence silence = patient();
@@ -194,7 +193,7 @@ TEST_F(SilenceAt, a_gap_in_a_quick_stream_is_one_from_a_second_on)
     }
 }
 
-TEST_F(SilenceAt, a_gap_in_a_slow_stream_is_one_from_the_limit_on)
+TEST_F(SilenceAt, a_gap_in_a_slow_stream_is_one_after_the_limit)
 {
     for (const int64_t gap : {9'999, 10'000}) {
         Silence silence = patient();
@@ -204,7 +203,7 @@ TEST_F(SilenceAt, a_gap_in_a_slow_stream_is_one_from_the_limit_on)
     }
 }
 
-// A stopped process, or a disk that took its time.
+// A stopped process, or a slow disk.
 TEST_F(SilenceAt, a_gap_in_which_nobody_polled_is_none)
 {
     Silence silence = patient();
@@ -215,7 +214,7 @@ TEST_F(SilenceAt, a_gap_in_which_nobody_polled_is_none)
     EXPECT_EQ(ended(silence.came(1, at(3'600'000))), Limit());
 }
 
-TEST_F(SilenceAt, a_failure_disturbs_as_a_time_out_does)
+TEST_F(SilenceAt, a_failure_counts_like_a_time_out)
 {
     Silence silence = patient();
     come_for_a_second(silence, 1000);
@@ -236,7 +235,7 @@ TEST_F(SilenceAt, silences_do_not_count_for_the_rate)
     EXPECT_TRUE(silence.is_silence(at(10'000))) << "7 in a second, not in nine";
 }
 
-TEST_F(SilenceAt, gaps_that_are_none_do_count_for_the_rate)
+TEST_F(SilenceAt, gaps_that_are_not_silences_do_count_for_the_rate)
 {
     Silence silence = patient();
     come_for_a_second(silence, 6);
@@ -245,7 +244,7 @@ TEST_F(SilenceAt, gaps_that_are_none_do_count_for_the_rate)
     EXPECT_FALSE(silence.is_silence(at(10'000))) << "7 in nine seconds";
 }
 
-TEST_F(SilenceAt, each_try_in_vain_doubles_the_wait_up_to_a_minute)
+TEST_F(SilenceAt, each_unsuccessful_try_doubles_the_wait_up_to_a_minute)
 {
     Silence silence = going_on();
     come_for_a_second(silence, 1000);
@@ -277,7 +276,7 @@ TEST_F(SilenceAt, the_first_wait_of_a_slow_stream_is_twice_its_limit)
     }
 }
 
-TEST_F(SilenceAt, records_begin_the_waits_anew)
+TEST_F(SilenceAt, records_reset_the_waits)
 {
     Silence silence = going_on();
     come_for_a_second(silence, 1000);

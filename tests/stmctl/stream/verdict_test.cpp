@@ -42,7 +42,7 @@ TEST(Verdict, a_stop_ends_an_endless_run_well_unless_it_was_silent)
     EXPECT_EQ(status_of(Ending::stopped_in_silence, endless(), of_records(9)), ExitStatus::failed);
 }
 
-TEST(Verdict, a_stop_cuts_a_limited_run_short_silent_or_not)
+TEST(Verdict, a_stop_cuts_a_limited_run_short_whether_silent_or_not)
 {
     RunOptions counted;
     counted.count = "10";
@@ -69,7 +69,7 @@ TEST(Verdict, each_kind_of_hole_alone_is_a_failure_where_there_is_to_be_none)
     }
 }
 
-TEST(Verdict, what_cost_nothing_is_no_hole)
+TEST(Verdict, what_cost_nothing_is_not_a_hole)
 {
     RecordTally tally = of_records(9);
     tally.timeouts = tally.failures = 3;
