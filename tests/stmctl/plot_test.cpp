@@ -81,6 +81,7 @@ TEST_F(Plot, what_cannot_be_drawn_is_reported)
                    "cannot read 'missing.csv': No such file or directory");
     expect_failure(plot({"."}), 1, "cannot read '.': Is a directory");
     expect_failure(plot({}, "</dev/null"), 1, "standard input: it is empty");
+    expect_failure(plot({"-"}, "</dev/null"), 1, "standard input: it is empty");
     write_lines("header.csv", {"\"rel_t\";\"U1e\";"});
     expect_failure(plot({"header.csv", "--columns", "U1e"}), 1, "header.csv: it holds no records");
     expect_failure(plot({"header.csv", "--columns", "U9e"}), 1,

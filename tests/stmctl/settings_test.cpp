@@ -263,7 +263,15 @@ TEST_F(Settings, that_read_back_differently_are_reported)
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "stmctl: sampletime: 100 was sent, -100 read back\n"
                              "stmctl: restore: 3 of 3 settings sent, 2 read back the same\n");
-    EXPECT_EQ(stmctl({"restore", "settings.txt", "--no-verify"}).status, 0);
+}
+
+TEST_F(Settings, are_not_asked_for_afterwards_if_their_user_says_so)
+{
+    write_text("settings.txt", THREE);
+    const Result result =
+        stmctl({"restore", "settings.txt", "--no-verify"}, {"--answer", "0x03=-100"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "stmctl: restore: 3 of 3 settings sent\n");
 }
 
 // Only the firmware knows what its answers mean.

@@ -239,4 +239,33 @@ TEST_F(Stop, typed_s_ends_a_read_out_even_if_it_comes_in_pieces)
     EXPECT_EQ(result.status, 3) << result.errors;
 }
 
+TEST_F(Stop, typed_s_ends_what_asks_or_sends_many_settings)
+{
+    const std::string three = "sampletime 100\nsampleskip 5\ninterpolation 2\n";
+    write_file("settings.txt", {three.begin(), three.end()});
+    expect_failure(in_shell({"restore", "settings.txt"}, "<<<s"), 3,
+                   "restore: stopped by the user\n"
+                   "stmctl: restore: ended early, 0 of 3 settings sent");
+    expect_failure(in_shell({"get", "--all"}, "<<<s"), 3, "get: stopped by the user");
+    expect_failure(in_shell({"save", "settings.txt"}, "<<<s"), 3, "save: stopped by the user");
+    EXPECT_EQ(read_text("settings.txt"), three);
+}
+
+// The transcript is a pipe: who reads it types behind the first polls, and reads on only then.
+TEST_F(Stop, typed_s_ends_all_settings_with_the_wait_for_one)
+{
+    const std::string two = "sampletime 100\nsampleskip 5\n";
+    write_file("settings.txt", {two.begin(), two.end()});
+    const auto stopped = [this](const std::string &fault, const Words &words) {
+        return in_script("rm -f pipe; mkfifo pipe; " +
+                         quoted(on_board_with({"--fault", fault, "--transcript", "pipe"}, words)) +
+                         "9<>pipe < <({ for i in 1 2 3 4 5; do read -r; done; printf 's\\n'; cat "
+                         ">/dev/null; } <pipe)");
+    };
+    const std::string end = "sampletime: stopped before it was done";
+    expect_failure(stopped("late@0x51=3000", {"restore", "settings.txt"}), 3,
+                   end + "\nstmctl: restore: ended early, 0 of 2 settings sent");
+    expect_failure(stopped("late@0x03=3000", {"get", "--all"}), 3, end);
+}
+
 } // namespace
