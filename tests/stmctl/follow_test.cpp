@@ -309,4 +309,18 @@ TEST_F(Follow, a_file_that_cannot_be_written_ends_it_soon)
     EXPECT_LT(transcript().back().microseconds, 2'000'000);
 }
 
+TEST_F(Follow, a_device_that_goes_and_comes_back_uses_up_no_descriptors)
+{
+    Words going = {"--rate", "10"};
+    for (int second = 2; second <= 60; second += 3) {
+        const std::string time = std::to_string(second);
+        going.insert(going.end(), {"--fault", "gone@t=" + time + "s.." + time + ".5s"});
+    }
+    const Words follow = {"follow", "--keep-going", "--duration", "62", "-o", "/dev/null"};
+    const Result result =
+        run({"bash", "-c", "ulimit -n 20; " + quoted(on_board_with(going, follow))});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(count(result.errors, "the device is gone; waiting for it"), 20U) << result.errors;
+}
+
 } // namespace
