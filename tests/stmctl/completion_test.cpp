@@ -82,6 +82,27 @@ TEST_F(Completion, offers_files_where_a_file_belongs)
     EXPECT_EQ(offered({"stmctl", "flash", "firmware", "--retries", "im"}), "");
 }
 
+TEST_F(Completion, takes_a_word_for_an_option_that_a_value_follows_only_if_it_is_one)
+{
+    EXPECT_EQ(offered({"stmctl", "plot", "-", "--col"}), "--columns");
+    EXPECT_EQ(offered({"stmctl", "plot", "--", "--col"}), "--columns");
+    EXPECT_EQ(offered({"stmctl", "plot", "-o", "--col"}), "") << "it is the picture";
+}
+
+TEST_F(Completion, offers_files_for_every_file)
+{
+    write_file("image.bin", {1});
+    const Words commands[] = {
+        {"restore"}, {"save"}, {"plot"}, {"plot", "-o"}, {"plot", "--output"},
+    };
+    for (const Words &command : commands) {
+        Words words = {"stmctl"};
+        words.insert(words.end(), command.begin(), command.end());
+        words.emplace_back("im");
+        EXPECT_EQ(offered(words), "image.bin") << joined(words);
+    }
+}
+
 // bash makes three words of it.
 TEST_F(Completion, offers_values_after_an_equals_sign_too)
 {
@@ -155,6 +176,7 @@ TEST_F(ZshCompletion, offers_the_same_as_that_for_bash)
     EXPECT_EQ(offered({"stmctl", "records", "--format=csv", "--vari"}), "--variant ");
     EXPECT_EQ(offered({"stmctl", "flash", "firmware", ""}), "files ");
     EXPECT_EQ(offered({"stmctl", "flash", "firmware", "--retries", ""}), "");
+    EXPECT_EQ(offered({"stmctl", "plot", "-", "--col"}), "--columns ");
     EXPECT_EQ(offered({"stmctl", "nonsense", ""}).find("flash"), 0U);
 }
 
