@@ -77,4 +77,15 @@ TEST_F(WholeFile, stays_as_it_was_on_a_disk_that_is_full)
     EXPECT_EQ(files(), 1);
 }
 
+TEST_F(WholeFile, that_cannot_be_made_is_told_with_the_reason)
+{
+    try {
+        write_whole(file() + "/below", "new");
+        FAIL() << "not refused";
+    } catch (const Failure &failure) {
+        EXPECT_EQ(failure.what(), "cannot write '" + file() + "/below': Not a directory");
+    }
+    EXPECT_EQ(content(), "old");
+}
+
 } // namespace

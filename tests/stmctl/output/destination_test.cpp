@@ -1,0 +1,65 @@
+// Goal: a file of results keeps what is in it, however the run ends.
+#include "stmctl/output/destination.hpp"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+using namespace stmctl;
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+class DestinationFile : public testing::Test
+{
+  protected:
+    ~DestinationFile() override { fs::remove(file_); }
+
+    const std::string &file() const { return file_; }
+
+    std::string content() const
+    {
+        std::ifstream stream(file_);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+  private:
+    std::string file_ = testing::TempDir() + "destination-" + std::to_string(getpid());
+};
+
+TEST_F(DestinationFile, has_what_was_written_though_the_run_did_not_finish)
+{
+    {
+        Destination destination(file());
+        destination.begin();
+        destination.write("one\ntwo\n");
+        EXPECT_EQ(content(), "") << "it is held";
+    }
+    EXPECT_EQ(content(), "one\ntwo\n");
+}
+
+TEST_F(DestinationFile, that_was_not_there_goes_again_if_the_run_did_not_begin)
+{
+    {
+        const Destination destination(file());
+        EXPECT_TRUE(fs::exists(file()));
+    }
+    EXPECT_FALSE(fs::exists(file()));
+}
+
+TEST_F(DestinationFile, stays_with_what_somebody_else_has_put_into_it)
+{
+    {
+        const Destination destination(file());
+        std::ofstream(file()) << "other\n";
+    }
+    EXPECT_EQ(content(), "other\n");
+}
+
+} // namespace
