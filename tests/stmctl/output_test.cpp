@@ -2,7 +2,12 @@
 // disk is full.
 #include "tests/stmctl/stmctl_bench.hpp"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <csignal>
+#include <filesystem>
 
 namespace
 {
@@ -104,7 +109,22 @@ TEST_F(Output, the_device_never_becomes_a_standard_descriptor)
     EXPECT_EQ(in_shell({"get", "sampletime"}, "<&- 2>&-", {"--fault", "silence"}).status, 1);
 }
 
-TEST_F(Output, what_comes_before_a_failure_is_shown_before_it)
+TEST_F(Output, no_file_takes_the_place_of_a_closed_standard_descriptor)
+{
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    const std::string plot = quoted(directly({}, {program(), "plot", "pipe"}));
+    const pid_t pid = start({"bash", "-c", "exec " + plot + "<&- 2>&-"});
+    const int writer = open(path("pipe").c_str(), O_WRONLY | O_CLOEXEC); // once it is read
+    for (const char *number : {"0", "2"}) {
+        const std::string descriptor = "/proc/" + std::to_string(pid) + "/fd/" + number;
+        std::error_code closed;
+        EXPECT_EQ(std::filesystem::read_symlink(descriptor, closed), "/dev/null") << number;
+    }
+    close(writer);
+    EXPECT_EQ(finish(pid).status, 1) << "there was nothing in it";
+}
+
+TEST_F(Output, what_comes_before_a_failure_stands_before_it)
 {
     const Result result = in_shell({"poke", "0", "1", "2"}, "2>&1", {"--fault", "exchange@5"});
     EXPECT_EQ(result.output, "0x0000 = 1 (answer 1)\nstmctl: poke 0x0001: sending the command "
