@@ -222,7 +222,18 @@ TEST_F(Settings, file_of_exactly_the_largest_size_is_accepted)
     EXPECT_EQ(stmctl({"restore", "settings.txt"}).output, "sampletime = 100 (answer 1)\n");
 }
 
-TEST_F(Settings, written_by_hand_may_include_some_that_cannot_be_read)
+// Who reads on behind it gets the rest.
+TEST_F(Settings, file_is_read_no_further_than_a_byte_above_the_largest_size)
+{
+    write_text("large.txt", std::string((1 << 20) + 1, ' ') + "rest");
+    const Result result = run(
+        {"bash", "-c", "{ " + quoted(on_board_with({}, {"restore", "-"})) + "; cat; } <large.txt"});
+    EXPECT_EQ(result.errors,
+              "stmctl: standard input: more than 1048576 bytes, which cannot be settings\n");
+    EXPECT_EQ(result.output, "rest");
+}
+
+TEST_F(Settings, written_by_hand_may_be_such_as_cannot_be_asked_for)
 {
     write_text("settings.txt", "adc-value-pair 3 12.5 0.25\nbe-word-97 1 = 0xFFFF\n");
     const Result result = stmctl({"restore", "settings.txt"});
