@@ -87,6 +87,30 @@ TEST_F(Usage, help_has_topics)
                    "there is no help for 'nonsense'; see stmctl --help");
 }
 
+TEST_F(Usage, help_names_every_topic)
+{
+    const std::string all = shown({"--help"});
+    for (const std::string topic : {"access", "status", "losses", "stop"}) {
+        EXPECT_NE(all.find("\n  stmctl --help " + topic + "  "), std::string::npos) << topic;
+        EXPECT_EQ(shown({"--help", topic}).find("Usage: "), std::string::npos) << topic;
+    }
+}
+
+TEST_F(Usage, examples_of_a_command_are_of_that_command)
+{
+    for (const std::string command : COMMANDS) {
+        const std::string help = shown({command, "--help"});
+        const std::string title = "Examples:\n";
+        std::istringstream lines(help.substr(help.find(title) + title.size()));
+        for (std::string line; std::getline(lines, line) && !line.empty();) {
+            EXPECT_NE(line.find("stmctl " + command), std::string::npos) << line;
+        }
+    }
+    EXPECT_NE(shown({"ring", "--help"}).find("read --format csv     in another terminal\n"),
+              std::string::npos)
+        << "while the writer runs";
+}
+
 TEST_F(Usage, version_is_that_of_the_project)
 {
     const std::string version = shown({"--version"});
