@@ -49,6 +49,8 @@ TEST_F(Plot, as_a_picture_by_the_name_of_the_file)
 {
     EXPECT_EQ(plot({"records.csv", "-o", "a.png"}).status, 0);
     EXPECT_EQ(read_text("a.png").substr(1, 3), "PNG");
+    EXPECT_EQ(plot({"records.csv", "--output", "b.png"}).status, 0);
+    EXPECT_TRUE(read_file("b.png") == read_file("a.png"));
     EXPECT_EQ(plot({"records.csv", "-o", "A.SVG", "--columns", "I1,negIe"}).status, 0);
     const std::string svg = read_text("A.SVG");
     EXPECT_NE(svg.find("<svg"), std::string::npos);
