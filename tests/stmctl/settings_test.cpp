@@ -372,7 +372,7 @@ TEST_F(Settings, that_are_not_kept_as_typed_are_reported_before_they_are_sent)
               "stmctl: SECOND: 2.001 is sent in hundredths, as 2.00\n");
     EXPECT_EQ(remark_of({"set", "adc-value", "1", "1.2300"}), "");
     EXPECT_EQ(with_fault("exchange@2", {"set", "sampleskip", "256"}).errors,
-              "stmctl: sampleskip: 256 is asked back as 0: the answer has 8 bits\n"
+              "stmctl: sampleskip: 256 reads back as 0: the answer is an unsigned 8-bit number\n"
               "stmctl: sampleskip: sending the command failed: Input/output error\n");
 }
 

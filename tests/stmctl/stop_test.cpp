@@ -262,7 +262,7 @@ TEST_F(Stop, typed_s_ends_all_settings_with_the_wait_for_one)
                          "9<>pipe < <({ for i in 1 2 3 4 5; do read -r; done; printf 's\\n'; cat "
                          ">/dev/null; } <pipe)");
     };
-    const std::string end = "sampletime: stopped before it was done";
+    const std::string end = "sampletime: stopped before it had finished";
     expect_failure(stopped("late@0x51=3000", {"restore", "settings.txt"}), 3,
                    end + "\nstmctl: restore: ended early, 0 of 2 settings sent");
     expect_failure(stopped("late@0x03=3000", {"get", "--all"}), 3, end);
