@@ -222,15 +222,17 @@ SlotFollower::Look SlotFollower::start_over()
     return look;
 }
 
-// A writer begins at slot 0: the slots after its own are an earlier writer's, unless it has wrapped
-// around. In that case their times rise, and slot 0 continues where the last of them ends.
+// A writer begins at slot 0: what stands behind its own slots is an earlier one's, unless it has
+// come round; then these rise, and slot 0 goes on where the last of them ends. Its own reach up
+// to the one that it fills when all are copied.
 void SlotFollower::leave_out_earlier_writer()
 {
     Slots slots;
-    const int32_t end = write_index();
+    const int32_t begin = write_index();
     copy_slots(slots);
-    if (write_index() < end || end == 0) {
-        return; // if slot 0 is filled next, what comes there will show it
+    const int32_t end = write_index();
+    if (end < begin || begin == 0) {
+        return; // where slot 0 is filled next, what comes there will tell
     }
     bool goes_on = is_next(slots[0], slots[SLOTS - 1]);
     for (int32_t i = end + 2; i < SLOTS; ++i) {
@@ -239,7 +241,7 @@ void SlotFollower::leave_out_earlier_writer()
     if (goes_on) {
         return;
     }
-    std::copy(slots.begin() + end, slots.end(), known_.begin() + end);
+    std::copy(slots.begin() + end + 1, slots.end(), known_.begin() + end + 1);
 }
 
 SlotFollower::Look SlotFollower::everything()
