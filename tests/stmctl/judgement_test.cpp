@@ -241,6 +241,18 @@ TEST_F(Judgement, a_failed_run_writes_a_summary_too)
     EXPECT_EQ(read_text("full.json").find("{\"records\":"), 0U) << "although its output was lost";
 }
 
+TEST_F(Judgement, a_summary_that_the_disk_does_not_take_is_a_failure)
+{
+    const std::string full = "stmctl: cannot write '/dev/full': No space left on device\n";
+    for (const Words &command : {Words{"ring", "write", "--duration", "0.1"},
+                                 Words{"ring", "read", "--from-oldest", "-n", "5"}}) {
+        const Result result = judged(command, {}, {"--summary", "/dev/full"});
+        EXPECT_EQ(result.status, 1) << command[1];
+        EXPECT_TRUE(result.errors.ends_with(full)) << result.errors;
+        EXPECT_EQ(count(result.errors, full), 1U) << result.errors;
+    }
+}
+
 TEST_F(Judgement, a_failed_start_leaves_an_old_summary_as_it_was)
 {
     const std::vector<std::pair<Words, Words>> starts = {

@@ -85,7 +85,26 @@ TEST_F(LogFile, frames_are_continued_too)
     }
 }
 
-TEST_F(LogFile, the_incomplete_line_of_a_killed_run_is_removed)
+TEST_F(LogFile, a_log_that_looks_otherwise_than_usual_is_continued)
+{
+    for (const Words &words :
+         {Words{"records"}, Words{"adc"}, Words{"adc", "-n", "2"}, Words{"raw"}}) {
+        for (const Words &look : {Words{"--timestamps"}, Words{"--separator", ","},
+                                  Words{"--timestamps", "--separator", "tab"}}) {
+            Words all = words;
+            all.insert(all.end(), look.begin(), look.end());
+            all.insert(all.end(), {"--format", "csv", "-o", "log", "--append"});
+            std::filesystem::remove(path("log"));
+            EXPECT_EQ(stmctl(all).errors, "");
+            const size_t lines = count(read_text("log"), "\n");
+            EXPECT_EQ(stmctl(all).errors, "") << all[0] << look[0];
+            const size_t headers = words[0] == "raw" ? 0 : 1;
+            EXPECT_EQ(count(read_text("log"), "\n"), 2 * lines - headers) << all[0] << look[0];
+        }
+    }
+}
+
+TEST_F(LogFile, half_a_line_of_a_killed_run_is_cut_off)
 {
     const std::string csv = shown({"--format", "csv"});
     write_text("log", csv + "3;3;8953");

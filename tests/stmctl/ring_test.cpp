@@ -134,6 +134,7 @@ TEST_F(Ring, number_and_time_and_user_end_the_reader)
     EXPECT_EQ(script("$STMCTL ring read --from-oldest --duration 0.3").status, 0);
     EXPECT_EQ(script("$STMCTL ring read --duration 0.3").status, 1);
     EXPECT_EQ(script("$STMCTL ring read -n 5 --duration 0.3").status, 1);
+    EXPECT_EQ(script("$STMCTL ring read --from-oldest -n 1000 --duration 0.3").status, 1);
     EXPECT_EQ(script("$STMCTL ring read -n 5 < <(await_one; printf 's\\n')").status, 3);
     EXPECT_EQ(script("$STMCTL ring read < <(await_one; printf 's\\n')").status, 0);
     EXPECT_EQ(script("$STMCTL ring read -n 0").status, 2);

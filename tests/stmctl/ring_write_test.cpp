@@ -2,6 +2,10 @@
 // not.
 #include "tests/stmctl/ring_bench.hpp"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 namespace
 {
 
@@ -29,6 +33,21 @@ TEST_F(RingWrite, records_of_a_block_that_no_poll_follows_are_counted)
     EXPECT_NE(result.errors.find("ring write: " + delivered + " records, "), std::string::npos)
         << result.output << result.errors;
     EXPECT_NE(result.errors.find(", 1 failing exchange\n"), std::string::npos);
+}
+
+TEST_F(RingWrite, waits_for_the_device_when_told_and_refuses_otherwise)
+{
+    says({"state"});
+    const int lock = open(path("board/spidev1.0").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    const Result refused = in_shell({"ring", "write"}, "</dev/null");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.errors.ends_with("); --wait waits for it\n")) << refused.errors;
+    const Result stopped = in_shell({"ring", "write", "--wait"}, "<<<s");
+    EXPECT_EQ(stopped.status, 3);
+    EXPECT_TRUE(stopped.errors.ends_with(")\nstmctl: stopped while waiting for /dev/spidev1.0\n"))
+        << stopped.errors;
+    close(lock);
 }
 
 } // namespace

@@ -100,6 +100,10 @@ TEST_F(Samples, raw_bytes_in_every_format)
     EXPECT_EQ(table[0].at("47.Byte"), "47");
     EXPECT_EQ(count(says({"raw", "--format", "hex"}), "0x"), 4096U);
     EXPECT_EQ(says({"raw", "--format", "csv", "--timestamps"}).substr(0, 7), "\"time\";");
+    Table timed = jsonl(says({"raw", "--format", "jsonl", "--timestamps"}));
+    EXPECT_EQ(timed[0].at("time").size(), 17U);
+    timed[0].erase("time");
+    EXPECT_EQ(timed[0], table[0]);
 }
 
 TEST_F(Samples, what_has_not_come_is_not_shown)
@@ -161,6 +165,16 @@ TEST_F(Samples, number_and_time_end_them)
     EXPECT_EQ(stmctl({"raw", "--timestamps"}).status, 2);
     EXPECT_EQ(stmctl({"adc", "--variant", "base"}).status, 2);
     EXPECT_EQ(in_shell({"adc", "-n", "1000"}, "<<<s").status, 3);
+}
+
+TEST_F(Samples, fewer_than_are_wanted_in_the_time_are_a_failure)
+{
+    const Result result = stmctl({"raw", "-n", "1000", "--duration", "0.0101", "--format", "csv"});
+    EXPECT_EQ(result.status, 1);
+    const std::string shown = std::to_string(count(result.output, "\n"));
+    EXPECT_EQ(result.errors, "stmctl: raw: " + shown + " of 1000 frames, 0 rejected, 0 not ready " +
+                                 "in time, 0 failing exchanges\n");
+    EXPECT_NE(shown, "0");
 }
 
 TEST_F(Samples, a_file_takes_them)
