@@ -155,6 +155,10 @@ TEST_F(Ring, the_reader_s_file_is_written_as_requested)
     const Result kept = script(read + "--no-clobber");
     expect_failure(kept, 1, "'read.csv' already exists; --no-clobber keeps it");
     EXPECT_EQ(read_text("read.csv"), text);
+    const std::string timed = "$STMCTL ring read --from-oldest -n 2 --format csv --timestamps "
+                              "-o timed.csv --append ";
+    EXPECT_EQ(script(timed + "&& " + timed).status, 0);
+    EXPECT_EQ(count(read_text("timed.csv"), "\n"), 5U);
 }
 
 TEST_F(Ring, reader_ends_quietly_when_its_output_is_closed)
