@@ -340,8 +340,36 @@ TEST_F(Doctor, a_ring_is_good_unless_it_cannot_be_used)
     shmctl(small, IPC_RMID, nullptr);
 }
 
-// The boot loader is asked nothing during which the module checks for a stop.
-TEST_F(Doctor, can_be_stopped_whatever_it_asks)
+TEST_F(Doctor, several_writers_of_the_ring_are_bad)
+{
+    const Result result =
+        script("$BOARD $STMCTL ring write 2>first.err </dev/null & first=$!; await_one\n"
+               "$BOARD $STMCTL ring write 2>second.err </dev/null & second=$!\n"
+               "await_status 'several at once'; $BOARD --count-time $STMCTL doctor; status=$?\n"
+               "kill $first $second; wait; exit $status");
+    expect_bad(result, "1 of 14 checks failed: ring");
+    const std::string said = line(result, "ring");
+    EXPECT_EQ(said.find("ring      bad      present; writer: several at once, process "), 0U)
+        << said;
+    EXPECT_TRUE(said.ends_with("\n                   end all but one: their records mix\n"))
+        << said;
+}
+
+// From among other processes those that have it attached cannot be seen.
+TEST_F(Doctor, a_ring_whose_user_cannot_be_seen_is_neither_good_nor_bad)
+{
+    void *ring = shmat(shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, IPC_CREAT | 0666), nullptr, 0);
+    const Result result =
+        script("unshare --pid --fork --mount-proc $BOARD --count-time $STMCTL doctor");
+    shmdt(ring);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(line(result, "ring"),
+              "ring      unknown  present; writer: unknown: its processes cannot be inspected\n"
+              "                   sudo stmctl doctor can see them\n");
+}
+
+// The boot loader is asked nothing for which the module looks at its user's wishes.
+TEST_F(Doctor, is_ended_by_its_user_whatever_it_asks)
 {
     for (const std::string mode : {"application", "boot loader"}) {
         expect_failure(in_shell({"doctor"}, "<<<s", {"--mode", mode}), 3,
