@@ -55,6 +55,15 @@ TEST(Clock, that_was_the_same_before_is_named_once)
     EXPECT_EQ(judge_clock(examination).words, "6 MHz");
 }
 
+TEST(Clock, that_the_driver_does_not_tell_is_what_the_module_sets)
+{
+    Examination examination = with_bits(8);
+    examination.dialogue = Dialogue();
+    const Finding finding = judge_clock(examination);
+    EXPECT_EQ(finding.health, Health::good);
+    EXPECT_EQ(finding.words, "6 MHz");
+}
+
 TEST(Exchange, of_more_than_ten_times_the_time_of_the_wire_is_bad)
 {
     EXPECT_EQ(exchange_of(10.0).health, Health::good);
