@@ -119,7 +119,8 @@ TEST_F(RingState, its_writer_is_judged_by_what_it_does_and_not_by_its_flag)
     const std::string next = "; its flag is free; fills slot N next\n";
     const Result result = script(
         "status() { $STMCTL ring status | grep ^writer | "
-        "sed 's/process [0-9]*/process N/g; s/slot [0-9]*/slot N/'; }\n"
+        "sed 's/process [0-9]*/process N/g; s/slot [0-9]*/slot N/'\n"
+        "$STMCTL ring status --json | grep -o '\"state\":\"[a-z]*'; }\n"
         "$BOARD $STMCTL ring write 2>writer.err </dev/null & writer=$!\n"
         "await_status 'fills slot [1-9]'; status\n"
         "$BOARD $STMCTL ring write 2>second.err </dev/null & second=$!\n"
@@ -129,11 +130,12 @@ TEST_F(RingState, its_writer_is_judged_by_what_it_does_and_not_by_its_flag)
         "$BOARD --board third $STMCTL ring write 2>third.err </dev/null & third=$!\n"
         "await_status 'fills slot [1-9]'; kill -9 $third; await_status '^attached    0 times'; "
         "status\n");
+    const std::string state = next + "\"state\":\"";
     EXPECT_EQ(result.output,
-              "writer      writing, process N (stmctl)" + next +
-                  "writer      several at once, process N (stmctl) and process N (stmctl)" + next +
-                  "writer      ended cleanly" + next +
-                  "writer      gone without closing it: killed?" + next);
+              "writer      writing, process N (stmctl)" + state + "writing\n" +
+                  "writer      several at once, process N (stmctl) and process N (stmctl)" + state +
+                  "several\n" + "writer      ended cleanly" + state + "ended\n" +
+                  "writer      gone without closing it: killed?" + state + "killed\n");
 }
 
 TEST_F(RingState, a_program_that_leaves_no_mark_may_be_its_writer)
@@ -144,6 +146,8 @@ TEST_F(RingState, a_program_that_leaves_no_mark_may_be_its_writer)
                           std::to_string(getpid()) + " ("),
               std::string::npos)
         << output;
+    EXPECT_NE(script("$STMCTL ring status --json").output.find("{\"state\":\"foreign\","),
+              std::string::npos);
     shmdt(ring);
 }
 
@@ -151,15 +155,16 @@ TEST_F(RingState, a_program_that_leaves_no_mark_may_be_its_writer)
 TEST_F(RingState, a_process_that_cannot_be_seen_may_be_its_writer)
 {
     RingBuffer *ring = attached();
+    const std::string look = "unshare --pid --fork --mount-proc $STMCTL ring status ";
     const auto writer = [&](uint8_t mark) {
         reinterpret_cast<uint8_t *>(ring)[offsetof(RingBuffer, reader_open) + 1] = mark;
-        return script("unshare --pid --fork --mount-proc $STMCTL ring status | grep ^writer")
-            .output;
+        return script(look + "| grep ^writer").output;
     };
     const std::string next = "; its flag is free; fills slot 0 next\n";
     const std::string unseen = "writer      unknown: its processes cannot be inspected" + next;
     EXPECT_EQ(writer(0), unseen);
     EXPECT_EQ(writer(1), unseen);
+    EXPECT_NE(script(look + "--json").output.find("{\"state\":\"unseen\","), std::string::npos);
     EXPECT_EQ(writer(2), "writer      ended cleanly" + next);
     shmdt(ring);
 }
