@@ -285,15 +285,15 @@ ExitStatus read(const Options &options)
     const auto time = options.run.time();
     options.run.wanted();
     options.run.silence_given();
-    options.format.checked();
+    const Format format = options.format.checked();
     if (options.from_now && options.from_oldest) {
         throw Failure(ExitStatus::usage, "--from-now and --from-oldest cannot be combined");
     }
     RecordTally tally;
-    Destination destination(
-        options.format.file, options.format.old_content(),
-        beginning_of_records(options.format.checked(), options.format.timestamps,
-                             columns_of(RecordKind::temp), options.format.csv_form()));
+    Destination destination(options.format.file, options.format.old_content(),
+                            beginning_of_records(format, options.format.timestamps,
+                                                 columns_of(RecordKind::temp),
+                                                 options.format.csv_form()));
     SummaryFile summary(options.run.summary, tally, options.run.wanted(), &destination);
     const Segment segment = existing_segment();
     attach_ring();
