@@ -73,7 +73,18 @@ TEST(Exchange, of_more_than_ten_times_the_time_of_the_wire_is_bad)
     EXPECT_EQ(slow.remedy, "is the machine busy, or the controller without DMA?");
 }
 
-TEST(Lock, that_cannot_be_tried_is_bad_and_names_no_holder)
+TEST(Exchange, that_fails_is_bad)
+{
+    Examination examination;
+    examination.dialogue = Dialogue();
+    examination.dialogue->exchange_seconds = {{}, "synchronising the link failed: I/O error"};
+    const Finding finding = judge_exchange(examination);
+    EXPECT_EQ(finding.health, Health::bad);
+    EXPECT_EQ(finding.words, "synchronising the link failed: I/O error");
+    EXPECT_EQ(finding.remedy, "see dmesg");
+}
+
+TEST(Lock, that_cannot_be_tried_is_bad_and_nothing_is_said_of_a_holder)
 {
     Examination examination;
     examination.lock_failure = "cannot lock /dev/spidev1.0: No locks available";
