@@ -127,6 +127,8 @@ TEST_F(Records, a_file_replaces_the_output)
     write_file("records.csv", Bytes(100000, 'x'));
     EXPECT_EQ(says({"records", "-n", "99", "--format", "csv", "-o", "records.csv"}), "");
     EXPECT_EQ(read_text("records.csv"), shown);
+    EXPECT_EQ(says({"records", "-n", "99", "--format", "csv", "--output", "other.csv"}), "");
+    EXPECT_EQ(read_text("other.csv"), shown);
 }
 
 TEST_F(Records, a_file_that_cannot_be_written_is_reported)
