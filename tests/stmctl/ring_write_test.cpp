@@ -42,7 +42,7 @@ TEST_F(RingWrite, waits_for_the_device_when_told_and_refuses_otherwise)
     ASSERT_EQ(flock(lock, LOCK_EX), 0);
     const Result refused = in_shell({"ring", "write"}, "</dev/null");
     EXPECT_EQ(refused.status, 1);
-    EXPECT_TRUE(refused.errors.ends_with("); --wait waits for it\n")) << refused.errors;
+    EXPECT_TRUE(refused.errors.ends_with("); use --wait to wait for it\n")) << refused.errors;
     const Result stopped = in_shell({"ring", "write", "--wait"}, "<<<s");
     EXPECT_EQ(stopped.status, 3);
     EXPECT_TRUE(stopped.errors.ends_with(")\nstmctl: stopped while waiting for /dev/spidev1.0\n"))
