@@ -222,9 +222,9 @@ SlotFollower::Look SlotFollower::start_over()
     return look;
 }
 
-// A writer begins at slot 0: what stands behind its own slots is an earlier one's, unless it has
-// come round; then these rise, and slot 0 goes on where the last of them ends. Its own reach up
-// to the one that it fills when all are copied.
+// A writer begins at slot 0: the slots after its own are an earlier writer's, unless it has wrapped
+// around. In that case their times rise, and slot 0 continues where the last of them ends. Its own
+// slots include the one that it fills when all of them have been copied.
 void SlotFollower::leave_out_earlier_writer()
 {
     Slots slots;
@@ -232,7 +232,7 @@ void SlotFollower::leave_out_earlier_writer()
     copy_slots(slots);
     const int32_t end = write_index();
     if (end < begin || begin == 0) {
-        return; // where slot 0 is filled next, what comes there will tell
+        return; // if slot 0 is filled next, what comes there will show it
     }
     bool goes_on = is_next(slots[0], slots[SLOTS - 1]);
     for (int32_t i = end + 2; i < SLOTS; ++i) {
