@@ -2,6 +2,8 @@
 #include "simulator/board/application.hpp"
 
 #include "simulator/measuring/adc_frame.hpp"
+#include "simulator/wire/bytes.hpp"
+#include "simulator/wire/wire.hpp"
 #include "simulator/words/text.hpp"
 
 #include <algorithm>
@@ -14,15 +16,6 @@ namespace
 {
 
 constexpr uint32_t RAW_BYTES = 50;
-
-uint32_t little_endian(std::span<const uint8_t> bytes)
-{
-    uint32_t number = 0;
-    for (size_t i = 0; i < bytes.size(); ++i) {
-        number |= uint32_t{bytes[i]} << (8 * i);
-    }
-    return number;
-}
 
 uint16_t address_of(Application::Parameters parameters)
 {
@@ -145,13 +138,10 @@ Response Application::tell_number(const Command &command, Parameters parameters)
         value = setting->second;
     }
     const auto number = static_cast<uint64_t>(numbers_of(value).at(0));
-    std::vector<uint8_t> reply;
-    reply.reserve(sizeof(number));
-    for (int i = 0; i < command.width; ++i) {
-        reply.push_back(static_cast<uint8_t>(number >> (8 * i)));
-    }
-    return told(std::move(reply), text("query 0x%02X%s: %s", command.code,
-                                       channel_words(channel).c_str(), value.c_str()));
+    ByteWriter reply;
+    reply.put(number, static_cast<size_t>(command.width));
+    return told(reply.take(), text("query 0x%02X%s: %s", command.code,
+                                   channel_words(channel).c_str(), value.c_str()));
 }
 
 Response Application::tell_text(const Command &command) const
@@ -199,7 +189,7 @@ Response Application::tell_adc_values()
 // They start as records do, and then count up from the seed.
 Response Application::tell_raw_bytes() const
 {
-    std::vector<uint8_t> reply(RAW_BYTES, 0x55);
+    std::vector<uint8_t> reply(RAW_BYTES, READY);
     for (uint32_t i = 1; i < RAW_BYTES; ++i) {
         reply[i] = static_cast<uint8_t>(seed_ + i - 1);
     }

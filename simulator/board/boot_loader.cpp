@@ -2,7 +2,8 @@
 #include "simulator/board/boot_loader.hpp"
 
 #include "simulator/faults/faults.hpp"
-#include "simulator/wire/crc.hpp"
+#include "simulator/wire/bytes.hpp"
+#include "simulator/wire/wire.hpp"
 #include "simulator/words/text.hpp"
 
 #include <utility>
@@ -17,15 +18,6 @@ constexpr size_t ADDRESS_AT = 2;
 constexpr size_t SIZE_AT = 6;
 constexpr size_t DATA_AT = 10;
 
-uint32_t little_endian(std::span<const uint8_t> bytes)
-{
-    uint32_t number = 0;
-    for (size_t i = bytes.size(); i-- > 0;) {
-        number = number << 8 | bytes[i];
-    }
-    return number;
-}
-
 } // namespace
 
 int BootLoader::next_step() const
@@ -37,7 +29,7 @@ Verdict BootLoader::open(const FlashRegion &region)
 {
     region_ = &region;
     stage_ = Stage::header;
-    return {STATUS_ACKNOWLEDGED, text("%s download begins", region.name)};
+    return {READY, text("%s download begins", region.name)};
 }
 
 Verdict BootLoader::take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame)
@@ -66,7 +58,7 @@ Verdict BootLoader::take_header(uint32_t address, uint32_t size)
     received_ = 0;
     blocks_ = 0;
     stage_ = size == 0 ? Stage::closed : Stage::blocks;
-    return {STATUS_ACKNOWLEDGED, text("header: %u bytes at 0x%08X", size, address)};
+    return {READY, text("header: %u bytes at 0x%08X", size, address)};
 }
 
 Verdict BootLoader::take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data)
@@ -82,7 +74,7 @@ Verdict BootLoader::take_block(uint32_t address, uint32_t size, std::span<const 
         stage_ = Stage::closed;
     }
     const char *end = stage_ == Stage::closed ? ", the image is complete" : "";
-    return {STATUS_ACKNOWLEDGED, text("block %d: %u bytes%s", blocks_++, size, end)};
+    return {READY, text("block %d: %u bytes%s", blocks_++, size, end)};
 }
 
 Verdict BootLoader::refuse(uint8_t status, std::string note)

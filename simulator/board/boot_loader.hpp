@@ -17,10 +17,6 @@ namespace simulator
 inline constexpr size_t IMAGE_FRAME_SIZE = 1034;
 inline constexpr uint32_t IMAGE_BLOCK_SIZE = 1024;
 
-inline constexpr uint8_t STATUS_ACKNOWLEDGED = 0x55;
-inline constexpr uint8_t STATUS_CHECKSUM_ERROR = 0xF0;
-inline constexpr uint8_t STATUS_ADDRESS_ERROR = 0xF1;
-
 // How a frame was received.
 struct Verdict {
     uint8_t status;

@@ -1,6 +1,8 @@
 // The virtual co-processor: how it interprets an exchange.
 #include "simulator/board/coprocessor.hpp"
 
+#include "simulator/faults/fault_plan.hpp"
+#include "simulator/wire/wire.hpp"
 #include "simulator/words/text.hpp"
 
 #include <algorithm>
@@ -12,13 +14,6 @@ namespace simulator
 namespace
 {
 
-constexpr uint8_t IDLE = 0x00;     // sent while there is nothing to say
-constexpr uint8_t UNDRIVEN = 0xFF; // read while nothing drives the line
-
-constexpr uint8_t FILLER = 0x66;
-constexpr uint8_t STATUS_POLL = 0x33;
-constexpr uint8_t DATA_POLL = 0x44;
-
 constexpr uint8_t BOOT_LOADER_COMMAND = 0x81; // frame: switches the mode; byte: loads firmware
 constexpr uint8_t LOAD_BOOT_LOADER_COMMAND = 0x82;
 constexpr uint8_t START_APPLICATION_COMMAND = 0x83;
@@ -29,13 +24,7 @@ constexpr uint8_t COMMAND_FRAME_END = 0xAA;
 
 bool is_stream_poll(std::span<const uint8_t> bytes)
 {
-    return bytes.size() == STREAM_POLL_SIZE &&
-           std::ranges::all_of(bytes, [](uint8_t byte) { return byte == DATA_POLL; });
-}
-
-bool is_filler(std::span<const uint8_t> bytes)
-{
-    return std::ranges::all_of(bytes, [](uint8_t byte) { return byte == FILLER; });
+    return bytes.size() == STREAM_POLL_SIZE && all_are(bytes, DATA_POLL);
 }
 
 Readout make_readout(const Behaviour &behaviour)
@@ -118,8 +107,7 @@ void Coprocessor::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> mis
 // Drops any pending answer, status or block.
 void Coprocessor::drop_debts()
 {
-    status_.reset();
-    answer_.reset();
+    owed_ = Owed::nothing;
     transaction_.cancel();
     readout_.cancel();
 }
@@ -127,7 +115,7 @@ void Coprocessor::drop_debts()
 void Coprocessor::receive(std::span<const uint8_t> mosi)
 {
     drop_debts();
-    if (mosi.size() > COMMAND_FRAME_SIZE && is_filler(mosi)) {
+    if (mosi.size() > COMMAND_FRAME_SIZE && all_are(mosi, FILLER)) {
         synchronise();
     } else if (mosi.size() == IMAGE_FRAME_SIZE && boot_loader_.expects_frame()) {
         receive_image_frame(mosi.first<IMAGE_FRAME_SIZE>());
@@ -202,18 +190,16 @@ void Coprocessor::receive_application_command(std::span<const uint8_t, COMMAND_F
     }
     deafness_.begin(place);
     if (const RecordFormat *format = find_record_format(code)) {
-        readout_.request(*format, frame[1], busy_polls_at(place));
+        readout_.request(*format, frame[1]);
         note_ = text("%d records asked for", frame[1]);
+        owe(Owed::records, place);
         return;
     }
     Response response = application_.perform(*command, frame.subspan<1, PARAMETER_BYTES>());
     note_ = response.note;
-    for (const int at : {ALWAYS, place}) {
-        if (const Fault *odd = find_fault(behaviour_.faults, FaultKind::length, at)) {
-            response.answer = static_cast<uint16_t>(odd->value);
-        }
-    }
-    transaction_.begin(std::move(response), busy_polls_at(place));
+    response.answer = length_at(behaviour_.faults, place, response.answer);
+    transaction_.begin(std::move(response));
+    owe(Owed::transaction, place);
 }
 
 void Coprocessor::receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame)
@@ -245,99 +231,112 @@ void Coprocessor::enter(Mode mode)
     note_ = mode == Mode::boot_loader ? "boot loader started" : "application started";
 }
 
+void Coprocessor::owe(Owed what, int place)
+{
+    owed_ = what;
+    busy_ = delay_at(behaviour_.faults, place, behaviour_.busy_polls);
+}
+
 void Coprocessor::queue_answer(uint8_t answer, const char *meaning)
 {
-    answer_ = answer;
+    owed_ = Owed::byte;
+    owed_byte_ = answer;
     note_ = meaning;
 }
 
 void Coprocessor::queue_status(Verdict verdict, int step)
 {
     note_ = std::move(verdict.note);
-    status_ = verdict.status;
-    busy_ = busy_polls_at(step);
-    if (const Fault *odd = find_fault(behaviour_.faults, FaultKind::status, step)) {
-        status_ = static_cast<uint8_t>(odd->value);
-    }
+    owe(Owed::status, step);
+    owed_byte_ = status_at(behaviour_.faults, step, verdict.status);
 }
 
 bool Coprocessor::refused_by_fault(int step)
 {
-    const bool checksum = find_fault(behaviour_.faults, FaultKind::checksum_error, step) != nullptr;
-    const bool address = find_fault(behaviour_.faults, FaultKind::address_error, step) != nullptr;
-    if (!checksum && !address) {
-        return false;
+    const std::optional<Refusal> refusal = refusal_at(behaviour_.faults, step);
+    if (refusal) {
+        boot_loader_.close();
+        queue_status({refusal->status, refusal->note}, step);
     }
-    boot_loader_.close();
-    queue_status({checksum ? STATUS_CHECKSUM_ERROR : STATUS_ADDRESS_ERROR,
-                  checksum ? "fault: checksum error" : "fault: address error"},
-                 step);
-    return true;
-}
-
-int64_t Coprocessor::busy_polls_at(int place) const
-{
-    int64_t polls = behaviour_.busy_polls;
-    for (const int at : {ALWAYS, place}) {
-        if (const Fault *late = find_fault(behaviour_.faults, FaultKind::late, at)) {
-            polls += late->value;
-        }
-    }
-    return polls;
+    return refusal.has_value();
 }
 
 bool Coprocessor::died_at(int place)
 {
-    if (find_fault(behaviour_.faults, FaultKind::bus_inactive, place) != nullptr) {
-        dead_line_ = UNDRIVEN;
-        note_ = "fault: the bus is inactive from here on";
-    } else if (find_fault(behaviour_.faults, FaultKind::silence, place) != nullptr) {
-        dead_line_ = IDLE;
-        note_ = "fault: silent from here on";
+    if (const std::optional<Death> death = death_at(behaviour_.faults, place)) {
+        dead_line_ = death->line;
+        note_ = death->note;
     }
     return dead_line_.has_value();
 }
 
+// Whether one more poll finds it busy.
+bool Coprocessor::is_still_busy()
+{
+    if (busy_ == 0) {
+        return false;
+    }
+    --busy_;
+    note_ = "busy";
+    return true;
+}
+
 uint8_t Coprocessor::take_status()
 {
-    if (!status_) {
+    if (owed_ != Owed::status) {
         note_ = "nothing to acknowledge";
         return IDLE;
     }
-    if (busy_ > 0) {
-        --busy_;
-        note_ = "busy";
+    if (is_still_busy()) {
         return IDLE;
     }
-    note_ = *status_ == STATUS_ACKNOWLEDGED ? "acknowledged" : "status";
-    return *std::exchange(status_, std::nullopt);
+    owed_ = Owed::nothing;
+    note_ = owed_byte_ == READY ? "acknowledged" : "status";
+    return owed_byte_;
 }
 
 uint8_t Coprocessor::take_answer()
 {
-    if ((readout_.is_undecided() || transaction_.is_polled()) && deafness_.covers_poll()) {
+    const bool is_polled = readout_.is_undecided() || transaction_.is_polled();
+    if (is_polled && deafness_.covers_poll()) {
         note_ = "fault: deaf";
         return IDLE;
     }
     if (readout_.is_undecided()) {
-        transaction_.begin(readout_.take_counted_block(), readout_.busy_polls());
+        transaction_.begin(readout_.take_counted_block());
+        owed_ = Owed::transaction;
     }
-    if (transaction_.is_polled()) {
-        const uint8_t found = transaction_.take_poll();
-        note_ = transaction_.note();
-        return found;
+    if (is_polled) {
+        return is_still_busy() ? IDLE : announce();
     }
-    note_ = answer_ ? "answer" : "nothing to answer";
-    return std::exchange(answer_, std::nullopt).value_or(IDLE);
+    if (owed_ != Owed::byte) {
+        note_ = "nothing to answer";
+        return IDLE;
+    }
+    owed_ = Owed::nothing;
+    note_ = "answer";
+    return owed_byte_;
+}
+
+uint8_t Coprocessor::announce()
+{
+    const uint8_t found = transaction_.take_poll();
+    note_ = transaction_.note();
+    return found;
 }
 
 void Coprocessor::take_stream_poll(std::span<uint8_t> miso)
 {
     if (!readout_.is_waited_for()) {
         note_ = "nothing to answer";
-    } else if (deafness_.covers_poll()) {
+        return;
+    }
+    if (deafness_.covers_poll()) {
         note_ = "fault: deaf";
-    } else {
+        return;
+    }
+    readout_.begin_stream();
+    if (!is_still_busy()) {
         readout_.poll(miso);
         note_ = readout_.note();
     }

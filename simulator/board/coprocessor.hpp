@@ -69,6 +69,9 @@ class Coprocessor
     Tally tally() const { return {lives_, past_, readout_.counts()}; }
 
   private:
+    // What a host may fetch next: one thing at a time.
+    enum class Owed : uint8_t { nothing, status, byte, transaction, records };
+
     void restart(const Fault &fault);
     void drop_debts();
     void receive(std::span<const uint8_t> mosi);
@@ -79,10 +82,12 @@ class Coprocessor
     void synchronise();
     void begin_download(const FlashRegion &region);
     void enter(Mode mode);
+    void owe(Owed what, int place);
+    bool is_still_busy();
+    uint8_t announce();
     void queue_answer(uint8_t answer, const char *meaning);
     void queue_status(Verdict verdict, int step);
     bool refused_by_fault(int step);
-    int64_t busy_polls_at(int place) const;
     bool died_at(int place);
     uint8_t take_status();
     uint8_t take_answer();
@@ -102,9 +107,9 @@ class Coprocessor
     Counts past_;             // the sum of theirs
     Spells silences_;
     std::optional<uint8_t> dead_line_; // what is read from a dead board's line
-    std::optional<uint8_t> status_;    // fetched by a poll for an acknowledge
-    int64_t busy_ = 0;                 // further polls that find the board busy with it
-    std::optional<uint8_t> answer_;    // fetched by a data poll
+    Owed owed_ = Owed::nothing;
+    uint8_t owed_byte_ = 0; // a status, or an answer of one byte
+    int64_t busy_ = 0;      // further polls that find the board busy with what it owes
     std::string note_;
 };
 

@@ -1,7 +1,11 @@
 // A block on its way to a host that polls with twenty bytes.
 #include "simulator/board/delivery.hpp"
 
+#include "simulator/wire/bytes.hpp"
+#include "simulator/wire/wire.hpp"
+
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace simulator
@@ -10,8 +14,6 @@ namespace simulator
 namespace
 {
 
-constexpr uint8_t HEADER_MARKER = 0x55;
-constexpr uint8_t FILLER = 0x66;
 constexpr size_t HEADER_SIZE = 3;
 
 } // namespace
@@ -20,9 +22,8 @@ void Delivery::begin(Block block, size_t index, std::span<uint8_t> miso)
 {
     block_ = std::move(block);
     end_ = HEADER_SIZE + std::min<size_t>(block_.length, LARGEST_BLOCK);
-    const uint8_t header[] = {HEADER_MARKER, static_cast<uint8_t>(block_.length >> 8),
-                              static_cast<uint8_t>(block_.length)};
-    block_.bytes.insert(block_.bytes.begin(), std::begin(header), std::end(header));
+    const std::array<uint8_t, 2> length = big_endian(block_.length);
+    block_.bytes.insert(block_.bytes.begin(), {READY, length[0], length[1]});
     sent_ = 0;
     advance(miso.subspan(index));
     note_ = "header of " + block_.name;
@@ -41,8 +42,7 @@ size_t Delivery::missing() const
 bool Delivery::expects(std::span<const uint8_t> mosi) const
 {
     const uint8_t wanted = is_in_header() ? 0 : FILLER;
-    return sent_ < end_ && mosi.size() == missing() &&
-           std::ranges::count(mosi, wanted) == std::ssize(mosi);
+    return sent_ < end_ && mosi.size() == missing() && all_are(mosi, wanted);
 }
 
 void Delivery::give(std::span<uint8_t> miso)

@@ -30,11 +30,10 @@ void Readout::advance_to(std::chrono::nanoseconds now)
     counts_.measured += fresh;
 }
 
-void Readout::request(const RecordFormat &format, int count, int64_t busy_polls)
+void Readout::request(const RecordFormat &format, int count)
 {
     format_ = &format;
     count_ = std::min(count, format.most);
-    busy_ = busy_polls;
     stage_ = Stage::requested;
 }
 
@@ -94,14 +93,18 @@ Response Readout::take_counted_block()
     return response;
 }
 
-void Readout::poll(std::span<uint8_t> miso)
+void Readout::begin_stream()
 {
     stage_ = Stage::streaming;
-    measure_by_itself();
-    if (busy_ > 0) {
-        --busy_;
-        note_ = "busy";
-    } else if (live_.size() == 0) {
+    if (!live_.is_running() || live_format_ != format_) {
+        live_format_ = format_;
+        live_.start(now_);
+    }
+}
+
+void Readout::poll(std::span<uint8_t> miso)
+{
+    if (live_.size() == 0) {
         note_ = "no record yet";
     } else {
         stage_ = Stage::idle;
@@ -125,14 +128,6 @@ void Readout::give(std::span<uint8_t> miso)
     delivery_.give(miso);
     note_ = delivery_.note();
     finish_block_if_over();
-}
-
-void Readout::measure_by_itself()
-{
-    if (!live_.is_running() || live_format_ != format_) {
-        live_format_ = format_;
-        live_.start(now_);
-    }
 }
 
 Block Readout::take_live_block()

@@ -35,7 +35,7 @@ class Readout
     void advance_to(std::chrono::nanoseconds now);
 
     // A request has arrived, or something that ends it.
-    void request(const RecordFormat &format, int count, int64_t busy_polls);
+    void request(const RecordFormat &format, int count);
     void cancel();
 
     // The board stops measuring on its own.
@@ -44,13 +44,14 @@ class Readout
     // Polls of a single byte get records measured on the spot, if the request is still undecided.
     bool is_undecided() const { return stage_ == Stage::requested; }
     Response take_counted_block();
-    int64_t busy_polls() const { return busy_; }
 
     // The host has received all of the current block, if there is one.
     void finish_block();
 
     // Polls of twenty bytes get what was measured before, and the exchanges after them the rest.
+    // The first of them makes the board measure on its own, even if it is busy.
     bool is_waited_for() const { return stage_ != Stage::idle; }
+    void begin_stream();
     void poll(std::span<uint8_t> miso);
     bool expects(std::span<const uint8_t> mosi) const { return delivery_.expects(mosi); }
     void give(std::span<uint8_t> miso);
@@ -63,7 +64,6 @@ class Readout
   private:
     enum class Stage { idle, requested, streaming };
 
-    void measure_by_itself();
     Block take_live_block();
     void begin_block(const Block &block);
     void finish_block_if_over();
@@ -78,7 +78,6 @@ class Readout
     const RecordFormat *format_ = nullptr;      // of the request
     const RecordFormat *live_format_ = nullptr; // of the samples in the buffer
     int count_ = 0;
-    int64_t busy_ = 0; // further polls that find the board busy
     size_t deliveries_ = 0;
     size_t begun_records_ = 0; // of a block that is being fetched
     size_t begun_whole_ = 0;   // of them that a host receives whole

@@ -2,8 +2,11 @@
 #include "simulator/board/transaction.hpp"
 
 #include "simulator/measuring/record_source.hpp"
+#include "simulator/wire/bytes.hpp"
+#include "simulator/wire/wire.hpp"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace simulator
@@ -12,32 +15,18 @@ namespace simulator
 namespace
 {
 
-constexpr uint8_t BUSY = 0x00;
-constexpr uint8_t READY = 0x55;
-constexpr uint8_t FILLER = 0x66;
 constexpr size_t ANSWER_BYTES = 2;
-
-bool all_are(std::span<const uint8_t> bytes, uint8_t value)
-{
-    return std::ranges::count(bytes, value) == std::ssize(bytes);
-}
 
 } // namespace
 
-void Transaction::begin(Response response, int64_t busy_polls)
+void Transaction::begin(Response response)
 {
     response_ = std::move(response);
-    busy_ = busy_polls;
-    stage_ = Stage::busy;
+    stage_ = Stage::announced;
 }
 
 uint8_t Transaction::take_poll()
 {
-    if (busy_ > 0) {
-        --busy_;
-        note_ = "busy";
-        return BUSY;
-    }
     stage_ = response_.has_answer ? Stage::answer : Stage::reply;
     note_ = "ready";
     return READY;
@@ -71,8 +60,11 @@ void Transaction::give(std::span<uint8_t> miso)
 
 void Transaction::give_answer(std::span<uint8_t> miso)
 {
-    miso[response_.big_endian ? 1 : 0] = static_cast<uint8_t>(response_.answer);
-    miso[response_.big_endian ? 0 : 1] = static_cast<uint8_t>(response_.answer >> 8);
+    std::array<uint8_t, ANSWER_BYTES> bytes = big_endian(response_.answer);
+    if (!response_.big_endian) {
+        std::ranges::reverse(bytes);
+    }
+    std::ranges::copy(bytes, miso.begin());
     stage_ = response_.reply.empty() ? Stage::idle : Stage::reply;
     note_ = response_.answer_note;
 }

@@ -1,6 +1,6 @@
 // The stages of one parameter command at the co-processor's end of the wire:
 //
-//     idle --command--> busy --polls--> answer --00 00--> reply --filler--> idle
+//     idle --command--> announced --poll--> answer --00 00--> reply --filler--> idle
 //
 // Some have only a reply.
 // The command's frame and everything that fits no stage are left to the co-processor.
@@ -18,12 +18,12 @@ namespace simulator
 class Transaction
 {
   public:
-    void begin(Response response, int64_t busy_polls);
+    void begin(Response response);
     void cancel() { stage_ = Stage::idle; }
     bool is_over() const { return stage_ == Stage::idle; }
 
     // Whether a poll for data belongs to it, and the answer to such a poll.
-    bool is_polled() const { return stage_ == Stage::busy; }
+    bool is_polled() const { return stage_ == Stage::announced; }
     uint8_t take_poll();
 
     // Whether an exchange fetches its answer or its reply, and what that exchange receives.
@@ -33,14 +33,13 @@ class Transaction
     const std::string &note() const { return note_; }
 
   private:
-    enum class Stage { idle, busy, answer, reply };
+    enum class Stage { idle, announced, answer, reply };
 
     void give_answer(std::span<uint8_t> miso);
     size_t reply_size() const;
 
     Stage stage_ = Stage::idle;
     Response response_;
-    int64_t busy_ = 0; // further polls that find it busy
     std::string note_;
 };
 

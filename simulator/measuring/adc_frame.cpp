@@ -2,7 +2,7 @@
 #include "simulator/measuring/adc_frame.hpp"
 
 #include "simulator/measuring/measurement.hpp"
-#include "simulator/wire/byte_writer.hpp"
+#include "simulator/wire/bytes.hpp"
 
 namespace simulator
 {

@@ -1,7 +1,8 @@
 // The records in which samples are delivered.
 #include "simulator/measuring/record.hpp"
 
-#include "simulator/wire/byte_writer.hpp"
+#include "simulator/wire/bytes.hpp"
+#include "simulator/wire/wire.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -11,8 +12,6 @@ namespace simulator
 
 namespace
 {
-
-constexpr uint8_t RECORD_MARKER = 0x55;
 
 constexpr RecordFormat FORMATS[] = {
     {0xC8, true, 73, 56, 4, nullptr},
@@ -32,7 +31,7 @@ std::vector<uint8_t> write_record(const RecordFormat &format, const Sample &samp
                                   uint8_t buffered)
 {
     ByteWriter writer;
-    writer.put(RECORD_MARKER, 1);
+    writer.put(READY, 1);
     writer.put(sample.number, 1);
     writer.put(format.second != nullptr ? sample.*format.second : 0, 2);
     writer.put(sample.time, 4);

@@ -1,6 +1,8 @@
 // Blocks of records as a board delivers them.
 #include "simulator/measuring/record_source.hpp"
 
+#include "simulator/faults/fault_plan.hpp"
+#include "simulator/wire/wire.hpp"
 #include "simulator/words/text.hpp"
 
 #include <algorithm>
@@ -11,8 +13,6 @@ namespace simulator
 
 namespace
 {
-
-constexpr uint8_t PADDING = 0x55;
 
 std::string block_name(uint32_t number, size_t records)
 {
@@ -58,13 +58,12 @@ Block RecordSource::make_block(const RecordFormat &format, std::vector<uint8_t> 
     }
     block.whole = block.bytes.size() / format.size;
     if (find(FaultKind::padded, blocks_) != nullptr) {
-        block.bytes.resize(LARGEST_BLOCK, PADDING);
+        block.bytes.resize(LARGEST_BLOCK, READY);
     }
     block.length = static_cast<uint16_t>(block.bytes.size());
-    for (const Fault *odd : {find_fault(faults_, FaultKind::length, ALWAYS),
-                             find_fault(faults_, FaultKind::length, command_place(format.code)),
-                             find(FaultKind::block_length, blocks_)}) {
-        block.length = odd != nullptr ? static_cast<uint16_t>(odd->value) : block.length;
+    block.length = length_at(faults_, command_place(format.code), block.length);
+    if (const Fault *odd = find(FaultKind::block_length, blocks_)) {
+        block.length = static_cast<uint16_t>(odd->value);
     }
     block.whole = std::min<size_t>(block.whole, block.length / format.size);
     block.bytes.resize(std::max<size_t>(block.bytes.size(), block.length));

@@ -251,7 +251,8 @@ TEST_F(Stop, typed_s_ends_what_asks_or_sends_many_settings)
     EXPECT_EQ(read_text("settings.txt"), three);
 }
 
-// The transcript is a pipe: who reads it types behind the first polls, and reads on only then.
+// The transcript is a pipe: its reader types s after the first polls, and only
+// then reads on, to its end.
 TEST_F(Stop, typed_s_ends_all_settings_with_the_wait_for_one)
 {
     const std::string two = "sampletime 100\nsampleskip 5\n";
@@ -259,8 +260,8 @@ TEST_F(Stop, typed_s_ends_all_settings_with_the_wait_for_one)
     const auto stopped = [this](const std::string &fault, const Words &words) {
         return in_script("rm -f pipe; mkfifo pipe; " +
                          quoted(on_board_with({"--fault", fault, "--transcript", "pipe"}, words)) +
-                         "9<>pipe < <({ for i in 1 2 3 4 5; do read -r; done; printf 's\\n'; cat "
-                         ">/dev/null; } <pipe)");
+                         "9<>pipe < <({ for i in 1 2 3 4 5; do read -r; done; printf 's\\n'; "
+                         "exec cat >/dev/null; } <pipe 9<&-)");
     };
     const std::string end = "sampletime: stopped before it had finished";
     expect_failure(stopped("late@0x51=3000", {"restore", "settings.txt"}), 3,
