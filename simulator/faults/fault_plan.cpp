@@ -6,23 +6,6 @@
 namespace simulator
 {
 
-namespace
-{
-
-// The value of the fault that counts last, or the honest one.
-template <typename Value>
-Value last_value(const Faults &faults, FaultKind kind, int place, Value honest)
-{
-    for (const int at : {ALWAYS, place}) {
-        if (const Fault *fault = find_fault(faults, kind, at)) {
-            honest = static_cast<Value>(fault->value);
-        }
-    }
-    return honest;
-}
-
-} // namespace
-
 std::optional<Death> death_at(const Faults &faults, int place)
 {
     if (find_fault(faults, FaultKind::bus_inactive, place) != nullptr) {
@@ -64,7 +47,12 @@ int64_t delay_at(const Faults &faults, int place, int64_t honest)
 
 uint16_t length_at(const Faults &faults, int place, uint16_t honest)
 {
-    return last_value(faults, FaultKind::length, place, honest);
+    for (const int at : {ALWAYS, place}) {
+        if (const Fault *odd = find_fault(faults, FaultKind::length, at)) {
+            honest = static_cast<uint16_t>(odd->value);
+        }
+    }
+    return honest;
 }
 
 } // namespace simulator

@@ -1,4 +1,5 @@
 // Faults in words.
+#include "simulator/faults/fault_plan.hpp"
 #include "simulator/faults/faults.hpp"
 
 #include <gtest/gtest.h>
@@ -235,6 +236,20 @@ TEST(Faults, are_all_described)
           "gone@t=FROM..TO",      "intrusion@t=TIME=FILE", "speed-refused[=ERRNO]"}) {
         EXPECT_NE(description.find(form), std::string::npos) << form;
     }
+}
+
+TEST(FaultPlans, let_the_length_of_a_place_count_and_add_its_delay)
+{
+    const int place = command_place(0x21);
+    const Faults faults = {{FaultKind::length, place, 3},
+                           {FaultKind::length, ALWAYS, 9},
+                           {FaultKind::late, ALWAYS, 20},
+                           {FaultKind::late, place, 400}};
+    EXPECT_EQ(length_at(faults, place, 7), 3);
+    EXPECT_EQ(length_at(faults, command_place(0x22), 7), 9);
+    EXPECT_EQ(length_at({}, place, 7), 7);
+    EXPECT_EQ(delay_at(faults, place, 1), 421);
+    EXPECT_EQ(delay_at(faults, STEP_HEADER, 1), 21);
 }
 
 } // namespace
