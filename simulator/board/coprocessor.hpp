@@ -64,6 +64,7 @@ class Coprocessor
     void set_identity(BoardIdentity identity) { identity_ = identity; }
 
     Application &application() { return application_; }
+    const Application &application() const { return application_; }
 
     // What became of the records that it measured. A life ends with a restart.
     Tally tally() const { return {lives_, past_, readout_.counts()}; }

@@ -4,12 +4,11 @@
 
 #include "simulator/driver/intrusion.hpp"
 #include "simulator/driver/transcript.hpp"
+#include "simulator/driver/transcript_file.hpp"
 #include "simulator/driver/user_memory.hpp"
-#include "simulator/preload/counts_file.hpp"
 #include "simulator/preload/first_standard_error.hpp"
-#include "simulator/preload/transcript_file.hpp"
 #include "simulator/run/run_options.hpp"
-#include "simulator/store/board_directory.hpp"
+#include "simulator/store/kept_state.hpp"
 
 #include <unistd.h>
 
@@ -87,11 +86,11 @@ void note_exchange(const Exchange &exchange)
     }
 }
 
-BoardDirectory open_directory()
+KeptState open_folder()
 {
-    BoardDirectory directory;
-    check(directory.open(run_options().directory));
-    return directory;
+    KeptState kept;
+    check(kept.open(run_options().directory));
+    return kept;
 }
 
 Intrusion load_intrusion()
@@ -101,24 +100,14 @@ Intrusion load_intrusion()
     return intrusion;
 }
 
-constinit CountsFile *counts_file = nullptr; // of the board, once there is one
-
 struct Board {
-    Board()
-    {
-        counts_file = new CountsFile;
-        check(counts_file->open(run_options().directory));
-    }
+    Board() { check(kept.begin_counts()); }
 
     std::chrono::nanoseconds power_on = now(); // when the board's time begins
-    BoardDirectory directory = open_directory();
-    BoardIdentity identity = {};
-    CommandValues saved_settings;
-    uint32_t saved_spi_mode = 0;
+    KeptState kept = open_folder();
     std::chrono::nanoseconds call_begin{0}; // of the call being handled
-    Coprocessor coprocessor{directory.bytes(), identity, run_options().behaviour};
+    Coprocessor coprocessor{kept.bytes(), {}, run_options().behaviour};
     Intrusion intrusion = load_intrusion();
-    int stand_in_generation = 0;
     SpiDevice device{coprocessor, run_options().behaviour,
                      [this](std::chrono::nanoseconds time) { pass_wire_time(time); },
                      note_exchange};
@@ -136,9 +125,14 @@ struct Board {
     }
 };
 
+constinit Board *present_board = nullptr; // once there is one
+
 Board &board()
 {
-    static auto *const instance = new Board;
+    static auto *const instance = [] {
+        present_board = new Board;
+        return present_board;
+    }();
     return *instance;
 }
 
@@ -150,65 +144,6 @@ void begin_call(Board &board)
     board.intrusion.play_until(time, board.coprocessor);
     board.coprocessor.advance_to(time);
     board.device.advance_to(time);
-}
-
-void load_values(Board &board)
-{
-    CommandValues answers;
-    check(board.directory.load(ValuesOf::settings, board.saved_settings));
-    check(board.directory.load(ValuesOf::answers, answers));
-    board.coprocessor.application().load(board.saved_settings, std::move(answers));
-}
-
-void save_settings(Board &board)
-{
-    const CommandValues &settings = board.coprocessor.application().settings();
-    if (settings != board.saved_settings) {
-        board.saved_settings = settings;
-        check(board.directory.save(ValuesOf::settings, settings));
-    }
-}
-
-void save_mode(Board &board)
-{
-    const Mode mode = board.coprocessor.mode();
-    if (mode != board.identity.mode) {
-        board.identity.mode = mode;
-        check(board.directory.save_mode(mode));
-    }
-}
-
-void load_spi_mode(Board &board)
-{
-    check(board.directory.load_spi_mode(board.saved_spi_mode));
-    board.device.set_mode(board.saved_spi_mode);
-}
-
-void save_spi_mode(Board &board)
-{
-    const uint32_t mode = board.device.mode();
-    if (mode != board.saved_spi_mode) {
-        board.saved_spi_mode = mode;
-        check(board.directory.save_spi_mode(mode));
-    }
-}
-
-// A device that comes back has a new file, just as a device node would be a new one.
-void renew_stand_in(Board &board, int generation)
-{
-    if (generation != board.stand_in_generation) {
-        check(board.directory.renew_stand_in());
-        board.stand_in_generation = generation;
-    }
-}
-
-// The state of the board after the call, for anyone who looks into its folder.
-void save_state(Board &board)
-{
-    save_settings(board);
-    save_mode(board);
-    save_spi_mode(board);
-    check(counts_file->write(board.coprocessor.tally()));
 }
 
 // Appends the bytes of a buffer, if there is one that a driver would have accepted.
@@ -255,28 +190,20 @@ void begin_transcript()
 
 int device_open()
 {
-    static bool is_on = false; // before that, no state can be older than the files
     begin_transcript();
     begin_call(board());
-    if (is_on) {
-        save_state(board());
-    }
-    is_on = true;
-    check(board().directory.load(board().identity));
-    board().coprocessor.set_identity(board().identity);
-    load_values(board());
-    load_spi_mode(board());
+    check(board().kept.load(board().coprocessor, board().device));
     const int generation = board().device.open();
     if (generation >= 0) {
-        renew_stand_in(board(), generation);
+        check(board().kept.renew_stand_in(generation));
     }
     return generation;
 }
 
 void leave_counts_to_parent()
 {
-    if (counts_file != nullptr) {
-        counts_file->leave();
+    if (present_board != nullptr) {
+        present_board->kept.leave_counts();
     }
 }
 
@@ -289,7 +216,7 @@ int device_ioctl(int generation, unsigned long request, void *argument)
 {
     begin_call(board());
     const int result = board().device.ioctl(request, argument, generation);
-    save_state(board());
+    check(board().kept.save(board().coprocessor, board().device));
     return result;
 }
 

@@ -72,7 +72,7 @@ const Arrows ARROWS = {
     {"simulator/board",
      on(SIMULATOR_GROUND, {"simulator/measuring", "simulator/faults", "simulator/commands"})},
     {"simulator/driver", SIMULATOR_BOARD},
-    {"simulator/store", SIMULATOR_BOARD},
+    {"simulator/store", on(SIMULATOR_BOARD, {"simulator/driver"})},
     {"simulator/run", SIMULATOR_BOARD},
     {"simulator/preload",
      on(SIMULATOR_BOARD, {"simulator/driver", "simulator/store", "simulator/run"})},

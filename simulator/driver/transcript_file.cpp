@@ -1,5 +1,5 @@
 // The file to which a program's exchanges are appended.
-#include "simulator/preload/transcript_file.hpp"
+#include "simulator/driver/transcript_file.hpp"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,7 +1,7 @@
 // The files in which a board's counts can be read.
-#include "simulator/preload/counts_file.hpp"
+#include "simulator/store/counts_file.hpp"
 
-#include "simulator/preload/transcript_file.hpp"
+#include "simulator/driver/transcript_file.hpp"
 
 #include <fcntl.h>
 #include <sys/mman.h>
