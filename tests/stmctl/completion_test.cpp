@@ -37,6 +37,14 @@ TEST_F(Completion, is_registered_for_stmctl)
     EXPECT_EQ(bash("complete -p stmctl").output, "complete -F _stmctl stmctl\n");
 }
 
+TEST_F(Completion, has_entries_only_for_what_offers_something)
+{
+    const std::string script = read_text("script");
+    EXPECT_NE(script.find("        [\"stmctl ring\"]=\"write read status remove\"\n"),
+              std::string::npos);
+    EXPECT_EQ(script.find("=\"\""), std::string::npos);
+}
+
 TEST_F(Completion, offers_the_commands)
 {
     EXPECT_EQ(offered({"stmctl", "fl"}), "flash");

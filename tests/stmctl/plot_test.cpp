@@ -243,6 +243,18 @@ TEST_F(Plot, gnuplot_handles_a_closed_pipe_and_a_full_disk_as_usual)
     EXPECT_EQ(ignored & (uint64_t{1} << (SIGXFSZ - 1)), 0U);
 }
 
+// A terminal sends Ctrl-C to the whole group of stmctl.
+TEST_F(Plot, gnuplot_is_in_a_group_of_its_own)
+{
+    write_lines("gnuplot", {"#!/bin/sh", "cat >/dev/null",
+                            "read -r id name state parent group rest </proc/$$/stat",
+                            "[ \"$group\" = $$ ] && echo its own || echo that of others"});
+    std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_all);
+    const Result result =
+        run(directly({"PATH=" + path("") + ":/usr/bin:/bin"}, {program(), "plot", "records.csv"}));
+    EXPECT_EQ(result.output, "its own\n");
+}
+
 TEST_F(Plot, the_users_set_up_for_other_plots_has_no_effect)
 {
     write_lines(".gnuplot", {"set title 'MINE'"});

@@ -342,6 +342,10 @@ TEST_F(Settings, list_is_shown_as_json)
     EXPECT_TRUE(list.starts_with(
         "[{\"direction\":\"get\",\"name\":\"sampletime\",\"code\":\"0x03\",\"last_channel\":null,"
         "\"answers\":\"signed number, 16 bits\",\"function\":\"stm_query_short\"},"));
+    EXPECT_NE(list.find("{\"direction\":\"set\",\"name\":\"sampleskip\",\"code\":\"0x52\","
+                        "\"last_channel\":null,"
+                        "\"takes\":[{\"name\":\"SKIP\",\"least\":3,\"most\":32000}],"),
+              std::string::npos);
     EXPECT_TRUE(list.ends_with(
         ",{\"direction\":\"set\",\"name\":\"adc2-value-pair\",\"code\":\"0xC6\",\"last_channel\":1,"
         "\"takes\":[{\"name\":\"FIRST\",\"least\":0.00,\"most\":655.35},"

@@ -283,4 +283,20 @@ TEST_F(Terminal, shorter_line_covers_the_one_before)
         << screen();
 }
 
+TEST_F(Terminal, typed_s_counts_wherever_the_output_goes)
+{
+    open_terminal(
+        {"bash", "-c", really({"--fault", "silence"}, {"get", "sampletime"}) + ">output"});
+    type("s\n");
+    EXPECT_EQ(close_terminal(), 3);
+}
+
+TEST_F(Terminal, s_counts_through_a_pipe_while_the_output_is_on_it)
+{
+    open_terminal(
+        {"bash", "-c",
+         "echo s | " + quoted(on_board_with({"--fault", "silence"}, {"get", "sampletime"}))});
+    EXPECT_EQ(close_terminal(), 3);
+}
+
 } // namespace
