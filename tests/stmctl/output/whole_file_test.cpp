@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -34,6 +35,33 @@ class WholeFile : public testing::Test
     {
         std::ifstream stream(file());
         return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    std::string make_folder(const std::string &name, fs::perms rights) const
+    {
+        fs::create_directory(folder_ + "/" + name);
+        fs::permissions(folder_ + "/" + name, rights);
+        return folder_ + "/" + name;
+    }
+
+    // root may write everywhere: so it becomes another user.
+    static bool is_refused_to_a_user(const std::string &path)
+    {
+        constexpr uid_t USER = 65534;
+        const pid_t child = fork();
+        if (child == 0) {
+            bool refused = getuid() == 0 && setuid(USER) != 0;
+            try {
+                expect_writable(path);
+            } catch (const Failure &) {
+                refused = true;
+            }
+            _exit(refused ? 1 : 0);
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status));
+        return WEXITSTATUS(status) == 1;
     }
 
     auto files() const
@@ -86,6 +114,24 @@ TEST_F(WholeFile, that_cannot_be_made_is_told_with_the_reason)
         EXPECT_EQ(failure.what(), "cannot write '" + file() + "/below': Not a directory");
     }
     EXPECT_EQ(content(), "old");
+}
+
+// What a link leads to is replaced in its own folder; that of the link does not matter.
+TEST_F(WholeFile, behind_a_link_needs_the_folder_where_it_is_to_be_writable)
+{
+    const std::string other = make_folder("other", fs::perms::all);
+    std::ofstream(other + "/file") << "old";
+    fs::permissions(other + "/file", fs::perms::all);
+    const std::string links = make_folder("links", fs::perms::all);
+    fs::create_symlink(other + "/file", links + "/link");
+
+    fs::permissions(links, fs::perms(0555));
+    EXPECT_FALSE(is_refused_to_a_user(links + "/link"));
+    fs::permissions(links, fs::perms::all);
+    fs::permissions(other, fs::perms(0555));
+    EXPECT_TRUE(is_refused_to_a_user(links + "/link"));
+    fs::permissions(other, fs::perms::all);
+    EXPECT_FALSE(is_refused_to_a_user(links + "/link"));
 }
 
 } // namespace
