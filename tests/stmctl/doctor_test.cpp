@@ -270,6 +270,21 @@ TEST_F(Doctor, nothing_is_sent_while_another_one_holds_the_lock)
     EXPECT_EQ(transcript().size(), 0U);
 }
 
+// Another one may hold it: which is not known.
+TEST_F(Doctor, nothing_is_sent_if_the_lock_cannot_be_tried)
+{
+    const std::string preload = "LD_PRELOAD=" + probe_program("libfailing_flock.so");
+    const Result result =
+        run({"bash", "-c", "exec env " + preload + " " + quoted(on_board_with({}, {"doctor"}))});
+    expect_bad(result, "1 of 14 checks failed: lock");
+    EXPECT_EQ(line(result, "lock"),
+              "lock      bad      cannot lock /dev/spidev1.0: No locks available\n"
+              "                   see dmesg\n");
+    EXPECT_EQ(line(result, "runs"),
+              "runs      unknown  not asked: cannot lock /dev/spidev1.0: No locks available\n");
+    EXPECT_EQ(transcript().size(), 0U);
+}
+
 // In namespaces of their own; hidepid=2 takes other users' processes out of /proc altogether.
 TEST_F(Doctor, hidden_processes_leave_it_unknown_who_else_has_the_device_open)
 {
