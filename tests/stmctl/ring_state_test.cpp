@@ -220,16 +220,19 @@ TEST_F(RingState, each_number_has_its_place_in_json)
 
 TEST_F(RingState, its_last_times_are_distinguished)
 {
-    const auto begin = std::chrono::system_clock::now();
-    RingBuffer *ring = attached();
-    const auto second = std::chrono::seconds(2); // at least one between the two, in whole ones
-    wait_until("later", [&] { return std::chrono::system_clock::now() > begin + second; });
-    shmdt(ring);
-    const std::string json = script("$STMCTL ring status --json").output;
-    std::smatch times;
-    ASSERT_TRUE(std::regex_search(
-        json, times, std::regex("\"attached_at\":\"([^\"]*)\",\"detached_at\":\"([^\"]*)\"")));
-    EXPECT_LT(times[1].str(), times[2].str());
+    const auto expect_distinguished = [this](const std::string &option, const std::string &words) {
+        const auto begin = std::chrono::system_clock::now();
+        RingBuffer *ring = attached();
+        const auto second = std::chrono::seconds(2); // at least one between the two, in whole ones
+        wait_until("later", [&] { return std::chrono::system_clock::now() > begin + second; });
+        shmdt(ring);
+        const std::string shown = script("$STMCTL ring status " + option).output;
+        std::smatch times;
+        ASSERT_TRUE(std::regex_search(shown, times, std::regex(words))) << shown;
+        EXPECT_LT(times[1].str(), times[2].str());
+    };
+    expect_distinguished("--json", "\"attached_at\":\"([^\"]*)\",\"detached_at\":\"([^\"]*)\"");
+    expect_distinguished("", "attached ([-0-9]+ [:0-9]+), detached ([-0-9]+ [:0-9]+)\n");
 }
 
 TEST_F(RingState, damage_is_shown_in_json_too)
