@@ -10,6 +10,18 @@
 namespace
 {
 
+TEST_F(Reader, needs_a_segment_that_can_be_attached)
+{
+    try {
+        const RingView view(-1);
+        FAIL() << "attached";
+    } catch (const Failure &failure) {
+        EXPECT_EQ(failure.status(), ExitStatus::not_there);
+        EXPECT_EQ(std::string(failure.what()),
+                  "the ring's segment cannot be attached: Invalid argument");
+    }
+}
+
 TEST_F(Reader, begins_with_the_next_record)
 {
     put(1, 200);
