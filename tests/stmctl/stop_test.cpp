@@ -152,6 +152,18 @@ TEST_F(Stop, interrupt_between_attempts_ends_a_download)
     EXPECT_NE(result.errors.find("flash incomplete at the mode command: "), std::string::npos);
 }
 
+// The command fails, before the first poll.
+TEST_F(Stop, typed_s_ends_the_pause_before_another_download)
+{
+    const std::string why = "at the mode command: sending the command failed: Input/output error; ";
+    expect_failure(in_shell({"flash", "firmware", "image.bin", "--retries", "5"}, "<<<s",
+                            {"--fault", "exchange@2"}),
+                   3,
+                   "attempt 1 of 6 failed " + why + "trying again\nstmctl: flash incomplete " +
+                       why + "stopped by the user");
+    EXPECT_EQ(transcript().size(), 2U);
+}
+
 // Only a pipe whose writer continues is not left at the first one.
 TEST_F(Stop, a_second_interrupt_ends_it_at_once)
 {
