@@ -196,6 +196,15 @@ TEST_F(Terminal, watch_shows_losses_rejected_ones_and_the_rate_on_a_very_narrow_
               "\r0:00  766 rec  2476/s  lost 204  rej 0\r\n");
 }
 
+TEST_F(Terminal, watch_is_as_wide_as_the_one_of_its_output)
+{
+    const std::string watch =
+        quoted(on_board_with({"--rate", "6000"}, {"watch", "--duration", "0.3"}));
+    open_terminal({"bash", "-c", watch + "2>errors"}, 40);
+    EXPECT_EQ(close_terminal(), 0);
+    EXPECT_EQ(screen(), "\r0:00  766 rec  2476/s  lost 204  rej 0\r\n");
+}
+
 TEST_F(Terminal, a_narrow_one_shows_the_time_left_after_the_bar)
 {
     open_terminal(on_board_with({}, {"flash", "firmware", "image.bin"}), 40);
