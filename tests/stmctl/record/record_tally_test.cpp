@@ -58,6 +58,13 @@ TEST(RecordTally, counts_records_with_more_than_190_behind_them)
     EXPECT_EQ(tally.fullest, 8U);
 }
 
+TEST(RecordTally, counts_more_losses_than_fit_into_32_bits)
+{
+    const RecordTally tally = tally_of({at(0), at(0x7FFFFFFF), at(0xFFFFFFFE), at(0x7FFFFFFD)});
+    EXPECT_EQ(tally.backward, 0U);
+    EXPECT_EQ(tally.summary({}), "4 records, 6442450938 lost, 0 rejected, 0 overflowing");
+}
+
 TEST(RecordTally, of_an_even_stream_is_flawless)
 {
     const RecordTally tally = tally_of({at(1), at(2), at(3)});
