@@ -274,8 +274,9 @@ TEST_F(Doctor, nothing_is_sent_while_another_one_holds_the_lock)
 TEST_F(Doctor, nothing_is_sent_if_the_lock_cannot_be_tried)
 {
     const std::string preload = "LD_PRELOAD=" + probe_program("libfailing_flock.so");
+    const std::string admitted = std::string(ADMIT_INSTRUMENTED) + " " + preload + " ";
     const Result result =
-        run({"bash", "-c", "exec env " + preload + " " + quoted(on_board_with({}, {"doctor"}))});
+        run({"bash", "-c", "exec env " + admitted + quoted(on_board_with({}, {"doctor"}))});
     expect_bad(result, "1 of 14 checks failed: lock");
     EXPECT_EQ(line(result, "lock"),
               "lock      bad      cannot lock /dev/spidev1.0: No locks available\n"
