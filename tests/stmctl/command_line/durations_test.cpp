@@ -43,7 +43,8 @@ TEST(Duration, has_a_limit)
             ADD_FAILURE() << text;
         } catch (const Failure &failure) {
             EXPECT_EQ(failure.status(), ExitStatus::usage);
-            EXPECT_EQ(failure.what(), "--time must be a time such as 90, 90s, 5m, 1.5h or 500ms, above 0 and at most 1000000000 s, not '" +
+            EXPECT_EQ(failure.what(), "--time must be a time such as 90, 90s, 5m, 1.5h or 500ms, "
+                                      "above 0 and at most 1000000000 s, not '" +
                                           std::string(text) + "'");
         }
     }
