@@ -1,0 +1,84 @@
+// What a board's folder keeps while a program uses the board.
+#include "simulator/store/kept_state.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+namespace simulator
+{
+
+namespace
+{
+
+class KeptBoard : public testing::Test
+{
+  protected:
+    KeptBoard()
+    {
+        std::string name = std::filesystem::temp_directory_path() / "board-XXXXXX";
+        path = mkdtemp(name.data());
+        EXPECT_EQ(kept.open(path), "");
+        EXPECT_EQ(kept.begin_counts(), "");
+    }
+    ~KeptBoard() override { std::filesystem::remove_all(path); }
+
+    std::string content(const char *name) const
+    {
+        std::ifstream file(path + '/' + name);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+    ino_t stand_in() const
+    {
+        struct stat file = {};
+        EXPECT_EQ(stat(BoardDirectory::stand_in(path).c_str(), &file), 0);
+        return file.st_ino;
+    }
+
+    std::string path;
+    KeptState kept;
+};
+
+TEST_F(KeptBoard, has_each_new_mode_in_its_file)
+{
+    Coprocessor coprocessor(kept.bytes(), {}, {});
+    SpiDevice device(
+        coprocessor, {}, [](std::chrono::nanoseconds) {}, [](const Exchange &) {});
+    ASSERT_EQ(kept.load(coprocessor, device), "");
+    const auto mode_after = [&](const std::vector<uint8_t> &sent) {
+        std::vector<uint8_t> unheard(sent.size());
+        coprocessor.exchange(sent, unheard);
+        EXPECT_EQ(kept.save(coprocessor, device), "");
+        return content("mode");
+    };
+    EXPECT_EQ(mode_after({0x81, 0, 0, 0, 0, 0, 0, 0xAA}), "boot loader\n");
+    EXPECT_EQ(mode_after({0x83}), "application\n");
+    EXPECT_EQ(mode_after({0x81, 0, 0, 0, 0, 0, 0, 0xAA}), "boot loader\n");
+    for (const uint32_t spi_mode : {8U, 0U, 8U}) {
+        device.set_mode(spi_mode);
+        EXPECT_EQ(kept.save(coprocessor, device), "");
+        EXPECT_EQ(content("spi-mode"), std::to_string(spi_mode) + '\n');
+    }
+}
+
+TEST_F(KeptBoard, has_one_device_file_for_each_time_that_the_device_is_there)
+{
+    const ino_t first = stand_in();
+    EXPECT_EQ(kept.renew_stand_in(0), "");
+    EXPECT_EQ(stand_in(), first);
+    EXPECT_EQ(kept.renew_stand_in(1), "");
+    const ino_t second = stand_in();
+    EXPECT_NE(second, first);
+    EXPECT_EQ(kept.renew_stand_in(1), "");
+    EXPECT_EQ(stand_in(), second);
+}
+
+} // namespace
+
+} // namespace simulator
