@@ -1,10 +1,8 @@
 // A board in a folder.
 #include "simulator/store/board_directory.hpp"
-
-#include <gtest/gtest.h>
+#include "tests/simulator/board_folder.hpp"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -13,27 +11,6 @@ namespace simulator
 
 namespace
 {
-
-class BoardFolder : public testing::Test
-{
-  protected:
-    BoardFolder()
-    {
-        std::string name = std::filesystem::temp_directory_path() / "board-XXXXXX";
-        parent = mkdtemp(name.data());
-        path = parent / "board";
-    }
-    ~BoardFolder() override { std::filesystem::remove_all(parent); }
-
-    std::string content(const char *name) const
-    {
-        std::ifstream file(path + '/' + name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
-
-    std::filesystem::path parent;
-    std::string path;
-};
 
 TEST_F(BoardFolder, is_made_with_erased_flash_and_a_board_fresh_from_its_maker)
 {

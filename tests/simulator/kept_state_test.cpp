@@ -1,13 +1,10 @@
 // What a board's folder keeps while a program uses the board.
 #include "simulator/store/kept_state.hpp"
-
-#include <gtest/gtest.h>
+#include "tests/simulator/board_folder.hpp"
 
 #include <sys/stat.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <string>
 #include <vector>
 
 namespace simulator
@@ -16,22 +13,13 @@ namespace simulator
 namespace
 {
 
-class KeptBoard : public testing::Test
+class KeptBoard : public BoardFolder
 {
   protected:
     KeptBoard()
     {
-        std::string name = std::filesystem::temp_directory_path() / "board-XXXXXX";
-        path = mkdtemp(name.data());
         EXPECT_EQ(kept.open(path), "");
         EXPECT_EQ(kept.begin_counts(), "");
-    }
-    ~KeptBoard() override { std::filesystem::remove_all(path); }
-
-    std::string content(const char *name) const
-    {
-        std::ifstream file(path + '/' + name);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
 
     ino_t stand_in() const
@@ -41,7 +29,6 @@ class KeptBoard : public testing::Test
         return file.st_ino;
     }
 
-    std::string path;
     KeptState kept;
 };
 
