@@ -7,7 +7,7 @@
 #include "simulator/words/text.hpp"
 
 #include <algorithm>
-#include <utility>
+#include <iterator>
 
 namespace simulator
 {
@@ -15,29 +15,35 @@ namespace simulator
 namespace
 {
 
-constexpr uint32_t RAW_BYTES = 50;
+constexpr uint16_t RAW_BYTES = 50;
 
 uint16_t address_of(Application::Parameters parameters)
 {
     return static_cast<uint16_t>(little_endian(parameters.first(2)));
 }
 
-Response result(uint16_t answer, std::string note)
+Response result(uint16_t answer)
 {
     Response response;
     response.answer = answer;
-    response.note = std::move(note);
     return response;
 }
 
-Response told(std::vector<uint8_t> reply, std::string note)
+// A reply of that many bytes.
+Response told(size_t size, ReplyAt at = ReplyAt::buffer)
 {
-    Response response;
-    response.answer = static_cast<uint16_t>(reply.size());
-    response.answer_note = reply.empty() ? "result" : "length of the reply";
-    response.reply = std::move(reply);
-    response.note = std::move(note);
+    Response response = result(static_cast<uint16_t>(size));
+    response.kind = size == 0 ? ResponseKind::result : ResponseKind::reply;
+    response.size = response.answer;
+    response.at = at;
     return response;
+}
+
+// The result of a command without a reply.
+Response result_of(const Board &board, const Command &command)
+{
+    const std::string answer(answer_of(board, command.code));
+    return result(static_cast<uint16_t>(numbers_of(answer).at(0)));
 }
 
 // The channel that the first parameter names; false if the command has no such channel.
@@ -52,175 +58,196 @@ std::string channel_words(int channel)
     return channel == NO_PLACE ? std::string() : text(" channel %d", channel);
 }
 
-Response no_such_channel(const Command &command, int channel)
+Response no_such_channel(const Command &command, int channel, std::string &note)
 {
-    return result(0, text("command 0x%02X has no channel %d", command.code, channel));
+    note = text("command 0x%02X has no channel %d", command.code, channel);
+    return result(0);
 }
 
-// The values of a setting, as received.
-std::string received_values(const Command &command, Application::Parameters parameters)
+Response tell_text(const Board &board, const Command &command, std::string &note)
 {
-    std::string values;
-    size_t at = command.channels == 0 ? 0 : 1;
-    const auto width = static_cast<size_t>(command.width);
-    for (int i = 0; i < command.values; ++i, at += width) {
-        values += text("%s%u", i > 0 ? " " : "", little_endian(parameters.subspan(at, width)));
+    const size_t size = answer_of(board, command.code).size();
+    Response response = told(std::min<size_t>(size, UINT16_MAX), ReplyAt::text);
+    response.code = command.code;
+    note = text("query 0x%02X", command.code);
+    return response;
+}
+
+Response write_byte(const Board &board, const Command &command, Application::Parameters parameters,
+                    std::string &note)
+{
+    const uint16_t address = address_of(parameters);
+    board.bytes.memory[address] = parameters[2];
+    note = text("0x%02X written to 0x%04X", parameters[2], address);
+    return result_of(board, command);
+}
+
+Response read_range(Application::Parameters parameters, std::string &note)
+{
+    const uint32_t count = little_endian(parameters.subspan(2, 2));
+    Response response = told(count, ReplyAt::memory);
+    response.address = address_of(parameters);
+    note = text("%u bytes from 0x%04X on", count, response.address);
+    return response;
+}
+
+// They start as records do, and then count up from the seed.
+Response tell_raw_bytes(const Board &board, BlockBytes buffer, std::string &note)
+{
+    buffer[0] = READY;
+    for (int i = 1; i < RAW_BYTES; ++i) {
+        buffer[static_cast<size_t>(i)] = static_cast<uint8_t>(board.behaviour.seed + i - 1);
     }
-    return values;
+    note = "raw bytes asked for";
+    Response response = told(RAW_BYTES);
+    response.kind = ResponseKind::raw;
+    return response;
 }
 
 } // namespace
 
-void Application::load(CommandValues settings, CommandValues answers)
+void Application::load()
 {
-    settings_ = std::move(settings);
-    answers_ = std::move(answers);
-    reads_.clear();
+    std::ranges::fill(settings_, ReceivedSetting());
+    std::ranges::fill(reads_, 0);
 }
 
 void Application::restart()
 {
     adc_start_ = 1;
-    reads_.clear();
+    std::ranges::fill(reads_, 0);
 }
 
-Response Application::perform(const Command &command, Parameters parameters)
+CommandValues Application::settings(const Board &board) const
+{
+    CommandValues values = board.settings;
+    for (size_t slot = 0; slot < SETTING_SLOTS; ++slot) {
+        if (settings_[slot].is_received != 0) {
+            values[setting_keys()[slot]] = words_of(slot);
+        }
+    }
+    return values;
+}
+
+Response Application::perform(const Board &board, const Command &command, Parameters parameters,
+                              BlockBytes buffer, std::string &note)
 {
     switch (command.kind) {
     case CommandKind::number:
-        return tell_number(command, parameters);
+        return tell_number(board, command, parameters, buffer, note);
     case CommandKind::text:
-        return tell_text(command);
+        return tell_text(board, command, note);
     case CommandKind::setting:
-        return set(command, parameters);
+        return set(board, command, parameters, note);
     case CommandKind::plain:
-        return result(result_of(command), text("command 0x%02X", command.code));
+        note = text("command 0x%02X", command.code);
+        return result_of(board, command);
     case CommandKind::write_byte:
-        return write_byte(command, parameters);
+        return write_byte(board, command, parameters, note);
     case CommandKind::read_byte:
-        return read_byte(parameters);
+        return read_byte(board, parameters, buffer, note);
     case CommandKind::read_range:
-        return read_range(parameters);
+        return read_range(parameters, note);
     case CommandKind::adc_values:
-        return tell_adc_values();
+        note = "values asked for";
+        return tell_adc_values(board, buffer);
     case CommandKind::raw_bytes:
-        return tell_raw_bytes();
+        return tell_raw_bytes(board, buffer, note);
     case CommandKind::records:
         break; // they belong to the board, not to the commands
     }
     return {};
 }
 
-Response Application::set(const Command &command, Parameters parameters)
+Response Application::set(const Board &board, const Command &command, Parameters parameters,
+                          std::string &note)
 {
     int channel = NO_PLACE;
     if (!take_channel(command, parameters, channel)) {
-        return no_such_channel(command, channel);
+        return no_such_channel(command, channel, note);
     }
-    const std::string values = received_values(command, parameters);
-    settings_[{command.code, channel}] = values;
-    return result(result_of(command), text("setting 0x%02X%s = %s", command.code,
-                                           channel_words(channel).c_str(), values.c_str()));
+    const size_t slot = *setting_slot({command.code, channel});
+    ReceivedSetting &setting = settings_[slot];
+    setting.is_received = 1;
+    size_t at = command.channels == 0 ? 0 : 1;
+    const auto width = static_cast<size_t>(command.width);
+    for (int i = 0; i < command.values; ++i, at += width) {
+        setting.values[i] = little_endian(parameters.subspan(at, width));
+    }
+    ++received_;
+    note = text("setting 0x%02X%s = %s", command.code, channel_words(channel).c_str(),
+                words_of(slot).c_str());
+    return result_of(board, command);
+}
+
+// The values in a slot that has received some.
+std::string Application::words_of(size_t slot) const
+{
+    const uint32_t *values = settings_[slot].values;
+    const bool is_pair = find_command(setting_keys()[slot].code)->values > 1;
+    return is_pair ? text("%u %u", values[0], values[1]) : text("%u", values[0]);
+}
+
+// What a setting has received, or else what the board had for it; none if neither.
+std::optional<std::string> Application::setting(const Board &board, CommandKey key) const
+{
+    const std::optional<size_t> slot = setting_slot(key);
+    if (slot && settings_[*slot].is_received != 0) {
+        return words_of(*slot);
+    }
+    const auto found = board.settings.find(key);
+    return found == board.settings.end() ? std::nullopt : std::optional(found->second);
 }
 
 // A given answer takes precedence over what the setting of the same quantity has received.
-Response Application::tell_number(const Command &command, Parameters parameters) const
+Response Application::tell_number(const Board &board, const Command &command, Parameters parameters,
+                                  BlockBytes buffer, std::string &note) const
 {
     int channel = NO_PLACE;
     if (!take_channel(command, parameters, channel)) {
-        return no_such_channel(command, channel);
+        return no_such_channel(command, channel, note);
     }
-    std::string value = command.default_answer;
-    const auto setting = settings_.find({command.shows, channel});
-    if (const std::string *answer = find_answer(command.code, channel)) {
+    std::string value = setting(board, {command.shows, channel}).value_or(command.default_answer);
+    if (const std::string *answer = find_answer(board, command.code, channel)) {
         value = *answer;
-    } else if (setting != settings_.end()) {
-        value = setting->second;
     }
-    const auto number = static_cast<uint64_t>(numbers_of(value).at(0));
-    ByteWriter reply;
-    reply.put(number, static_cast<size_t>(command.width));
-    return told(reply.take(), text("query 0x%02X%s: %s", command.code,
-                                   channel_words(channel).c_str(), value.c_str()));
+    ByteWriter reply(buffer);
+    reply.put(static_cast<uint64_t>(numbers_of(value).at(0)), static_cast<size_t>(command.width));
+    note = text("query 0x%02X%s: %s", command.code, channel_words(channel).c_str(), value.c_str());
+    return told(reply.size());
 }
 
-Response Application::tell_text(const Command &command) const
-{
-    const std::string *answer = find_answer(command.code, NO_PLACE);
-    const std::string words = (answer != nullptr ? *answer : command.default_answer);
-    const std::string taken = words.substr(0, UINT16_MAX);
-    return told({taken.begin(), taken.end()}, text("query 0x%02X", command.code));
-}
-
-Response Application::write_byte(const Command &command, Parameters parameters)
+Response Application::read_byte(const Board &board, Parameters parameters, BlockBytes buffer,
+                                std::string &note)
 {
     const uint16_t address = address_of(parameters);
-    memory_[address] = parameters[2];
-    return result(result_of(command), text("0x%02X written to 0x%04X", parameters[2], address));
+    buffer[0] = byte_at(board, address);
+    note = text("byte at 0x%04X", address);
+    return told(1);
 }
 
-Response Application::read_byte(Parameters parameters)
+Response Application::tell_adc_values(const Board &board, BlockBytes buffer)
 {
-    const uint16_t address = address_of(parameters);
-    return told({byte_at(address)}, text("byte at 0x%04X", address));
-}
-
-Response Application::read_range(Parameters parameters) const
-{
-    const uint16_t address = address_of(parameters);
-    const uint32_t count = little_endian(parameters.subspan(2, 2));
-    std::vector<uint8_t> reply(count);
-    for (uint32_t i = 0; i < count; ++i) {
-        reply[i] = memory_[(address + i) % MEMORY_SIZE];
-    }
-    return told(std::move(reply), text("%u bytes from 0x%04X on", count, address));
-}
-
-Response Application::tell_adc_values()
-{
-    Response response = told(write_adc_frame(seed_, adc_start_, adc_values_), "values asked for");
+    write_adc_frame(buffer.first<ADC_FRAME_SIZE>(), static_cast<uint32_t>(board.behaviour.seed),
+                    adc_start_, static_cast<uint8_t>(board.behaviour.adc_values));
     adc_start_ += ADC_VALUES;
-    response.answer_note = "length of the values";
-    response.reply_note = text("%d values", adc_values_);
-    response.is_block = true;
-    return response;
-}
-
-// They start as records do, and then count up from the seed.
-Response Application::tell_raw_bytes() const
-{
-    std::vector<uint8_t> reply(RAW_BYTES, READY);
-    for (uint32_t i = 1; i < RAW_BYTES; ++i) {
-        reply[i] = static_cast<uint8_t>(seed_ + i - 1);
-    }
-    Response response = told(std::move(reply), "raw bytes asked for");
-    response.reply_note = "raw bytes";
-    response.has_answer = false;
+    Response response = told(ADC_FRAME_SIZE);
+    response.kind = ResponseKind::values;
     return response;
 }
 
 // An address for which a text is given returns it byte by byte, then a 0, then starts again.
-uint8_t Application::byte_at(int address)
+uint8_t Application::byte_at(const Board &board, int address)
 {
-    const std::string *words = find_answer('b', address);
-    if (words == nullptr) {
-        return memory_[static_cast<size_t>(address)];
+    const CommandKey key = {'b', address};
+    const auto found = board.answers.find(key);
+    if (found == board.answers.end()) {
+        return board.bytes.memory[static_cast<size_t>(address)];
     }
-    const size_t at = reads_[address]++ % (words->size() + 1);
-    return static_cast<uint8_t>(words->c_str()[at]);
-}
-
-uint16_t Application::result_of(const Command &command) const
-{
-    const std::string *answer = find_answer(command.code, NO_PLACE);
-    return static_cast<uint16_t>(
-        numbers_of(answer != nullptr ? *answer : command.default_answer).at(0));
-}
-
-const std::string *Application::find_answer(uint8_t code, int place) const
-{
-    const auto found = answers_.find({code, place});
-    return found == answers_.end() ? nullptr : &found->second;
+    const auto before = std::distance(board.answers.lower_bound({'b', 0}), found);
+    const std::string &words = found->second;
+    const size_t at = reads_[before]++ % (words.size() + 1);
+    return static_cast<uint8_t>(words.c_str()[at]);
 }
 
 } // namespace simulator

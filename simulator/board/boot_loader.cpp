@@ -25,14 +25,14 @@ int BootLoader::next_step() const
     return stage_ == Stage::header ? STEP_HEADER : STEP_FIRST_BLOCK + blocks_;
 }
 
-Verdict BootLoader::open(const FlashRegion &region)
+Verdict BootLoader::open(Region region)
 {
-    region_ = &region;
+    region_ = region;
     stage_ = Stage::header;
-    return {READY, text("%s download begins", region.name)};
+    return {READY, text("%s download begins", bounds_of(region).name)};
 }
 
-Verdict BootLoader::take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame)
+Verdict BootLoader::take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame, Flash flash)
 {
     const uint32_t sent = little_endian(frame.first(ADDRESS_AT));
     const uint16_t computed = bitwise_crc(frame.subspan(ADDRESS_AT));
@@ -42,18 +42,19 @@ Verdict BootLoader::take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame)
     }
     const uint32_t address = little_endian(frame.subspan(ADDRESS_AT, 4));
     const uint32_t size = little_endian(frame.subspan(SIZE_AT, 4));
-    return stage_ == Stage::header ? take_header(address, size)
-                                   : take_block(address, size, frame.subspan(DATA_AT));
+    return stage_ == Stage::header ? take_header(address, size, flash)
+                                   : take_block(address, size, frame.subspan(DATA_AT), flash);
 }
 
-Verdict BootLoader::take_header(uint32_t address, uint32_t size)
+Verdict BootLoader::take_header(uint32_t address, uint32_t size, Flash flash)
 {
-    if (address != region_->start || size > region_->size) {
+    const FlashRegion &region = bounds_of(region_);
+    if (address != region.start || size > region.size) {
         return refuse(STATUS_ADDRESS_ERROR,
                       text("header: %u bytes at 0x%08X, but the %s has %u at 0x%08X", size, address,
-                           region_->name, region_->size, region_->start));
+                           region.name, region.size, region.start));
     }
-    flash_.erase(*region_);
+    flash.erase(region);
     image_size_ = size;
     received_ = 0;
     blocks_ = 0;
@@ -61,14 +62,16 @@ Verdict BootLoader::take_header(uint32_t address, uint32_t size)
     return {READY, text("header: %u bytes at 0x%08X", size, address)};
 }
 
-Verdict BootLoader::take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data)
+Verdict BootLoader::take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data,
+                               Flash flash)
 {
+    const uint32_t start = bounds_of(region_).start;
     const uint32_t missing = image_size_ - received_;
-    if (address != region_->start || size == 0 || size > IMAGE_BLOCK_SIZE || size > missing) {
+    if (address != start || size == 0 || size > IMAGE_BLOCK_SIZE || size > missing) {
         return refuse(STATUS_ADDRESS_ERROR, text("block %d: %u bytes for 0x%08X, %u are missing",
                                                  blocks_, size, address, missing));
     }
-    flash_.program(region_->start + received_, data.first(size));
+    flash.program(start + received_, data.first(size));
     received_ += size;
     if (received_ == image_size_) {
         stage_ = Stage::closed;

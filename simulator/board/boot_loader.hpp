@@ -26,13 +26,11 @@ struct Verdict {
 class BootLoader
 {
   public:
-    explicit BootLoader(Flash flash) : flash_(flash) {}
-
     // A mode command has arrived: the next frame is a header for this region.
-    Verdict open(const FlashRegion &region);
+    Verdict open(Region region);
 
     // A frame has arrived while one was expected.
-    Verdict take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame);
+    Verdict take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame, Flash flash);
 
     void close() { stage_ = Stage::closed; }
     bool expects_frame() const { return stage_ != Stage::closed; }
@@ -41,18 +39,18 @@ class BootLoader
     int next_step() const;
 
   private:
-    enum class Stage { closed, header, blocks };
+    enum class Stage : uint8_t { closed, header, blocks };
 
-    Verdict take_header(uint32_t address, uint32_t size);
-    Verdict take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data);
+    Verdict take_header(uint32_t address, uint32_t size, Flash flash);
+    Verdict take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data, Flash flash);
     Verdict refuse(uint8_t status, std::string note);
 
-    Flash flash_;
     Stage stage_ = Stage::closed;
-    const FlashRegion *region_ = nullptr;
+    Region region_ = Region::boot_loader;
+    [[maybe_unused]] uint16_t unused_ = 0;
     uint32_t image_size_ = 0;
     uint32_t received_ = 0;
-    int blocks_ = 0;
+    int32_t blocks_ = 0;
 };
 
 } // namespace simulator

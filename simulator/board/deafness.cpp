@@ -8,28 +8,27 @@ Deafness::Deafness(const Faults &faults)
 {
     for (const Fault &fault : faults) {
         if (fault.kind == FaultKind::deaf) {
-            waits_[fault.place] = fault.value;
+            waits_[command_at(fault.place)] = fault.value;
         }
     }
 }
 
-void Deafness::begin(int place)
+void Deafness::begin(uint8_t command)
 {
     if (polls_ > 0) {
-        --*current_waits_;
+        --waits_[command_];
         polls_ = 0;
     }
-    const auto found = waits_.find(place);
-    current_waits_ = found == waits_.end() ? nullptr : &found->second;
+    command_ = command;
 }
 
 bool Deafness::covers_poll()
 {
-    if (current_waits_ == nullptr || *current_waits_ == 0) {
+    if (waits_[command_] == 0) {
         return false;
     }
     if (++polls_ == POLLS_OF_A_WAIT) {
-        --*current_waits_;
+        --waits_[command_];
         polls_ = 0;
     }
     return true;

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace simulator
 {
@@ -18,15 +17,14 @@ constexpr size_t HEADER_SIZE = 3;
 
 } // namespace
 
-void Delivery::begin(Block block, size_t index, std::span<uint8_t> miso)
+std::string Delivery::begin(const Block &block, size_t index, std::span<const uint8_t> buffer,
+                            std::span<uint8_t> miso)
 {
-    block_ = std::move(block);
-    end_ = HEADER_SIZE + std::min<size_t>(block_.length, LARGEST_BLOCK);
-    const std::array<uint8_t, 2> length = big_endian(block_.length);
-    block_.bytes.insert(block_.bytes.begin(), {READY, length[0], length[1]});
+    block_ = block;
+    end_ = static_cast<uint16_t>(HEADER_SIZE + std::min<size_t>(block_.length, LARGEST_BLOCK));
     sent_ = 0;
-    advance(miso.subspan(index));
-    note_ = "header of " + block_.name;
+    advance(buffer, miso.subspan(index));
+    return "header of " + name_of(block_);
 }
 
 bool Delivery::is_in_header() const
@@ -36,7 +34,7 @@ bool Delivery::is_in_header() const
 
 size_t Delivery::missing() const
 {
-    return (is_in_header() ? HEADER_SIZE : end_) - sent_;
+    return (is_in_header() ? HEADER_SIZE : size_t{end_}) - sent_;
 }
 
 bool Delivery::expects(std::span<const uint8_t> mosi) const
@@ -45,18 +43,22 @@ bool Delivery::expects(std::span<const uint8_t> mosi) const
     return sent_ < end_ && mosi.size() == missing() && all_are(mosi, wanted);
 }
 
-void Delivery::give(std::span<uint8_t> miso)
+std::string Delivery::give(std::span<const uint8_t> buffer, std::span<uint8_t> miso)
 {
-    note_ = is_in_header() ? "length of " + block_.name : block_.name;
-    advance(miso);
+    const char *part = is_in_header() ? "length of " : "";
+    advance(buffer, miso);
+    return part + name_of(block_);
 }
 
 // The answer to the poll may contain more of a block than its announced length.
-void Delivery::advance(std::span<uint8_t> miso)
+void Delivery::advance(std::span<const uint8_t> buffer, std::span<uint8_t> miso)
 {
-    const size_t given = std::min(miso.size(), block_.bytes.size() - sent_);
-    std::copy_n(block_.bytes.begin() + static_cast<std::ptrdiff_t>(sent_), given, miso.begin());
-    sent_ += given;
+    const std::array<uint8_t, 2> length = big_endian(block_.length);
+    const uint8_t header[HEADER_SIZE] = {READY, length[0], length[1]};
+    const size_t whole = HEADER_SIZE + block_.size;
+    for (size_t i = 0; i < miso.size() && sent_ < whole; ++i, ++sent_) {
+        miso[i] = is_in_header() ? header[sent_] : buffer[sent_ - HEADER_SIZE];
+    }
 }
 
 } // namespace simulator

@@ -20,26 +20,25 @@ inline constexpr size_t STREAM_POLL_SIZE = 20;
 class Delivery
 {
   public:
-    // Starts in the answer to a poll, at an index.
-    void begin(Block block, size_t index, std::span<uint8_t> miso);
+    // Starts in the answer to a poll, at an index. The block's bytes are at the beginning of the
+    // buffer until it is over. Returns the words for it, as give does.
+    std::string begin(const Block &block, size_t index, std::span<const uint8_t> buffer,
+                      std::span<uint8_t> miso);
     void cancel() { sent_ = end_; }
     bool is_over() const { return sent_ >= end_; }
 
     // Whether an exchange fetches what comes next, and what it receives.
     bool expects(std::span<const uint8_t> mosi) const;
-    void give(std::span<uint8_t> miso);
-
-    const std::string &note() const { return note_; }
+    std::string give(std::span<const uint8_t> buffer, std::span<uint8_t> miso);
 
   private:
     bool is_in_header() const;
     size_t missing() const;
-    void advance(std::span<uint8_t> miso);
+    void advance(std::span<const uint8_t> buffer, std::span<uint8_t> miso);
 
     Block block_;
-    size_t end_ = 0;  // of what is sent, header included
-    size_t sent_ = 0; // header included; beyond the end if the poll has shown more
-    std::string note_;
+    uint16_t end_ = 0;  // of what is sent, header included
+    uint16_t sent_ = 0; // header included; beyond the end if the poll has shown more
 };
 
 } // namespace simulator

@@ -20,6 +20,13 @@ inline constexpr uint8_t FLASH_ERASED = 0xFF;
 inline constexpr FlashRegion BOOT_LOADER_REGION = {"boot loader", 0x08000000, 16 * 1024};
 inline constexpr FlashRegion FIRMWARE_REGION = {"firmware", 0x08004000, 496 * 1024};
 
+enum class Region : uint8_t { boot_loader, firmware };
+
+constexpr const FlashRegion &bounds_of(Region region)
+{
+    return region == Region::boot_loader ? BOOT_LOADER_REGION : FIRMWARE_REGION;
+}
+
 static_assert(BOOT_LOADER_REGION.start == FLASH_START);
 static_assert(FIRMWARE_REGION.start == FLASH_START + BOOT_LOADER_REGION.size);
 static_assert(BOOT_LOADER_REGION.size + FIRMWARE_REGION.size == FLASH_SIZE);

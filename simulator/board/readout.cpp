@@ -2,38 +2,22 @@
 #include "simulator/board/readout.hpp"
 
 #include <algorithm>
-#include <utility>
 
 namespace simulator
 {
 
-namespace
+void Readout::advance_to(std::chrono::nanoseconds now, int rate)
 {
-
-void append(std::vector<uint8_t> &records, const std::vector<uint8_t> &record)
-{
-    records.insert(records.end(), record.begin(), record.end());
-}
-
-} // namespace
-
-Readout::Readout(const Measuring &measuring, const Faults &faults)
-    : measuring_(measuring), source_(measuring.seed, faults), live_(measuring.rate)
-{
-}
-
-void Readout::advance_to(std::chrono::nanoseconds now)
-{
-    now_ = now;
-    const uint32_t fresh = live_.measure_until(now, source_.samples() + 1);
+    now_ns_ = now.count();
+    const uint32_t fresh = live_.measure_until(now, rate, source_.samples() + 1);
     source_.skip(fresh);
     counts_.measured += fresh;
 }
 
 void Readout::request(const RecordFormat &format, int count)
 {
-    format_ = &format;
-    count_ = std::min(count, format.most);
+    code_ = format.code;
+    count_ = static_cast<uint8_t>(std::min(count, format.most));
     stage_ = Stage::requested;
 }
 
@@ -71,49 +55,45 @@ Counts Readout::counts() const
     return counts;
 }
 
-Response Readout::take_counted_block()
+Response Readout::take_counted_block(const Measuring &measuring, BlockBytes buffer)
 {
     stop();
     stage_ = Stage::idle;
-    std::vector<uint8_t> records;
-    for (int i = 0; i < count_; ++i) {
+    const size_t size = format().size;
+    for (size_t i = 0; i < count_; ++i) {
         source_.skip(1);
-        append(records, source_.write(*format_, source_.samples(), 0));
+        write_measured(buffer.subspan(i * size, size), measuring, format(), source_.samples(), 0);
     }
-    counts_.measured += static_cast<uint64_t>(count_);
-    Block block = source_.make_block(*format_, std::move(records));
-    begin_block(block);
+    counts_.measured += count_;
     Response response;
-    response.answer = block.length;
-    response.reply = std::move(block.bytes);
-    response.answer_note = "length of " + block.name;
-    response.reply_note = std::move(block.name);
-    response.big_endian = true;
-    response.is_block = true;
+    response.kind = ResponseKind::block;
+    response.block = source_.make_block(measuring, format(), count_, buffer);
+    response.answer = response.block.length;
+    response.size = response.block.size;
+    begin_block(response.block);
     return response;
 }
 
 void Readout::begin_stream()
 {
     stage_ = Stage::streaming;
-    if (!live_.is_running() || live_format_ != format_) {
-        live_format_ = format_;
-        live_.start(now_);
+    if (!live_.is_running() || live_code_ != code_) {
+        live_code_ = code_;
+        live_.start(std::chrono::nanoseconds(now_ns_));
     }
 }
 
-void Readout::poll(std::span<uint8_t> miso)
+std::string Readout::poll(const Measuring &measuring, BlockBytes buffer, std::span<uint8_t> miso)
 {
     if (live_.size() == 0) {
-        note_ = "no record yet";
-    } else {
-        stage_ = Stage::idle;
-        Block block = take_live_block();
-        begin_block(block);
-        delivery_.begin(std::move(block), next_header_index(), miso);
-        note_ = delivery_.note();
-        finish_block_if_over();
+        return "no record yet";
     }
+    stage_ = Stage::idle;
+    const Block block = take_live_block(measuring, buffer);
+    begin_block(block);
+    std::string note = delivery_.begin(block, next_header_index(measuring), buffer, miso);
+    finish_block_if_over();
+    return note;
 }
 
 void Readout::finish_block_if_over()
@@ -123,31 +103,32 @@ void Readout::finish_block_if_over()
     }
 }
 
-void Readout::give(std::span<uint8_t> miso)
+std::string Readout::give(std::span<const uint8_t> buffer, std::span<uint8_t> miso)
 {
-    delivery_.give(miso);
-    note_ = delivery_.note();
+    std::string note = delivery_.give(buffer, miso);
     finish_block_if_over();
+    return note;
 }
 
-Block Readout::take_live_block()
+Block Readout::take_live_block(const Measuring &measuring, BlockBytes buffer)
 {
-    const size_t count = std::min(live_.size(), static_cast<size_t>(count_));
-    std::vector<uint8_t> records;
+    const size_t size = format().size;
+    const size_t count = std::min<size_t>(live_.size(), count_);
     for (size_t i = 0; i < count; ++i) {
         const uint32_t sample = live_.take();
-        append(records, source_.write(*format_, sample, static_cast<uint8_t>(live_.size())));
+        write_measured(buffer.subspan(i * size, size), measuring, format(), sample,
+                       static_cast<uint8_t>(live_.size()));
     }
-    return source_.make_block(*format_, std::move(records));
+    return source_.make_block(measuring, format(), count, buffer);
 }
 
 // With any index, it advances by seven each time, which visits all of them.
-size_t Readout::next_header_index()
+size_t Readout::next_header_index(const Measuring &measuring)
 {
-    if (measuring_.header_index != ANY_HEADER_INDEX) {
-        return static_cast<size_t>(measuring_.header_index);
+    if (measuring.header_index != ANY_HEADER_INDEX) {
+        return static_cast<size_t>(measuring.header_index);
     }
-    return (measuring_.seed + 7 * deliveries_++) % STREAM_POLL_SIZE;
+    return (measuring.seed + 7 * deliveries_++) % STREAM_POLL_SIZE;
 }
 
 } // namespace simulator

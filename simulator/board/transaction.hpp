@@ -6,7 +6,7 @@
 // The command's frame and everything that fits no stage are left to the co-processor.
 #pragma once
 
-#include "simulator/board/application.hpp"
+#include "simulator/board/response.hpp"
 
 #include <cstdint>
 #include <span>
@@ -18,7 +18,7 @@ namespace simulator
 class Transaction
 {
   public:
-    void begin(Response response);
+    void begin(const Response &response);
     void cancel() { stage_ = Stage::idle; }
     bool is_over() const { return stage_ == Stage::idle; }
 
@@ -26,21 +26,19 @@ class Transaction
     bool is_polled() const { return stage_ == Stage::announced; }
     uint8_t take_poll();
 
-    // Whether an exchange fetches its answer or its reply, and what that exchange receives.
+    // Whether an exchange fetches its answer or its reply. What the exchange then receives; a reply
+    // may be in the buffer. Returns the words for it.
     bool expects(std::span<const uint8_t> mosi) const;
-    void give(std::span<uint8_t> miso);
-
-    const std::string &note() const { return note_; }
+    std::string give(const Board &board, std::span<const uint8_t> buffer, std::span<uint8_t> miso);
 
   private:
-    enum class Stage { idle, announced, answer, reply };
+    enum class Stage : uint8_t { idle, announced, answer, reply };
 
-    void give_answer(std::span<uint8_t> miso);
-    size_t reply_size() const;
+    std::string give_answer(std::span<uint8_t> miso);
 
-    Stage stage_ = Stage::idle;
     Response response_;
-    std::string note_;
+    Stage stage_ = Stage::idle;
+    [[maybe_unused]] uint8_t unused_[3] = {};
 };
 
 } // namespace simulator

@@ -71,6 +71,17 @@ constexpr Command COMMANDS[] = {
 };
 // clang-format on
 
+constexpr size_t setting_slots()
+{
+    size_t slots = 0;
+    for (const Command &command : COMMANDS) {
+        const int places = command.channels == 0 ? 1 : command.channels;
+        slots += command.kind == CommandKind::setting ? static_cast<size_t>(places) : 0;
+    }
+    return slots;
+}
+static_assert(setting_slots() == SETTING_SLOTS);
+
 std::string describe(const Command &command)
 {
     const char *many = command.values > 1 ? "s" : "";
@@ -113,6 +124,11 @@ const Command *find_command(uint8_t code)
 {
     const auto *found = std::ranges::find(COMMANDS, code, &Command::code);
     return found == std::end(COMMANDS) ? nullptr : found;
+}
+
+std::span<const Command> commands()
+{
+    return COMMANDS;
 }
 
 int places_of(const Command &command)

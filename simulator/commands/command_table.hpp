@@ -1,8 +1,10 @@
 // The commands that the application understands, with their parameters and answers.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace simulator
@@ -32,6 +34,12 @@ struct Command {
 };
 
 const Command *find_command(uint8_t code);
+
+// All of them.
+std::span<const Command> commands();
+
+// How many channels all settings have together; one without channels counts as one.
+inline constexpr size_t SETTING_SLOTS = 65;
 
 // The number of a command's channels, or of addresses if it takes an address.
 inline constexpr int ADDRESSES = 0x10000;

@@ -112,6 +112,13 @@ std::string wrong_numbers(const Wanted &wanted)
                 wanted.numbers > 1 ? "s" : "", wanted.width * 8);
 }
 
+size_t count_of_addresses(const CommandValues &values)
+{
+    return static_cast<size_t>(std::ranges::count_if(values, [](const auto &value) {
+        return find_command(value.first.code)->kind == CommandKind::read_byte;
+    }));
+}
+
 std::string add_words(CommandValues &values, ValuesOf kind, std::string_view line)
 {
     const size_t equals = line.find('=');
@@ -134,7 +141,9 @@ std::string add_words(CommandValues &values, ValuesOf kind, std::string_view lin
         return wrong_numbers(*wanted);
     }
     values[key] = value;
-    return {};
+    return count_of_addresses(values) > MOST_ADDRESS_ANSWERS
+               ? text("at most %zu addresses can have answers", MOST_ADDRESS_ANSWERS)
+               : std::string();
 }
 
 } // namespace

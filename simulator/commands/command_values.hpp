@@ -31,6 +31,9 @@ struct CommandKey {
 
 using CommandValues = std::map<CommandKey, std::string>;
 
+// At most so many addresses can have answers: a board remembers how much of each has been read.
+inline constexpr size_t MOST_ADDRESS_ANSWERS = 256;
+
 enum class ValuesOf { settings, answers };
 
 // Adds the value in one line. Empty, or what is wrong with the line.

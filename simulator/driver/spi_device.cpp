@@ -78,13 +78,13 @@ SpiDevice::SpiDevice(Coprocessor &coprocessor, const Behaviour &behaviour, Passa
 
 void SpiDevice::advance_to(std::chrono::nanoseconds now)
 {
-    gone_ = absences_.cover(now);
+    state_.is_gone = absences_.cover(now);
     const int begun = absences_.begun(now);
-    if (begun != generation_) {
-        generation_ = begun;
-        opened_ = 0;
-        speed_hz_ = DEFAULT_SPEED_HZ;
-        mode_ = 0;
+    if (begun != state_.generation) {
+        state_.generation = begun;
+        state_.opened = 0;
+        state_.speed_hz = DEFAULT_SPEED_HZ;
+        state_.mode = 0;
     }
 }
 
@@ -93,23 +93,23 @@ int SpiDevice::open()
     if (const Fault *missing = find_fault(faults_, FaultKind::no_device, ALWAYS)) {
         return -missing->value;
     }
-    if (gone_) {
+    if (state_.is_gone) {
         return -ENOENT;
     }
-    ++opened_;
-    return generation_;
+    ++state_.opened;
+    return state_.generation;
 }
 
 void SpiDevice::close(int generation)
 {
-    if (generation == generation_ && opened_ > 0 && --opened_ == 0) {
-        speed_hz_ = DEFAULT_SPEED_HZ;
+    if (generation == state_.generation && state_.opened > 0 && --state_.opened == 0) {
+        state_.speed_hz = DEFAULT_SPEED_HZ;
     }
 }
 
 int SpiDevice::ioctl(unsigned long request, void *argument, int generation)
 {
-    int refusal = gone_ || generation != generation_ ? -ESHUTDOWN : 0;
+    int refusal = state_.is_gone || generation != state_.generation ? -ESHUTDOWN : 0;
     if (!is_message(request)) {
         return refusal != 0 ? refusal : configure(request, argument);
     }
@@ -139,10 +139,10 @@ bool SpiDevice::fetch_transfers(std::span<spi_ioc_transfer> transfers, const voi
 // A message that has already been refused is a failing exchange.
 int SpiDevice::message(std::span<const spi_ioc_transfer> transfers, int refusal)
 {
-    ++exchanges_;
+    ++state_.exchanges;
     const MessageLength length = measure(transfers);
     refusal = refusal != 0 ? refusal : fetch(transfers, length);
-    const Fault *fault = find_fault(faults_, FaultKind::exchange, exchanges_);
+    const Fault *fault = find_fault(faults_, FaultKind::exchange, state_.exchanges);
     if (refusal == 0 && fault == nullptr && (length.sent != 0 || length.received != 0)) {
         return exchange_bytes(transfers);
     }
@@ -151,7 +151,7 @@ int SpiDevice::message(std::span<const spi_ioc_transfer> transfers, int refusal)
     if (refusal != 0 || fault != nullptr) {
         result = refusal != 0 ? refusal : -fault->value;
     }
-    observer_({exchanges_, {}, {}, length.total, result, {}});
+    observer_({state_.exchanges, {}, {}, length.total, result, {}});
     return result;
 }
 
@@ -195,7 +195,7 @@ int SpiDevice::exchange_bytes(std::span<const spi_ioc_transfer> transfers)
         }
         at += transfer.len;
     }
-    observer_({exchanges_, mosi_, miso_, mosi_.size(), result, coprocessor_.note()});
+    observer_({state_.exchanges, mosi_, miso_, mosi_.size(), result, coprocessor_.note()});
     return result;
 }
 
@@ -203,7 +203,7 @@ std::chrono::nanoseconds SpiDevice::time_of(std::span<const spi_ioc_transfer> tr
 {
     std::chrono::nanoseconds time{0};
     for (const spi_ioc_transfer &transfer : transfers) {
-        const uint32_t speed_hz = transfer.speed_hz != 0 ? transfer.speed_hz : speed_hz_;
+        const uint32_t speed_hz = transfer.speed_hz != 0 ? transfer.speed_hz : state_.speed_hz;
         time += wire_time(transfer.len, std::min(speed_hz, HIGHEST_SPEED_HZ)) +
                 std::chrono::microseconds(transfer.delay_usecs);
     }
@@ -218,7 +218,7 @@ int SpiDevice::set_speed(uint32_t speed_hz)
     if (speed_hz == 0) {
         return -EINVAL;
     }
-    speed_hz_ = speed_hz;
+    state_.speed_hz = speed_hz;
     return 0;
 }
 
@@ -241,30 +241,31 @@ int SpiDevice::give(void *argument, Setting value)
 int SpiDevice::configure(unsigned long request, void *argument)
 {
     const auto keep_mode = [this](uint32_t mode) {
-        mode_ = mode;
+        state_.mode = mode;
         return 0;
     };
     const auto keep_order = [this](uint8_t lowest_first) {
-        mode_ = lowest_first != 0 ? mode_ | SPI_LSB_FIRST : mode_ & ~uint32_t{SPI_LSB_FIRST};
+        state_.mode = lowest_first != 0 ? state_.mode | SPI_LSB_FIRST
+                                        : state_.mode & ~uint32_t{SPI_LSB_FIRST};
         return 0;
     };
     switch (request) {
     case SPI_IOC_WR_MAX_SPEED_HZ:
         return take<uint32_t>(argument, [this](uint32_t speed_hz) { return set_speed(speed_hz); });
     case SPI_IOC_RD_MAX_SPEED_HZ:
-        return give<uint32_t>(argument, speed_hz_);
+        return give<uint32_t>(argument, state_.speed_hz);
     case SPI_IOC_WR_MODE:
         return take<uint8_t>(argument, keep_mode);
     case SPI_IOC_RD_MODE:
-        return give<uint8_t>(argument, static_cast<uint8_t>(mode_));
+        return give<uint8_t>(argument, static_cast<uint8_t>(state_.mode));
     case SPI_IOC_WR_MODE32:
         return take<uint32_t>(argument, keep_mode);
     case SPI_IOC_RD_MODE32:
-        return give<uint32_t>(argument, mode_);
+        return give<uint32_t>(argument, state_.mode);
     case SPI_IOC_WR_LSB_FIRST:
         return take<uint8_t>(argument, keep_order);
     case SPI_IOC_RD_LSB_FIRST:
-        return give<uint8_t>(argument, (mode_ & SPI_LSB_FIRST) != 0 ? 1 : 0);
+        return give<uint8_t>(argument, (state_.mode & SPI_LSB_FIRST) != 0 ? 1 : 0);
     case SPI_IOC_WR_BITS_PER_WORD:
         return take<uint8_t>(argument,
                              [](uint8_t bits) { return bits == 8 || bits == 0 ? 0 : -EINVAL; });

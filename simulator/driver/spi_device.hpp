@@ -13,6 +13,7 @@
 #include <functional>
 #include <span>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace simulator
@@ -37,6 +38,19 @@ constexpr std::chrono::nanoseconds wire_time(uint64_t bytes, uint32_t speed_hz)
     return std::chrono::nanoseconds(bytes * 8 * 1'000'000'000 / speed_hz);
 }
 
+// All that changes in the driver while a board runs: plain numbers, as the board's own state is.
+struct DriverState {
+    uint32_t mode = 0;
+    uint32_t speed_hz = DEFAULT_SPEED_HZ;
+    int32_t generation = 0; // how many absences have begun
+    int32_t opened = 0;     // descriptors
+    int32_t exchanges = 0;
+    bool is_gone = false;
+    uint8_t unused[3] = {};
+};
+static_assert(std::is_trivially_copyable_v<DriverState>);
+static_assert(std::has_unique_object_representations_v<DriverState>);
+
 struct MessageLength;
 
 // The number of transfers of an SPI_IOC_MESSAGE request, or -1 for any other request.
@@ -60,8 +74,11 @@ class SpiDevice
     int open();
     void close(int generation = 0); // the last close restores the default clock
     // When a program closes the device, the driver keeps the mode that the program set.
-    uint32_t mode() const { return mode_; }
-    void set_mode(uint32_t mode) { mode_ = mode; }
+    uint32_t mode() const { return state_.mode; }
+    void set_mode(uint32_t mode) { state_.mode = mode; }
+
+    const DriverState &state() const { return state_; }
+    void set_state(const DriverState &state) { state_ = state; }
 
     int ioctl(unsigned long request, void *argument, int generation = 0);
 
@@ -84,12 +101,7 @@ class SpiDevice
     uint64_t buffer_size_;
     Passage pass_;
     Observer observer_;
-    bool gone_ = false;
-    int generation_ = 0; // how many absences have begun
-    int opened_ = 0;
-    int exchanges_ = 0;
-    uint32_t speed_hz_ = DEFAULT_SPEED_HZ;
-    uint32_t mode_ = 0;
+    DriverState state_;
     std::vector<uint8_t> mosi_;
     std::vector<uint8_t> miso_;
     // Programs send from the same buffer each time: its bytes are fetched together with the

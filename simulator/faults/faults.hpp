@@ -58,6 +58,12 @@ constexpr int command_place(uint8_t code)
     return -0x100 - code;
 }
 
+// The command that has such a place.
+constexpr uint8_t command_at(int place)
+{
+    return static_cast<uint8_t>(-0x100 - place);
+}
+
 struct Fault {
     FaultKind kind;
     int place; // ALWAYS, a step of a download, a command's place, or a number from 1

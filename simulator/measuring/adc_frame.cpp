@@ -7,14 +7,15 @@
 namespace simulator
 {
 
-std::vector<uint8_t> write_adc_frame(uint32_t seed, uint32_t start, uint8_t count)
+void write_adc_frame(std::span<uint8_t, ADC_FRAME_SIZE> frame, uint32_t seed, uint32_t start,
+                     uint8_t count)
 {
-    ByteWriter writer;
+    ByteWriter writer(frame);
     writer.put(count, 1);
     for (uint32_t i = 0; i < ADC_VALUES; ++i) {
         writer.put_signed(convert(seed, start + i));
     }
-    return writer.close();
+    writer.put_checksum();
 }
 
 } // namespace simulator

@@ -27,10 +27,10 @@ const RecordFormat *find_record_format(uint8_t code)
     return found == std::end(FORMATS) ? nullptr : found;
 }
 
-std::vector<uint8_t> write_record(const RecordFormat &format, const Sample &sample,
-                                  uint8_t buffered)
+void write_record(std::span<uint8_t> record, const RecordFormat &format, const Sample &sample,
+                  uint8_t buffered)
 {
-    ByteWriter writer;
+    ByteWriter writer(record);
     writer.put(READY, 1);
     writer.put(sample.number, 1);
     writer.put(format.second != nullptr ? sample.*format.second : 0, 2);
@@ -48,7 +48,7 @@ std::vector<uint8_t> write_record(const RecordFormat &format, const Sample &samp
         writer.put(sample.external_counter, 4);
     }
     writer.put(buffered, 1);
-    return writer.close();
+    writer.put_checksum();
 }
 
 } // namespace simulator

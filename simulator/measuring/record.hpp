@@ -5,7 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <span>
 
 namespace simulator
 {
@@ -22,8 +22,9 @@ struct RecordFormat {
 // Null if the code does not request records.
 const RecordFormat *find_record_format(uint8_t code);
 
-// A whole record with its checksum. buffered is the number of records waiting after it.
-std::vector<uint8_t> write_record(const RecordFormat &format, const Sample &sample,
-                                  uint8_t buffered);
+// A whole record with its checksum, as long as its format says. buffered is the number of records
+// waiting after it.
+void write_record(std::span<uint8_t> record, const RecordFormat &format, const Sample &sample,
+                  uint8_t buffered);
 
 } // namespace simulator

@@ -6,7 +6,6 @@
 #include "simulator/words/text.hpp"
 
 #include <algorithm>
-#include <utility>
 
 namespace simulator
 {
@@ -14,59 +13,57 @@ namespace simulator
 namespace
 {
 
-std::string block_name(uint32_t number, size_t records)
+const Fault *find(const Measuring &measuring, FaultKind kind, uint32_t place)
 {
-    return text("block %u: %zu record%s", number, records, records == 1 ? "" : "s");
+    return find_fault(measuring.faults, kind, static_cast<int>(place));
 }
 
 } // namespace
 
-RecordSource::RecordSource(uint32_t seed, Faults faults) : seed_(seed), faults_(std::move(faults))
+std::string name_of(const Block &block)
 {
+    return text("block %u: %u record%s", block.number, block.records,
+                block.records == 1 ? "" : "s");
 }
 
-const Fault *RecordSource::find(FaultKind kind, uint32_t place) const
+void write_measured(std::span<uint8_t> record, const Measuring &measuring,
+                    const RecordFormat &format, uint32_t number, uint8_t buffered)
 {
-    return find_fault(faults_, kind, static_cast<int>(place));
-}
-
-std::vector<uint8_t> RecordSource::write(const RecordFormat &format, uint32_t number,
-                                         uint8_t buffered) const
-{
-    const bool stuck = number > 1 && find(FaultKind::stuck, number) != nullptr;
-    Sample sample = measure(seed_, stuck ? number - 1 : number);
-    if (find(FaultKind::unnumbered, number) != nullptr) {
+    const bool stuck = number > 1 && find(measuring, FaultKind::stuck, number) != nullptr;
+    Sample sample = measure(measuring.seed, stuck ? number - 1 : number);
+    if (find(measuring, FaultKind::unnumbered, number) != nullptr) {
         sample.number = 0;
     }
-    std::vector<uint8_t> record = write_record(format, sample, buffered);
-    const Fault *flip = find(FaultKind::flip, number);
+    write_record(record, format, sample, buffered);
+    const Fault *flip = find(measuring, FaultKind::flip, number);
     if (flip != nullptr && static_cast<size_t>(flip->value) < 8 * record.size()) {
         record[static_cast<size_t>(flip->value) / 8] ^= static_cast<uint8_t>(1 << flip->value % 8);
     }
-    return record;
 }
 
-Block RecordSource::make_block(const RecordFormat &format, std::vector<uint8_t> records)
+Block RecordSource::make_block(const Measuring &measuring, const RecordFormat &format,
+                               size_t records, BlockBytes bytes)
 {
-    ++blocks_;
-    Block block{std::move(records), 0, {}};
-    block.records = block.bytes.size() / format.size;
-    block.name = block_name(blocks_, block.records);
-    if (const Fault *cut = find(FaultKind::short_block, blocks_)) {
-        const size_t lost = std::min(static_cast<size_t>(cut->value), block.bytes.size());
-        block.bytes.resize(block.bytes.size() - lost);
+    Block block;
+    block.number = ++blocks_;
+    block.records = static_cast<uint16_t>(records);
+    size_t size = records * format.size;
+    if (const Fault *cut = find(measuring, FaultKind::short_block, blocks_)) {
+        size -= std::min(static_cast<size_t>(cut->value), size);
     }
-    block.whole = block.bytes.size() / format.size;
-    if (find(FaultKind::padded, blocks_) != nullptr) {
-        block.bytes.resize(LARGEST_BLOCK, READY);
+    const size_t whole = size / format.size;
+    if (find(measuring, FaultKind::padded, blocks_) != nullptr) {
+        std::ranges::fill(bytes.subspan(size), READY);
+        size = bytes.size();
     }
-    block.length = static_cast<uint16_t>(block.bytes.size());
-    block.length = length_at(faults_, command_place(format.code), block.length);
-    if (const Fault *odd = find(FaultKind::block_length, blocks_)) {
+    const auto honest = static_cast<uint16_t>(size);
+    block.length = length_at(measuring.faults, command_place(format.code), honest);
+    if (const Fault *odd = find(measuring, FaultKind::block_length, blocks_)) {
         block.length = static_cast<uint16_t>(odd->value);
     }
-    block.whole = std::min<size_t>(block.whole, block.length / format.size);
-    block.bytes.resize(std::max<size_t>(block.bytes.size(), block.length));
+    block.whole = static_cast<uint16_t>(std::min<size_t>(whole, block.length / format.size));
+    block.size = static_cast<uint16_t>(std::clamp<size_t>(block.length, size, bytes.size()));
+    std::ranges::fill(bytes.first(block.size).subspan(size), IDLE);
     return block;
 }
 

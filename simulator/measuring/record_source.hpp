@@ -6,44 +6,55 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
-#include <vector>
 
 namespace simulator
 {
 
-inline constexpr size_t LARGEST_BLOCK = 4096;
+inline constexpr size_t LARGEST_BLOCK = 4096; // bytes of a block that a host fetches
 
-struct Block {
-    std::vector<uint8_t> bytes; // padded with zeros up to the length, if that is larger
-    uint16_t length = 0;        // as announced
-    std::string name;           // for people who read the dialogue
-    size_t records = 0;         // that were put into it
-    size_t whole = 0;           // of them that a host receives whole
+// What a board measures, and how it delivers a stream.
+struct Measuring {
+    uint32_t seed;
+    int rate;         // samples of a stream per second
+    int header_index; // of a block's header in a poll of a stream, or ANY_HEADER_INDEX
+    const Faults &faults;
 };
+
+// A block whose bytes are elsewhere.
+struct Block {
+    uint32_t number = 0;
+    uint16_t records = 0; // that were put into it
+    uint16_t whole = 0;   // of them that a host receives whole
+    uint16_t length = 0;  // as announced
+    uint16_t size = 0;    // of its bytes: the length, if that is larger than what was put into it,
+                          // but at most LARGEST_BLOCK
+};
+
+// For people who read the dialogue.
+std::string name_of(const Block &block);
+
+using BlockBytes = std::span<uint8_t, LARGEST_BLOCK>;
 
 class RecordSource
 {
   public:
-    RecordSource(uint32_t seed, Faults faults);
-
     // The number of samples taken since power on, whether delivered or skipped.
     uint32_t samples() const { return samples_; }
     void skip(uint32_t samples) { samples_ += samples; }
 
-    // One of them as a record.
-    std::vector<uint8_t> write(const RecordFormat &format, uint32_t number, uint8_t buffered) const;
-
-    // Puts records into the next block.
-    Block make_block(const RecordFormat &format, std::vector<uint8_t> records);
+    // Makes the next block of the records at the beginning of the bytes.
+    Block make_block(const Measuring &measuring, const RecordFormat &format, size_t records,
+                     BlockBytes bytes);
 
   private:
-    const Fault *find(FaultKind kind, uint32_t place) const;
-
-    uint32_t seed_;
-    Faults faults_;
     uint32_t samples_ = 0;
     uint32_t blocks_ = 0;
 };
+
+// Writes a sample as a record. buffered is the number of records waiting after it.
+void write_measured(std::span<uint8_t> record, const Measuring &measuring,
+                    const RecordFormat &format, uint32_t number, uint8_t buffered);
 
 } // namespace simulator

@@ -26,7 +26,7 @@ std::string KeptState::load(Coprocessor &coprocessor, SpiDevice &device)
     }
     if (error.empty()) {
         coprocessor.set_identity(identity_);
-        error = load_values(coprocessor.application());
+        error = load_values(coprocessor);
     }
     if (error.empty()) {
         error = directory_.load_spi_mode(spi_mode_);
@@ -35,7 +35,7 @@ std::string KeptState::load(Coprocessor &coprocessor, SpiDevice &device)
     return error;
 }
 
-std::string KeptState::load_values(Application &application)
+std::string KeptState::load_values(Coprocessor &coprocessor)
 {
     CommandValues answers;
     std::string error = directory_.load(ValuesOf::settings, settings_);
@@ -43,14 +43,14 @@ std::string KeptState::load_values(Application &application)
         error = directory_.load(ValuesOf::answers, answers);
     }
     if (error.empty()) {
-        application.load(settings_, std::move(answers));
+        coprocessor.load(settings_, std::move(answers));
     }
     return error;
 }
 
 std::string KeptState::save(const Coprocessor &coprocessor, const SpiDevice &device)
 {
-    std::string error = save_settings(coprocessor.application().settings());
+    std::string error = save_settings(coprocessor);
     if (error.empty()) {
         error = save_mode(coprocessor.mode());
     }
@@ -60,8 +60,13 @@ std::string KeptState::save(const Coprocessor &coprocessor, const SpiDevice &dev
     return error.empty() ? counts_.write(coprocessor.tally()) : error;
 }
 
-std::string KeptState::save_settings(const CommandValues &settings)
+std::string KeptState::save_settings(const Coprocessor &coprocessor)
 {
+    if (coprocessor.received_settings() == received_settings_) {
+        return {};
+    }
+    received_settings_ = coprocessor.received_settings();
+    const CommandValues settings = coprocessor.settings();
     if (settings == settings_) {
         return {};
     }

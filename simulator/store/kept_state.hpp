@@ -34,8 +34,8 @@ class KeptState
     void leave_counts() { counts_.leave(); }
 
   private:
-    std::string load_values(Application &application);
-    std::string save_settings(const CommandValues &settings);
+    std::string load_values(Coprocessor &coprocessor);
+    std::string save_settings(const Coprocessor &coprocessor);
     std::string save_mode(Mode mode);
     std::string save_spi_mode(uint32_t mode);
 
@@ -45,6 +45,7 @@ class KeptState
     bool is_loaded_ = false; // before that, no state can be newer than the files
     BoardIdentity identity_; // this and the next two as they are in the files
     CommandValues settings_;
+    uint32_t received_settings_ = 0; // that are in the file
     uint32_t spi_mode_ = 0;
     int stand_in_generation_ = 0;
 };

@@ -7,8 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <utility>
-#include <vector>
 
 namespace simulator
 {
@@ -27,31 +25,30 @@ inline std::array<uint8_t, 2> big_endian(uint16_t number)
     return {static_cast<uint8_t>(number >> 8), static_cast<uint8_t>(number)};
 }
 
-// Packs numbers as the records have them.
+// Packs numbers as the records have them, into bytes that have room for all of them.
 class ByteWriter
 {
   public:
+    explicit ByteWriter(std::span<uint8_t> to) : to_(to) {}
+
     // The lowest bytes of a number; a negative one is given as the unsigned number of its bits.
     void put(uint64_t number, size_t width)
     {
         for (size_t i = 0; i < width; ++i) {
-            bytes_.push_back(static_cast<uint8_t>(number >> (8 * i)));
+            to_[size_++] = static_cast<uint8_t>(number >> (8 * i));
         }
     }
 
     void put_signed(int32_t number, size_t width = 4) { put(static_cast<uint32_t>(number), width); }
 
-    std::vector<uint8_t> take() { return std::move(bytes_); }
+    // The checksum of all that there is so far, with which a record ends.
+    void put_checksum() { put(bitwise_crc(to_.first(size_)), 2); }
 
-    // Ends the record with the checksum of all that is in it.
-    std::vector<uint8_t> close()
-    {
-        put(bitwise_crc(bytes_), 2);
-        return take();
-    }
+    size_t size() const { return size_; }
 
   private:
-    std::vector<uint8_t> bytes_;
+    std::span<uint8_t> to_;
+    size_t size_ = 0;
 };
 
 } // namespace simulator

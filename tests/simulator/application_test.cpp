@@ -38,12 +38,9 @@ class ApplicationWire : public VirtualWire
         return exchange(Bytes(static_cast<size_t>(length), 0x66));
     }
 
-    void give_answers(const CommandValues &answers)
-    {
-        coprocessor->application().load({}, answers);
-    }
+    void give_answers(const CommandValues &answers) { coprocessor->load({}, answers); }
 
-    const CommandValues &settings() { return coprocessor->application().settings(); }
+    CommandValues settings() { return coprocessor->settings(); }
 
     void power_on_with(FaultKind kind, int place, int value = 0)
     {
@@ -198,6 +195,34 @@ TEST_F(ApplicationWire, keeps_what_each_setting_has_received)
                                          {{0xC3, 0}, "1 65535"}}));
 }
 
+TEST_F(ApplicationWire, keeps_each_channel_of_each_setting_by_itself)
+{
+    CommandValues expected;
+    int next = 0;
+    for (const auto &[code, place] : setting_keys()) {
+        const auto number = static_cast<uint8_t>(++next);
+        const bool is_pair = code == 0xC3 || code == 0xC6;
+        const auto channel = static_cast<uint8_t>(place);
+        const Bytes parameters = place == NO_PLACE ? Bytes{number} : Bytes{channel, number};
+        EXPECT_EQ(answer_to(code, parameters), 1);
+        expected[{code, place}] = std::to_string(number) + (is_pair ? " 0" : "");
+    }
+    EXPECT_EQ(settings(), expected);
+    EXPECT_EQ(expected.size(), 65U);
+}
+
+TEST_F(ApplicationWire, keeps_the_words_of_a_setting_until_it_receives_another)
+{
+    coprocessor->load({{{0x53, NO_PLACE}, "0x2"}, {{0xC2, 1}, "-7"}}, {});
+    EXPECT_EQ(reply_to(0x05), Bytes{2});
+    send(frame(0x05));
+    EXPECT_EQ(coprocessor->note(), "query 0x05: 0x2");
+    answer_to(0xC2, {1, 9, 0});
+    EXPECT_EQ(settings(), (CommandValues{{{0x53, NO_PLACE}, "0x2"}, {{0xC2, 1}, "9"}}));
+    coprocessor->load({{{0xC2, 1}, "-7"}}, {});
+    EXPECT_EQ(settings(), (CommandValues{{{0xC2, 1}, "-7"}}));
+}
+
 struct Paired {
     uint8_t setting;
     uint8_t query;
@@ -296,6 +321,23 @@ TEST_F(ApplicationWire, an_address_can_give_a_text_byte_by_byte_again_and_again)
         EXPECT_EQ(reply_to('b', {0x01, 0xFF}), Bytes(1, static_cast<uint8_t>(expected)));
     }
     EXPECT_EQ(reply_to('b', {0x00, 0xFF}), Bytes{0});
+}
+
+TEST_F(ApplicationWire, each_address_with_a_text_is_read_on_its_own_until_a_restart)
+{
+    CommandValues texts;
+    for (int i = 0; i < 256; ++i) {
+        texts[{'b', 0x100 * i}] = {'a', static_cast<char>('b' + i % 16)};
+    }
+    give_answers(texts);
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 256; ++i) {
+            const auto byte = static_cast<uint8_t>(round == 0 ? 'a' : 'b' + i % 16);
+            EXPECT_EQ(reply_to('b', {0, static_cast<uint8_t>(i)}), Bytes{byte}) << i;
+        }
+    }
+    give_answers(texts);
+    EXPECT_EQ(reply_to('b', {0, 0xFF}), Bytes{'a'});
 }
 
 TEST_F(ApplicationWire, silence_begins_with_the_command_that_it_is_told_for)

@@ -40,6 +40,18 @@ TEST(CommandValues, a_later_one_takes_the_place_of_an_earlier)
     EXPECT_EQ(values, (CommandValues{{{0x53, NO_PLACE}, "2"}}));
 }
 
+TEST(CommandValues, answer_for_256_addresses_at_most)
+{
+    CommandValues values = {{{0x21, NO_PLACE}, "a"}};
+    for (int address = 1; address <= 256; ++address) {
+        const std::string line = "0x62/" + std::to_string(address) + "=x";
+        EXPECT_EQ(add_value(values, ValuesOf::answers, line), "");
+    }
+    EXPECT_EQ(add_value(values, ValuesOf::answers, "0x62/256=y"), "") << "the same once more";
+    EXPECT_EQ(add_value(values, ValuesOf::answers, "0x62/0=x"),
+              "'0x62/0=x': at most 256 addresses can have answers");
+}
+
 TEST(CommandValues, that_are_not_understood_are_refused_with_the_reason)
 {
     const std::string form = "it does not have the form CODE[/CHANNEL]=VALUE";

@@ -5,6 +5,7 @@
 #include "simulator/measuring/adc_frame.hpp"
 #include "simulator/measuring/record.hpp"
 
+#include <array>
 #include <cstdlib>
 
 namespace simulator
@@ -13,9 +14,23 @@ namespace simulator
 namespace
 {
 
+Bytes record(const RecordKind &kind, const Sample &sample, uint8_t buffered = 0)
+{
+    Bytes bytes(kind.size);
+    write_record(bytes, *find_record_format(kind.code), sample, buffered);
+    return bytes;
+}
+
 Bytes record(const RecordKind &kind, uint32_t seed, uint32_t time)
 {
-    return write_record(*find_record_format(kind.code), measure(seed, time), 0);
+    return record(kind, measure(seed, time));
+}
+
+Bytes adc_frame(uint32_t seed)
+{
+    std::array<uint8_t, ADC_FRAME_SIZE> frame = {};
+    write_adc_frame(frame, seed, 1, 200);
+    return {frame.begin(), frame.end()};
 }
 
 // FNV-1a, which is no checksum of the wire.
@@ -44,7 +59,7 @@ TEST(Measurement, is_the_same_on_every_machine)
     EXPECT_EQ(hash_of_1000_records(OMEGA, 1), 2479272522U);
     EXPECT_EQ(hash_of_1000_records(TEMPERATURE, 1), 3387426653U);
     EXPECT_EQ(hash_of_1000_records(BASE, 1'000'000'000), 535655747U);
-    EXPECT_EQ(hashed(write_adc_frame(1, 1, 200)), 3971984266U);
+    EXPECT_EQ(hashed(adc_frame(1)), 3971984266U);
 }
 
 TEST(Measurement, differs_from_seed_to_seed_and_from_time_to_time)
@@ -52,7 +67,7 @@ TEST(Measurement, differs_from_seed_to_seed_and_from_time_to_time)
     EXPECT_NE(record(BASE, 1, 7), record(BASE, 2, 7));
     EXPECT_NE(record(BASE, 0, 7), record(BASE, 1, 7));
     EXPECT_NE(measure(1, 1).voltages, measure(1, 46).voltages);
-    EXPECT_NE(write_adc_frame(1, 1, 200), write_adc_frame(2, 1, 200));
+    EXPECT_NE(adc_frame(1), adc_frame(2));
 }
 
 TEST(Measurement, numbers_samples_from_1_to_255_and_never_0)
@@ -144,7 +159,7 @@ void expect_common_fields(const Bytes &record, const Sample &sample)
 TEST(Measurement, of_a_base_record_has_wide_inputs_and_an_unused_word)
 {
     const Sample sample = measure(1, 700);
-    const Bytes bytes = write_record(*find_record_format(0xC8), sample, 3);
+    const Bytes bytes = record(BASE, sample, 3);
     ASSERT_EQ(bytes.size(), 56U);
     expect_common_fields(bytes, sample);
     EXPECT_EQ(number_at(bytes, 2, 2), 0U);
@@ -159,7 +174,7 @@ TEST(Measurement, of_a_base_record_has_wide_inputs_and_an_unused_word)
 TEST(Measurement, of_an_omega_record_has_a_rotation_time)
 {
     const Sample sample = measure(1, 9999);
-    const Bytes bytes = write_record(*find_record_format(0xC1), sample, 255);
+    const Bytes bytes = record(OMEGA, sample, 255);
     ASSERT_EQ(bytes.size(), 52U);
     expect_common_fields(bytes, sample);
     EXPECT_EQ(number_at(bytes, 2, 2), sample.rotation_time);
@@ -174,7 +189,7 @@ TEST(Measurement, of_an_omega_record_has_a_rotation_time)
 TEST(Measurement, of_a_temperature_record_has_no_external_counter)
 {
     const Sample sample = measure(1, 123'456);
-    const Bytes bytes = write_record(*find_record_format(0x02), sample, 1);
+    const Bytes bytes = record(TEMPERATURE, sample, 1);
     ASSERT_EQ(bytes.size(), 48U);
     expect_common_fields(bytes, sample);
     EXPECT_EQ(number_at(bytes, 2, 2), sample.temperature);

@@ -6,7 +6,8 @@
 #
 # A line "$ COMMAND" is run by bash; fault=... in front of stmctl makes something go wrong. Below it
 # stands what is shown, and "[STATUS]" where the status is not 0. Other lines in front of the first
-# command are remarks. With the environment variable WALKTHROUGH_OUT the real one is left there.
+# command are remarks. With the environment variable WALKTHROUGH_OUT the real one is left there, with
+# WALKTHROUGH_DIALOGUES the transcript of each command, by its number, and its faults beside it.
 set -uo pipefail
 
 # The ring is one for all: here it is one of our own, where that is allowed.
@@ -28,9 +29,14 @@ trap 'rm -rf "$folder"' EXIT
 cd "$folder" || exit 1
 export LC_ALL=C
 
+dialogues=${WALKTHROUGH_DIALOGUES:-}
+[ -z "$dialogues" ] || { rm -rf "$dialogues" && mkdir -p "$dialogues" || exit 1; }
+command=0
+
 stmctl() {
+    [ -z "$dialogues" ] || printf '%s\n' "${fault:-}" >>"$dialogues/$command.faults"
     "${board[@]}" --board board --count-time ${fault:+--fault "$fault"} ${answer:+--answer "$answer"} \
-        "$program" "$@"
+        ${dialogues:+--transcript "$dialogues/$command"} "$program" "$@"
 }
 
 while IFS= read -r line; do
@@ -38,6 +44,7 @@ while IFS= read -r line; do
     '#'* | '') printf '%s\n' "$line" ;;
     '$ '*)
         printf '%s\n' "$line"
+        command=$((command + 1))
         { eval "${line#\$ }"; } 2>&1 </dev/null
         status=$?
         [ $status -eq 0 ] || printf '[%d]\n' $status

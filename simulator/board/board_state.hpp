@@ -1,0 +1,52 @@
+// All that changes while a virtual co-processor runs, but for its flash and memory: one piece of plain
+// numbers, the same on every machine, that can be copied at any time and continued elsewhere.
+#pragma once
+
+#include "simulator/board/application.hpp"
+#include "simulator/board/boot_loader.hpp"
+#include "simulator/board/deafness.hpp"
+#include "simulator/board/readout.hpp"
+#include "simulator/board/transaction.hpp"
+#include "simulator/wire/mode.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+namespace simulator
+{
+
+// What a host may fetch next: one thing at a time.
+enum class Owed : uint8_t { nothing, status, byte, transaction, records };
+
+struct BoardState {
+    int64_t now_ns = 0;
+    int64_t busy = 0;   // further polls that find the board busy with what it owes
+    Counts past;        // of the lives that have ended
+    Readout readout;    // of the present life
+    uint32_t lives = 0; // that have ended, each with a restart
+    BootLoader boot_loader;
+    Transaction transaction;
+    Deafness deafness;
+    Application application;
+    uint8_t buffer[LARGEST_BLOCK] = {}; // of the reply or block that is being fetched
+    Mode mode = Mode::application;
+    uint8_t boot_loader_version = 0;
+    Owed owed = Owed::nothing;
+    uint8_t owed_byte = 0; // a status, or an answer of one byte
+    bool is_dead = false;
+    uint8_t dead_line = 0; // what is read from a dead board's line
+    uint8_t unused[6] = {};
+};
+
+// No padding, no pointers, and the same places on all machines: boards are handed from native to
+// emulated programs.
+static_assert(std::is_trivially_copyable_v<BoardState>);
+static_assert(std::has_unique_object_representations_v<BoardState>);
+static_assert(offsetof(BoardState, readout) == 72);
+static_assert(offsetof(BoardState, boot_loader) == 1236);
+static_assert(offsetof(BoardState, application) == 2312);
+static_assert(offsetof(BoardState, buffer) == 4124);
+static_assert(sizeof(BoardState) == 8232);
+
+} // namespace simulator
