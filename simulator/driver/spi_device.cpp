@@ -118,22 +118,12 @@ int SpiDevice::ioctl(unsigned long request, void *argument, int generation)
         return refusal != 0 ? refusal : -EINVAL;
     }
     std::vector<spi_ioc_transfer> transfers(static_cast<size_t>(count));
-    if (!fetch_transfers(transfers, argument)) {
+    if (!copy_from_user(transfers.data(), user_address(argument),
+                        transfers.size() * sizeof(spi_ioc_transfer))) {
         transfers.clear();
         refusal = refusal != 0 || count == 0 ? refusal : -EFAULT;
     }
     return transfers.empty() ? refusal : message(transfers, refusal);
-}
-
-bool SpiDevice::fetch_transfers(std::span<spi_ioc_transfer> transfers, const void *argument)
-{
-    const UserPiece pieces[] = {
-        {transfers.data(), user_address(argument), transfers.size_bytes()},
-        {expected_.data(), expected_buffer_, expected_.size()},
-    };
-    const size_t copied = copy_pieces_from_user(pieces);
-    has_expected_ = copied == std::size(pieces);
-    return copied > 0;
 }
 
 // A message that has already been refused is a failing exchange.
@@ -160,14 +150,7 @@ int SpiDevice::fetch(std::span<const spi_ioc_transfer> transfers, const MessageL
     if (length.total > MOST_BYTES || length.sent > buffer_size_ || length.received > buffer_size_) {
         return -EMSGSIZE;
     }
-    const spi_ioc_transfer &first = transfers.front();
-    if (has_expected_ && transfers.size() == 1 && first.tx_buf == expected_buffer_ &&
-        first.len == expected_.size()) {
-        mosi_ = expected_;
-        return is_possible(first) ? 0 : -EINVAL;
-    }
-    mosi_.assign(static_cast<size_t>(length.total),
-                 0); // a transfer that only receives sends zeros
+    mosi_.assign(static_cast<size_t>(length.total), 0); // what only receives sends zeros
     size_t at = 0;
     for (const spi_ioc_transfer &transfer : transfers) {
         if (transfer.tx_buf != 0 &&
@@ -176,8 +159,6 @@ int SpiDevice::fetch(std::span<const spi_ioc_transfer> transfers, const MessageL
         }
         at += transfer.len;
     }
-    expected_buffer_ = first.tx_buf;
-    expected_.resize(first.tx_buf != 0 ? first.len : 0);
     return std::ranges::all_of(transfers, is_possible) ? 0 : -EINVAL;
 }
 

@@ -83,7 +83,6 @@ class SpiDevice
     int ioctl(unsigned long request, void *argument, int generation = 0);
 
   private:
-    bool fetch_transfers(std::span<spi_ioc_transfer> transfers, const void *argument);
     int message(std::span<const spi_ioc_transfer> transfers, int refusal);
     int fetch(std::span<const spi_ioc_transfer> transfers, const MessageLength &length);
     int exchange_bytes(std::span<const spi_ioc_transfer> transfers);
@@ -104,11 +103,6 @@ class SpiDevice
     DriverState state_;
     std::vector<uint8_t> mosi_;
     std::vector<uint8_t> miso_;
-    // Programs send from the same buffer each time: its bytes are fetched together with the
-    // transfer, and taken if that names the buffer again.
-    uint64_t expected_buffer_ = 0;
-    std::vector<uint8_t> expected_; // as long as the last time; what the buffer holds
-    bool has_expected_ = false;
 };
 
 } // namespace simulator

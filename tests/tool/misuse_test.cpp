@@ -21,9 +21,6 @@ class Misuse : public Workbench
 
 TEST_F(Misuse, addresses_that_are_none_are_refused)
 {
-    if (EMULATED) {
-        GTEST_SKIP() << "the emulator offers no checked copies";
-    }
     EXPECT_EQ(of("pointers"), joined({
                                   "bad tx: EFAULT",
                                   "bad rx: EFAULT",
