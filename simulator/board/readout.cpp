@@ -128,7 +128,7 @@ size_t Readout::next_header_index(const Measuring &measuring)
     if (measuring.header_index != ANY_HEADER_INDEX) {
         return static_cast<size_t>(measuring.header_index);
     }
-    return (measuring.seed + 7 * deliveries_++) % STREAM_POLL_SIZE;
+    return static_cast<size_t>((measuring.seed + 7 * deliveries_++) % STREAM_POLL_SIZE);
 }
 
 } // namespace simulator
