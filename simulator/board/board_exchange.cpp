@@ -214,7 +214,7 @@ void Conversation::receive_image_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE
 {
     const int step = state_.boot_loader.next_step();
     if (!died_at(step) && !refused_by_fault(step)) {
-        queue_status(state_.boot_loader.take_frame(frame, Flash(board_.bytes.flash)), step);
+        queue_status(state_.boot_loader.take_frame(frame, state_.flash_change), step);
     }
 }
 
@@ -379,8 +379,17 @@ void board_advance(const Board &board, BoardState &state, std::chrono::nanosecon
 void board_exchange(const Board &board, BoardState &state, std::chrono::nanoseconds now,
                     std::span<const uint8_t> mosi, std::span<uint8_t> miso, BoardReport &report)
 {
+    board_settle(board, state);
     board_advance(board, state, now, report);
     Conversation(board, state, report.note).exchange(mosi, miso);
+}
+
+void board_settle(const Board &board, BoardState &state)
+{
+    if (state.flash_change.kind != FlashChange::Kind::none) {
+        make(state.flash_change, board.bytes.flash);
+        state.flash_change.kind = FlashChange::Kind::none;
+    }
 }
 
 } // namespace simulator

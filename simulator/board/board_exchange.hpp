@@ -31,8 +31,9 @@ void board_advance(const Board &board, BoardState &state, std::chrono::nanosecon
                    BoardReport &report);
 
 // Clocks the bytes of one exchange in, and as many out, at this time. mosi and miso have the same
-// size.
+// size. A change of the flash is decided on, and made by the call below or the next exchange.
 void board_exchange(const Board &board, BoardState &state, std::chrono::nanoseconds now,
                     std::span<const uint8_t> mosi, std::span<uint8_t> miso, BoardReport &report);
+void board_settle(const Board &board, BoardState &state);
 
 } // namespace simulator

@@ -5,6 +5,7 @@
 #include "simulator/board/application.hpp"
 #include "simulator/board/boot_loader.hpp"
 #include "simulator/board/deafness.hpp"
+#include "simulator/board/flash.hpp"
 #include "simulator/board/readout.hpp"
 #include "simulator/board/transaction.hpp"
 #include "simulator/wire/mode.hpp"
@@ -30,6 +31,7 @@ struct BoardState {
     Deafness deafness;
     Application application;
     uint8_t buffer[LARGEST_BLOCK] = {}; // of the reply or block that is being fetched
+    FlashChange flash_change;           // that is yet to be made
     Mode mode = Mode::application;
     uint8_t boot_loader_version = 0;
     Owed owed = Owed::nothing;
@@ -47,6 +49,6 @@ static_assert(offsetof(BoardState, readout) == 72);
 static_assert(offsetof(BoardState, boot_loader) == 1236);
 static_assert(offsetof(BoardState, application) == 2312);
 static_assert(offsetof(BoardState, buffer) == 4124);
-static_assert(sizeof(BoardState) == 8232);
+static_assert(sizeof(BoardState) == 9264);
 
 } // namespace simulator

@@ -32,7 +32,8 @@ Verdict BootLoader::open(Region region)
     return {READY, text("%s download begins", bounds_of(region).name)};
 }
 
-Verdict BootLoader::take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame, Flash flash)
+Verdict BootLoader::take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame,
+                               FlashChange &change)
 {
     const uint32_t sent = little_endian(frame.first(ADDRESS_AT));
     const uint16_t computed = bitwise_crc(frame.subspan(ADDRESS_AT));
@@ -42,11 +43,11 @@ Verdict BootLoader::take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame,
     }
     const uint32_t address = little_endian(frame.subspan(ADDRESS_AT, 4));
     const uint32_t size = little_endian(frame.subspan(SIZE_AT, 4));
-    return stage_ == Stage::header ? take_header(address, size, flash)
-                                   : take_block(address, size, frame.subspan(DATA_AT), flash);
+    return stage_ == Stage::header ? take_header(address, size, change)
+                                   : take_block(address, size, frame.subspan(DATA_AT), change);
 }
 
-Verdict BootLoader::take_header(uint32_t address, uint32_t size, Flash flash)
+Verdict BootLoader::take_header(uint32_t address, uint32_t size, FlashChange &change)
 {
     const FlashRegion &region = bounds_of(region_);
     if (address != region.start || size > region.size) {
@@ -54,7 +55,7 @@ Verdict BootLoader::take_header(uint32_t address, uint32_t size, Flash flash)
                       text("header: %u bytes at 0x%08X, but the %s has %u at 0x%08X", size, address,
                            region.name, region.size, region.start));
     }
-    flash.erase(region);
+    change = erase(region_);
     image_size_ = size;
     received_ = 0;
     blocks_ = 0;
@@ -63,7 +64,7 @@ Verdict BootLoader::take_header(uint32_t address, uint32_t size, Flash flash)
 }
 
 Verdict BootLoader::take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data,
-                               Flash flash)
+                               FlashChange &change)
 {
     const uint32_t start = bounds_of(region_).start;
     const uint32_t missing = image_size_ - received_;
@@ -71,7 +72,7 @@ Verdict BootLoader::take_block(uint32_t address, uint32_t size, std::span<const 
         return refuse(STATUS_ADDRESS_ERROR, text("block %d: %u bytes for 0x%08X, %u are missing",
                                                  blocks_, size, address, missing));
     }
-    flash.program(start + received_, data.first(size));
+    change = program(start + received_, data.first(size));
     received_ += size;
     if (received_ == image_size_) {
         stage_ = Stage::closed;

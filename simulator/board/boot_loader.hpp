@@ -15,7 +15,7 @@ namespace simulator
 {
 
 inline constexpr size_t IMAGE_FRAME_SIZE = 1034;
-inline constexpr uint32_t IMAGE_BLOCK_SIZE = 1024;
+inline constexpr uint32_t IMAGE_BLOCK_SIZE = LARGEST_PROGRAM;
 
 // How a frame was received.
 struct Verdict {
@@ -29,8 +29,8 @@ class BootLoader
     // A mode command has arrived: the next frame is a header for this region.
     Verdict open(Region region);
 
-    // A frame has arrived while one was expected.
-    Verdict take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame, Flash flash);
+    // A frame has arrived while one was expected. What it does to the flash is yet to be made.
+    Verdict take_frame(std::span<const uint8_t, IMAGE_FRAME_SIZE> frame, FlashChange &change);
 
     void close() { stage_ = Stage::closed; }
     bool expects_frame() const { return stage_ != Stage::closed; }
@@ -41,8 +41,9 @@ class BootLoader
   private:
     enum class Stage : uint8_t { closed, header, blocks };
 
-    Verdict take_header(uint32_t address, uint32_t size, Flash flash);
-    Verdict take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data, Flash flash);
+    Verdict take_header(uint32_t address, uint32_t size, FlashChange &change);
+    Verdict take_block(uint32_t address, uint32_t size, std::span<const uint8_t> data,
+                       FlashChange &change);
     Verdict refuse(uint8_t status, std::string note);
 
     Stage stage_ = Stage::closed;

@@ -19,7 +19,7 @@ uint64_t sum(const Tally &tally)
 
 uint64_t restarts(const Tally &tally)
 {
-    return tally.over.size();
+    return tally.lives;
 }
 
 uint64_t last_number(const Tally &tally)

@@ -32,9 +32,10 @@ struct Life {
 
 // The counts of the lives that have ended, and of the present one.
 struct Tally {
-    std::span<const Life> over;
-    Counts past; // of the former together
+    std::span<const Life> over; // the latest last; perhaps not all of them
+    Counts past;                // of all that have ended
     Counts present;
+    uint64_t lives = 0; // that have ended
 };
 
 // One number of a tally per line, each at a fixed place however many digits it has.

@@ -6,14 +6,38 @@
 namespace simulator
 {
 
-void Flash::erase(const FlashRegion &region)
+FlashChange erase(Region region)
 {
-    std::ranges::fill(bytes_.subspan(region.start - FLASH_START, region.size), FLASH_ERASED);
+    FlashChange change;
+    change.kind = FlashChange::Kind::erase;
+    change.region = region;
+    return change;
 }
 
-void Flash::program(uint32_t address, std::span<const uint8_t> data)
+FlashChange program(uint32_t address, std::span<const uint8_t> data)
 {
-    std::ranges::copy(data, bytes_.subspan(address - FLASH_START, data.size()).begin());
+    FlashChange change;
+    change.kind = FlashChange::Kind::program;
+    change.address = address;
+    change.size = static_cast<uint16_t>(data.size());
+    std::ranges::copy(data, change.data);
+    return change;
+}
+
+void make(const FlashChange &change, std::span<uint8_t, FLASH_SIZE> flash)
+{
+    const FlashRegion &region = bounds_of(change.region);
+    switch (change.kind) {
+    case FlashChange::Kind::none:
+        break;
+    case FlashChange::Kind::erase:
+        std::ranges::fill(flash.subspan(region.start - FLASH_START, region.size), FLASH_ERASED);
+        break;
+    case FlashChange::Kind::program:
+        std::ranges::copy_n(change.data, change.size,
+                            flash.subspan(change.address - FLASH_START).begin());
+        break;
+    }
 }
 
 } // namespace simulator

@@ -31,19 +31,25 @@ static_assert(BOOT_LOADER_REGION.start == FLASH_START);
 static_assert(FIRMWARE_REGION.start == FLASH_START + BOOT_LOADER_REGION.size);
 static_assert(BOOT_LOADER_REGION.size + FIRMWARE_REGION.size == FLASH_SIZE);
 
-// Works on bytes owned by the caller, which decides how long they live.
-class Flash
-{
-  public:
-    explicit Flash(std::span<uint8_t, FLASH_SIZE> bytes) : bytes_(bytes) {}
+inline constexpr uint32_t LARGEST_PROGRAM = 1024; // bytes written at once
 
-    void erase(const FlashRegion &region);
+// A change of the flash that has been decided on, and is made afterwards. It can be made again without
+// harm, so that one during which a program was killed is made whole by the next.
+struct FlashChange {
+    enum class Kind : uint8_t { none, erase, program };
 
-    // address to address + data.size() must be inside the flash.
-    void program(uint32_t address, std::span<const uint8_t> data);
-
-  private:
-    std::span<uint8_t, FLASH_SIZE> bytes_;
+    Kind kind = Kind::none;
+    Region region = Region::boot_loader; // erased
+    uint16_t size = 0;                   // programmed
+    uint32_t address = 0;
+    uint8_t data[LARGEST_PROGRAM] = {};
 };
+
+FlashChange erase(Region region);
+
+// address to address + data.size() must be inside the flash.
+FlashChange program(uint32_t address, std::span<const uint8_t> data);
+
+void make(const FlashChange &change, std::span<uint8_t, FLASH_SIZE> flash);
 
 } // namespace simulator

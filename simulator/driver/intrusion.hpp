@@ -26,6 +26,10 @@ class Intrusion
     // Plays what is due by now. The answers are discarded.
     void play_until(std::chrono::nanoseconds now, Coprocessor &coprocessor);
 
+    // How many have been played; a board that others use is told it.
+    size_t played() const { return played_; }
+    void set_played(size_t played) { played_ = played; }
+
   private:
     std::vector<SentBytes> sent_; // in the order of their times
     size_t played_ = 0;

@@ -42,10 +42,7 @@ pthread_mutex_t driver = PTHREAD_MUTEX_INITIALIZER;
 [[gnu::constructor]] void keep_driver_whole_over_forks()
 {
     pthread_atfork([] { pthread_mutex_lock(&driver); }, [] { pthread_mutex_unlock(&driver); },
-                   [] {
-                       simulator::leave_counts_to_parent();
-                       pthread_mutex_unlock(&driver);
-                   });
+                   [] { pthread_mutex_unlock(&driver); });
 }
 
 class DriverCall

@@ -1,4 +1,5 @@
-// One program's virtual board: its settings, its clock and the device it opens.
+// A program's virtual board, which it may share with others: its options, its clock and the device that
+// the program opens.
 #pragma once
 
 #include "simulator/driver/spi_device.hpp"
@@ -30,10 +31,7 @@ int device_open();
 void device_close(int generation);
 int device_ioctl(int generation, unsigned long request, void *argument);
 
-// A child process has a board of its own, whose records are not counted.
-void leave_counts_to_parent();
-
-// The time in the transcript starts here, at the latest with the first exchange.
+// The time in the transcript of a real device starts here, at the latest with the first exchange.
 void begin_transcript();
 
 // Records a message exchanged with a real device. result is the call's, or a negated errno.

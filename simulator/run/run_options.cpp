@@ -86,6 +86,41 @@ bool add_fault(RunOptions &options, const std::string &words, std::string &reaso
     return true;
 }
 
+// The numbers in the order of their rows, then the faults.
+std::string shared_words(const RunOptions &options)
+{
+    std::string words;
+    for (const NumberRow &row : NUMBER_ROWS) {
+        words += std::to_string(options.behaviour.*row.number) + ' ';
+    }
+    return words + options.fault_words;
+}
+
+bool take_shared_words(RunOptions &options, const std::string &words)
+{
+    std::istringstream stream(words);
+    std::string word;
+    for (const NumberRow &row : NUMBER_ROWS) {
+        if (!(stream >> word) || !set_number(options, row.number, word)) {
+            return false;
+        }
+    }
+    options.behaviour.faults.clear();
+    options.fault_words.clear();
+    std::string reason;
+    while (stream >> word) {
+        if (!add_fault(options, word, reason)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool has_usual_board(const RunOptions &options)
+{
+    return shared_words(options) == shared_words({});
+}
+
 void put_into_environment(const RunOptions &options)
 {
     put(DIRECTORY, options.directory);

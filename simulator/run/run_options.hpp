@@ -29,6 +29,14 @@ bool set_number(RunOptions &options, int Behaviour::*number, const std::string &
 // Adds the words of a fault. False if they are not understood; reason then says why.
 bool add_fault(RunOptions &options, const std::string &words, std::string &reason);
 
+// The board's options as words: programs that use a board at the same time share them, whether they
+// count their time or not. Taken, they replace others; false if they are not understood.
+std::string shared_words(const RunOptions &options);
+bool take_shared_words(RunOptions &options, const std::string &words);
+
+// Whether the board is left as it is without options.
+bool has_usual_board(const RunOptions &options);
+
 void put_into_environment(const RunOptions &options);
 
 // False if the variables are not as put_into_environment writes them.

@@ -148,7 +148,7 @@ std::string BoardDirectory::make_files()
     return make_file(stand_in(path_), "");
 }
 
-std::string BoardDirectory::map(const char *name, size_t size, uint8_t *&bytes)
+std::string BoardDirectory::map(const char *name, size_t size, uint8_t *&bytes) const
 {
     const std::string path = file(name);
     const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
@@ -167,6 +167,20 @@ std::string BoardDirectory::map(const char *name, size_t size, uint8_t *&bytes)
     }
     bytes = static_cast<uint8_t *>(mapped);
     return {};
+}
+
+// One that another version has left is replaced.
+std::string BoardDirectory::map_shared(const std::string &fresh, uint8_t *&bytes) const
+{
+    constexpr size_t LAYOUT_SIZE = 16;
+    const std::string path = file("state");
+    std::string error = make_file(path, fresh);
+    const std::string found = read_file(path);
+    if (error.empty() && (found.size() != fresh.size() ||
+                          found.compare(0, LAYOUT_SIZE, fresh, 0, LAYOUT_SIZE) != 0)) {
+        error = write_file(path, fresh, rename);
+    }
+    return error.empty() ? map("state", fresh.size(), bytes) : error;
 }
 
 std::string BoardDirectory::renew_stand_in() const

@@ -10,6 +10,7 @@
 //     spidev1.0    stands in for the device node
 //     counts       what became of the records, for the program that opened the device last
 //     lives        the same for each life that a restart has ended
+//     state        what the programs that use the board at the same time share; theirs alone
 //
 // The text files may be edited while no program has the device open.
 #pragma once
@@ -33,6 +34,9 @@ class BoardDirectory
 
     BoardBytes bytes() const;
 
+    // Maps the file that programs share; the fresh bytes are a new one. Empty, or why it cannot be.
+    std::string map_shared(const std::string &fresh, uint8_t *&bytes) const;
+
     // The file that stands in for the device node of a board.
     static std::string stand_in(const std::string &path) { return path + "/spidev1.0"; }
 
@@ -51,7 +55,7 @@ class BoardDirectory
   private:
     std::string file(const char *name) const { return path_ + '/' + name; }
     std::string make_files();
-    std::string map(const char *name, size_t size, uint8_t *&bytes);
+    std::string map(const char *name, size_t size, uint8_t *&bytes) const;
 
     std::string path_;
     uint8_t *flash_ = nullptr; // both stay mapped until the process ends

@@ -7,9 +7,11 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <utility>
 
 namespace simulator
 {
@@ -39,35 +41,37 @@ char *map_file(const std::string &path, size_t size)
 
 } // namespace
 
-std::string CountsFile::open(const std::string &directory)
+std::string CountsFile::begin(const std::string &directory)
+{
+    std::string error = make_anew(directory + "/counts", describe_counts({}));
+    if (error.empty()) {
+        error = make_anew(directory + "/lives", name_life_columns());
+    }
+    return error.empty() ? join(directory) : error;
+}
+
+std::string CountsFile::join(const std::string &directory)
 {
     const std::string path = directory + "/counts";
-    const std::string nothing = describe_counts({});
     lives_path_ = directory + "/lives";
-    std::string error = make_anew(path, nothing);
-    if (error.empty()) {
-        error = make_anew(lives_path_, name_life_columns());
-    }
-    if (!error.empty()) {
-        return error;
-    }
-    numbers_ = map_file(path, nothing.size());
+    numbers_ = map_file(path, describe_counts({}).size());
     return numbers_ != nullptr ? std::string() : path + ": " + strerror(errno);
 }
 
-std::string CountsFile::write(const Tally &tally)
+std::string CountsFile::write(const Tally &tally, SavedState &saved)
 {
     if (numbers_ == nullptr) {
         return {};
     }
-    for (size_t row = 0; row < written_.size(); ++row) {
+    for (size_t row = 0; row < COUNT_ROWS; ++row) {
         const uint64_t number = COUNT_TABLE[row].of(tally);
-        if (number != written_[row]) {
+        if (number != saved.counts[row]) {
             write_number(row, number);
-            written_[row] = number;
+            saved.counts[row] = number;
         }
     }
-    return lives_ == tally.over.size() ? std::string() : note_lives(tally);
+    return tally.lives > saved.lives ? note_lives(tally, std::exchange(saved.lives, tally.lives))
+                                     : std::string();
 }
 
 void CountsFile::write_number(size_t row, uint64_t number)
@@ -82,11 +86,15 @@ void CountsFile::write_number(size_t row, uint64_t number)
     memcpy(numbers_ + row * LINE + COUNT_NAME_WIDTH, field, sizeof(field));
 }
 
-std::string CountsFile::note_lives(const Tally &tally)
+// Of those that another program was to record before it died there is only the number.
+std::string CountsFile::note_lives(const Tally &tally, uint64_t noted)
 {
     std::string lines;
-    for (; lives_ < tally.over.size(); ++lives_) {
-        lines += describe_life(static_cast<int>(lives_) + 1, tally.over[lives_]);
+    const size_t known = std::min<uint64_t>(tally.over.size(), tally.lives - noted);
+    const std::span<const Life> fresh = tally.over.last(known);
+    for (size_t i = 0; i < known; ++i) {
+        const uint64_t number = tally.lives - known + i + 1;
+        lines += describe_life(static_cast<int>(number), fresh[i]);
     }
     return add_to_transcript(lives_path_, lines);
 }

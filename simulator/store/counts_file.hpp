@@ -2,8 +2,8 @@
 #pragma once
 
 #include "simulator/board/counts.hpp"
+#include "simulator/store/shared_state.hpp"
 
-#include <array>
 #include <string>
 
 namespace simulator
@@ -14,22 +14,19 @@ namespace simulator
 class CountsFile
 {
   public:
-    // Creates both files anew. Empty, or why they cannot be created.
-    std::string open(const std::string &directory);
+    // Creates both files anew, or uses those that are there. Empty, or why not.
+    std::string begin(const std::string &directory);
+    std::string join(const std::string &directory);
 
-    // Writes what has changed. Empty, or why a life that has ended cannot be recorded.
-    std::string write(const Tally &tally);
-
-    // From now on the files belong to another process.
-    void leave() { numbers_ = nullptr; }
+    // Writes what has changed since it was written, by whomever. Empty, or why a life that has ended
+    // cannot be recorded.
+    std::string write(const Tally &tally, SavedState &saved);
 
   private:
-    std::string note_lives(const Tally &tally);
+    std::string note_lives(const Tally &tally, uint64_t noted);
     void write_number(size_t row, uint64_t number);
 
     char *numbers_ = nullptr;
-    std::array<uint64_t, COUNT_ROWS> written_{};
-    size_t lives_ = 0; // recorded
     std::string lives_path_;
 };
 

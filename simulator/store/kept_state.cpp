@@ -9,41 +9,51 @@ namespace simulator
 std::string KeptState::open(const std::string &path)
 {
     path_ = path;
-    return directory_.open(path);
-}
-
-std::string KeptState::begin_counts()
-{
-    return counts_.open(path_);
-}
-
-std::string KeptState::load(Coprocessor &coprocessor, SpiDevice &device)
-{
-    std::string error = is_loaded_ ? save(coprocessor, device) : std::string();
-    is_loaded_ = true;
+    std::string error = directory_.open(path);
+    uint8_t *bytes = nullptr;
     if (error.empty()) {
-        error = directory_.load(identity_);
+        error = directory_.map_shared(SharedState::fresh(), bytes);
     }
     if (error.empty()) {
-        coprocessor.set_identity(identity_);
-        error = load_values(coprocessor);
-    }
-    if (error.empty()) {
-        error = directory_.load_spi_mode(spi_mode_);
-        device.set_mode(spi_mode_);
+        shared_.use(bytes);
     }
     return error;
 }
 
-std::string KeptState::load_values(Coprocessor &coprocessor)
+std::string KeptState::load(Coprocessor &coprocessor, SpiDevice &device)
 {
+    BoardIdentity identity;
+    SavedState &saved = shared_.saved();
+    std::string error = directory_.load(identity);
+    if (error.empty()) {
+        coprocessor.set_identity(identity);
+        saved.mode = identity.mode;
+        error = load_texts(coprocessor, &Coprocessor::load);
+    }
+    if (error.empty()) {
+        saved.received_settings = coprocessor.received_settings();
+        error = directory_.load_spi_mode(saved.spi_mode);
+        device.set_mode(saved.spi_mode);
+    }
+    return error;
+}
+
+std::string KeptState::join(Coprocessor &coprocessor)
+{
+    const std::string error = load_texts(coprocessor, &Coprocessor::go_on_with);
+    return error.empty() ? counts_.join(path_) : error;
+}
+
+std::string KeptState::load_texts(Coprocessor &coprocessor, Take take) const
+{
+    CommandValues settings;
     CommandValues answers;
-    std::string error = directory_.load(ValuesOf::settings, settings_);
+    std::string error = directory_.load(ValuesOf::settings, settings);
     if (error.empty()) {
         error = directory_.load(ValuesOf::answers, answers);
     }
     if (error.empty()) {
-        coprocessor.load(settings_, std::move(answers));
+        (coprocessor.*take)(std::move(settings), std::move(answers));
     }
     return error;
 }
@@ -57,47 +67,50 @@ std::string KeptState::save(const Coprocessor &coprocessor, const SpiDevice &dev
     if (error.empty()) {
         error = save_spi_mode(device.mode());
     }
-    return error.empty() ? counts_.write(coprocessor.tally()) : error;
+    return error.empty() ? counts_.write(coprocessor.tally(), shared_.saved()) : error;
 }
 
+// What is in a file is noted afterwards: whoever is killed in between leaves it to the next program.
 std::string KeptState::save_settings(const Coprocessor &coprocessor)
 {
-    if (coprocessor.received_settings() == received_settings_) {
+    const uint32_t received = coprocessor.received_settings();
+    if (received == shared_.saved().received_settings) {
         return {};
     }
-    received_settings_ = coprocessor.received_settings();
+    CommandValues kept;
     const CommandValues settings = coprocessor.settings();
-    if (settings == settings_) {
-        return {};
-    }
-    settings_ = settings;
-    return directory_.save(ValuesOf::settings, settings);
+    const bool is_kept = directory_.load(ValuesOf::settings, kept).empty() && kept == settings;
+    std::string error = is_kept ? "" : directory_.save(ValuesOf::settings, settings);
+    shared_.saved().received_settings = received;
+    return error;
 }
 
 std::string KeptState::save_mode(Mode mode)
 {
-    if (mode == identity_.mode) {
+    if (mode == shared_.saved().mode) {
         return {};
     }
-    identity_.mode = mode;
-    return directory_.save_mode(mode);
+    std::string error = directory_.save_mode(mode);
+    shared_.saved().mode = mode;
+    return error;
 }
 
 std::string KeptState::save_spi_mode(uint32_t mode)
 {
-    if (mode == spi_mode_) {
+    if (mode == shared_.saved().spi_mode) {
         return {};
     }
-    spi_mode_ = mode;
-    return directory_.save_spi_mode(mode);
+    std::string error = directory_.save_spi_mode(mode);
+    shared_.saved().spi_mode = mode;
+    return error;
 }
 
 std::string KeptState::renew_stand_in(int generation)
 {
-    if (generation == stand_in_generation_) {
+    if (generation == shared_.saved().stand_in_generation) {
         return {};
     }
-    stand_in_generation_ = generation;
+    shared_.saved().stand_in_generation = generation;
     return directory_.renew_stand_in();
 }
 

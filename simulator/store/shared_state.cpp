@@ -1,0 +1,111 @@
+// What the programs that use a board at the same time share.
+#include "simulator/store/shared_state.hpp"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace simulator
+{
+
+namespace
+{
+
+constexpr char LAYOUT[16] = "virtual board 1"; // with the number of the layout
+
+} // namespace
+
+std::string SharedState::fresh()
+{
+    std::string bytes(sizeof(File), '\0');
+    memcpy(bytes.data(), LAYOUT, sizeof(LAYOUT));
+    return bytes;
+}
+
+void SharedState::use(uint8_t *bytes)
+{
+    file_ = reinterpret_cast<File *>(bytes);
+}
+
+bool SharedState::has_died(const void *file, uint32_t process)
+{
+    const auto &programs = static_cast<const File *>(file)->programs;
+    const auto *const found = std::ranges::find_if(
+        programs, [process](const auto &program) { return program.life.process == process; });
+    return !is_alive(found == std::end(programs) ? ProgramLife{process, 0, 0} : found->life);
+}
+
+SharedState::Joined SharedState::take()
+{
+    const auto process = static_cast<uint32_t>(getpid());
+    take_lock(file_->lock, process, has_died, file_);
+    return self_.process == process ? Joined::before : join();
+}
+
+void SharedState::leave()
+{
+    leave_lock(file_->lock);
+}
+
+// Another program of the same number that has died is found here, too, and removed.
+SharedState::Joined SharedState::join()
+{
+    self_ = this_program();
+    const std::vector<SharingProgram> dead = remove_dead();
+    const bool alone = is_alone();
+    auto &programs = file_->programs;
+    own_ = std::ranges::find(programs, self_, &SharingProgram::life);
+    const bool was_here = own_ != std::end(programs); // and has executed another program since
+    if (!was_here) {
+        own_ = std::ranges::find(programs, 0U, [](const auto &at) { return at.life.process; });
+    }
+    if (own_ == std::end(programs)) {
+        self_ = {};
+        return Joined::too_many;
+    }
+    own_->life = self_;
+    seen_ = 0;
+    dead_ = dead;
+    return alone && !was_here ? Joined::first : Joined::now;
+}
+
+std::vector<SharingProgram> SharedState::remove_dead()
+{
+    std::vector<SharingProgram> dead = std::exchange(dead_, {});
+    for (SharingProgram &program : file_->programs) {
+        if (program.life.process != 0 && !is_alive(program.life)) {
+            dead.push_back(std::exchange(program, SharingProgram()));
+        }
+    }
+    return dead;
+}
+
+bool SharedState::is_alone() const
+{
+    return std::ranges::all_of(file_->programs, [this](const SharingProgram &program) {
+        return program.life.process == 0 || program.life == self_;
+    });
+}
+
+const RunningState &SharedState::state()
+{
+    seen_ = file_->commits;
+    return copy(seen_);
+}
+
+void SharedState::commit(const RunningState &state)
+{
+    const uint32_t next = std::max(file_->commits + 1, 1U);
+    copy(next) = state;
+    file_->commits = next;
+    seen_ = next;
+}
+
+void SharedState::note_flash()
+{
+    copy(file_->commits).board.flash_change.kind = FlashChange::Kind::none;
+}
+
+} // namespace simulator
