@@ -53,10 +53,10 @@ void DownloadProgress::show_bar(const DownloadSteps &steps) const
     constexpr int MOST = 50;
     const double done = steps.acknowledged();
     const double all = steps.size();
-    std::vector<LiveField> fields = {
-        {1, progress_bar(done / all, LEAST)},
-        {4, share_words(steps)},
-    };
+    std::vector<LiveField> fields;
+    fields.reserve(4);
+    fields.push_back({1, progress_bar(done / all, LEAST)});
+    fields.push_back({4, share_words(steps)});
     if (done > 0) {
         fields.push_back({3, rate_words(steps.acknowledged(), seconds())});
         fields.push_back({2, clock_words(seconds() * (all - done) / done) + " left"});
