@@ -148,7 +148,7 @@ int launch(LaunchOptions &options)
         reason = Intrusion().load(run.behaviour.faults); // before it is overwritten
     }
     if (reason.empty()) {
-        reason = prepare_transcript(run.transcript);
+        reason = prepare_transcript(run);
     }
     if (!reason.empty()) {
         return complain(reason);

@@ -320,8 +320,12 @@ std::string help_text()
             "run):\n";
     help += describe_faults();
     help += "TIME, FROM and TO are written 2s, 2.5s or 1500ms. Like the times in a\n"
-            "transcript, they count from the moment when the program first opens the device;\n"
-            "each program has its own. TO itself is excluded.\n";
+            "transcript, they count from the moment when the board's power comes. TO itself\n"
+            "is excluded.\n"
+            "\nThe power comes when a program first opens the device, and goes with the last\n"
+            "program that has used it. Until then others find the same co-processor, on one\n"
+            "wire, and must give the same options or none. Each of them moves the board's time\n"
+            "on; if two count theirs at once, the order is the scheduler's.\n";
     help += "\n"
             "Examples:\n"
             "  virtual-board update -ver\n"

@@ -3,6 +3,7 @@
 
 #include "simulator/launcher/executable.hpp"
 #include "simulator/store/board_directory.hpp"
+#include "simulator/store/shared_state.hpp"
 #include "simulator/words/text.hpp"
 
 #include <unistd.h>
@@ -150,10 +151,13 @@ std::string prepare_board(const LaunchOptions &options)
     return error.empty() ? directory.load(identity) : error;
 }
 
-std::string prepare_transcript(const std::string &path)
+std::string prepare_transcript(const RunOptions &run)
 {
+    const std::string &path = run.transcript;
+    const bool goes_on = !run.directory.empty() && SharedState::is_used(run.directory);
     errno = 0;
-    if (path.empty() || path == "-" || std::ofstream(path)) {
+    if (path.empty() || path == "-" ||
+        std::ofstream(path, goes_on ? std::ios::app : std::ios::out)) {
         return {};
     }
     return path + ": " + strerror(errno);

@@ -19,8 +19,9 @@ std::string check_preload(const LaunchOptions &options, const std::string &prelo
 // why the board cannot be used.
 std::string prepare_board(const LaunchOptions &options);
 
-// Creates a new transcript for this command; programs only append to it. Empty, or why it cannot.
-std::string prepare_transcript(const std::string &path);
+// Creates a new transcript for this command, or lets it go on with that of the programs that use the
+// board already; programs only append to it. Empty, or why it cannot.
+std::string prepare_transcript(const RunOptions &run);
 
 // The command's words as they are run, with a null at the end; also sets the environment in which
 // they find their library. The words point into the options.

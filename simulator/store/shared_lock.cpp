@@ -25,23 +25,32 @@ void sleep_while(LockWord &word, uint32_t value)
     syscall(SYS_futex, &word, FUTEX_WAIT, value, &LOOK, nullptr, 0);
 }
 
+// Returns how many that was.
+long wake_one(LockWord &word)
+{
+    return syscall(SYS_futex, &word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+}
+
 } // namespace
 
-// Who has slept takes the lock as awaited, for there may be other sleepers.
+// A lock that was left to somebody who sleeps is his: a program that comes again and again does not
+// keep the others from it. Who has slept takes it as awaited, for there may be other sleepers.
 void take_lock(LockWord &word, uint32_t self, HasDied has_died, const void *context)
 {
     uint32_t seen = 0;
     if (word.compare_exchange_strong(seen, self)) {
         return;
     }
-    for (;;) {
+    for (bool has_slept = false;;) {
         const uint32_t owner = seen & ~AWAITED;
-        if (owner == 0 || owner == self || has_died(context, owner)) {
+        const bool is_left = owner == 0 && (has_slept || seen == 0);
+        if (is_left || owner == self || (owner != 0 && has_died(context, owner))) {
             if (word.compare_exchange_strong(seen, self | AWAITED)) {
                 return;
             }
         } else if ((seen & AWAITED) != 0 || word.compare_exchange_strong(seen, seen | AWAITED)) {
             sleep_while(word, owner | AWAITED);
+            has_slept = true;
             seen = word.load();
         }
     }
@@ -49,8 +58,14 @@ void take_lock(LockWord &word, uint32_t self, HasDied has_died, const void *cont
 
 void leave_lock(LockWord &word)
 {
-    if ((word.exchange(0) & AWAITED) != 0) {
-        syscall(SYS_futex, &word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+    uint32_t seen = word.load();
+    if ((seen & AWAITED) == 0 && word.compare_exchange_strong(seen, 0)) {
+        return;
+    }
+    seen = AWAITED;
+    word.store(seen);
+    if (wake_one(word) == 0) {
+        word.compare_exchange_strong(seen, 0);
     }
 }
 

@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <fstream>
 #include <utility>
 
 namespace simulator
@@ -27,6 +29,21 @@ std::string SharedState::fresh()
 void SharedState::use(uint8_t *bytes)
 {
     file_ = reinterpret_cast<File *>(bytes);
+}
+
+bool SharedState::is_used(const std::string &directory)
+{
+    std::ifstream file(directory + "/state", std::ios::binary);
+    std::string bytes(sizeof(File), '\0');
+    if (!file.read(bytes.data(), sizeof(File)) ||
+        bytes.compare(0, sizeof(LAYOUT), LAYOUT, 16) != 0) {
+        return false;
+    }
+    SharingProgram programs[MOST_PROGRAMS];
+    memcpy(programs, &bytes[offsetof(File, programs)], sizeof(programs));
+    return std::ranges::any_of(programs, [](const SharingProgram &program) {
+        return program.life.process != 0 && is_alive(program.life);
+    });
 }
 
 bool SharedState::has_died(const void *file, uint32_t process)

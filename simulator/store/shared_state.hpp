@@ -60,6 +60,9 @@ class SharedState
     static std::string fresh();
     void use(uint8_t *bytes);
 
+    // Whether a program uses the board of this folder at the moment.
+    static bool is_used(const std::string &directory);
+
     enum class Joined { before, now, first, too_many };
 
     // Takes the lock. A program joins with its first call, as a child does with its own. Whoever finds

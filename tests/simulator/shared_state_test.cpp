@@ -1,0 +1,254 @@
+// Goal: programs that use a board at the same time have its state one after the other, and a program
+// that dies takes nothing with it.
+#include "simulator/store/shared_state.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+#include <functional>
+
+namespace simulator
+{
+
+namespace
+{
+
+using Joined = SharedState::Joined;
+
+class SharedBoard : public testing::Test
+{
+  protected:
+    SharedBoard()
+    {
+        const std::string fresh = SharedState::fresh();
+        memcpy(memory, fresh.data(), fresh.size());
+        shared.use(memory);
+    }
+    ~SharedBoard() override { munmap(memory, SIZE); }
+
+    // Starts another program on the board.
+    pid_t start(const std::function<int(SharedState &)> &work) const
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            SharedState others;
+            others.use(memory);
+            _exit(work(others));
+        }
+        return child;
+    }
+
+    static int finish(pid_t child)
+    {
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    // Until it has ended; it is not waited for.
+    static void await_end(pid_t child)
+    {
+        siginfo_t ended = {};
+        EXPECT_EQ(waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT), 0);
+    }
+
+    static RunningState at(int64_t time_ns)
+    {
+        RunningState state;
+        state.time_ns = time_ns;
+        return state;
+    }
+
+    static constexpr size_t SIZE = 1 << 16;
+    uint8_t *const memory = static_cast<uint8_t *>(
+        mmap(nullptr, SIZE, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    SharedState shared;
+};
+
+TEST_F(SharedBoard, gets_its_power_from_the_first_program_and_others_join)
+{
+    EXPECT_EQ(shared.take(), Joined::first);
+    EXPECT_TRUE(shared.is_alone());
+    shared.leave();
+    EXPECT_EQ(shared.take(), Joined::before);
+    shared.leave();
+    const pid_t other = start([](SharedState &others) {
+        const bool joined = others.take() == Joined::now && !others.is_alone();
+        others.leave();
+        return joined ? 7 : 0;
+    });
+    EXPECT_EQ(finish(other), 7);
+}
+
+TEST_F(SharedBoard, gets_its_power_anew_when_all_have_ended)
+{
+    const auto first = [](SharedState &others) {
+        const bool is_first = others.take() == Joined::first;
+        others.leave();
+        return is_first ? 7 : 0;
+    };
+    EXPECT_EQ(finish(start(first)), 7);
+    EXPECT_EQ(finish(start(first)), 7);
+    EXPECT_EQ(shared.take(), Joined::first);
+    shared.leave();
+    EXPECT_EQ(finish(start(first)), 0);
+}
+
+TEST_F(SharedBoard, is_as_it_was_committed_last_by_whomever)
+{
+    shared.take();
+    EXPECT_FALSE(shared.has_state());
+    shared.commit(at(1));
+    EXPECT_FALSE(shared.is_news()) << "it is this program's own";
+    shared.leave();
+    const pid_t other = start([](SharedState &others) {
+        others.take();
+        const bool is_first_state = others.is_news() && others.state().time_ns == 1;
+        others.commit(at(2));
+        others.commit(at(3));
+        others.leave();
+        return is_first_state ? 7 : 0;
+    });
+    EXPECT_EQ(finish(other), 7);
+    shared.take();
+    EXPECT_TRUE(shared.is_news());
+    EXPECT_EQ(shared.state().time_ns, 3);
+    EXPECT_FALSE(shared.is_news());
+    shared.leave();
+}
+
+TEST_F(SharedBoard, is_free_when_its_program_has_died_whether_anybody_took_note_or_not)
+{
+    shared.take();
+    shared.commit(at(1));
+    shared.leave();
+    for (const bool noted : {false, true}) {
+        const pid_t other = start([](SharedState &others) {
+            others.take();
+            return 0; // with the lock
+        });
+        await_end(other);
+        if (noted) {
+            finish(other);
+        }
+        EXPECT_EQ(shared.take(), Joined::before);
+        EXPECT_EQ(shared.state().time_ns, 1);
+        const std::vector<SharingProgram> dead = shared.remove_dead();
+        ASSERT_EQ(dead.size(), 1U);
+        EXPECT_EQ(dead[0].life.process, static_cast<uint32_t>(other));
+        EXPECT_TRUE(shared.is_alone());
+        shared.leave();
+        if (!noted) {
+            finish(other);
+        }
+    }
+}
+
+TEST_F(SharedBoard, is_one_programs_at_a_time)
+{
+    constexpr int PROGRAMS = 4;
+    constexpr int TURNS = 3000;
+    shared.take();
+    shared.commit(at(0));
+    shared.leave();
+    pid_t others[PROGRAMS];
+    for (pid_t &other : others) {
+        other = start([](SharedState &theirs) {
+            for (int i = 0; i < TURNS; ++i) {
+                theirs.take();
+                theirs.commit(at(theirs.state().time_ns + 1));
+                theirs.leave();
+            }
+            return 7;
+        });
+    }
+    for (const pid_t other : others) {
+        EXPECT_EQ(finish(other), 7);
+    }
+    shared.take();
+    EXPECT_EQ(shared.state().time_ns, PROGRAMS * TURNS);
+    shared.leave();
+}
+
+TEST_F(SharedBoard, is_waited_for_in_sleep_until_it_is_left)
+{
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    shared.take();
+    const pid_t other = start([&ready](SharedState &others) {
+        (void)!write(ready[1], "x", 1);
+        others.take();
+        const bool is_second = others.state().time_ns == 5;
+        others.leave();
+        return is_second ? 7 : 0;
+    });
+    char byte = 0;
+    EXPECT_EQ(read(ready[0], &byte, 1), 1);
+    usleep(120'000); // longer than one look at this program, which is alive
+    shared.commit(at(5));
+    shared.leave();
+    EXPECT_EQ(finish(other), 7);
+    close(ready[0]);
+    close(ready[1]);
+}
+
+TEST_F(SharedBoard, has_room_for_64_programs)
+{
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    std::vector<pid_t> others;
+    for (int i = 0; i < 64; ++i) {
+        others.push_back(start([&ready](SharedState &theirs) {
+            theirs.take();
+            theirs.leave();
+            (void)!write(ready[1], "x", 1);
+            pause();
+            return 0;
+        }));
+        char byte = 0;
+        EXPECT_EQ(read(ready[0], &byte, 1), 1);
+    }
+    EXPECT_EQ(shared.take(), Joined::too_many);
+    shared.leave();
+    kill(others[31], SIGKILL);
+    await_end(others[31]);
+    EXPECT_EQ(shared.take(), Joined::now);
+    shared.leave();
+    for (const pid_t other : others) {
+        kill(other, SIGKILL);
+        finish(other);
+    }
+    close(ready[0]);
+    close(ready[1]);
+}
+
+TEST_F(SharedBoard, keeps_a_change_of_the_flash_until_it_has_been_made)
+{
+    RunningState state = at(1);
+    state.board.flash_change = erase(Region::firmware);
+    shared.take();
+    shared.commit(state);
+    EXPECT_EQ(shared.state().board.flash_change.kind, FlashChange::Kind::erase);
+    shared.note_flash();
+    EXPECT_EQ(shared.state().board.flash_change.kind, FlashChange::Kind::none);
+    EXPECT_EQ(shared.state().time_ns, 1);
+    shared.leave();
+}
+
+TEST(ProgramLife, is_this_ones_and_no_others)
+{
+    const ProgramLife own = this_program();
+    EXPECT_EQ(own.process, static_cast<uint32_t>(getpid()));
+    EXPECT_TRUE(is_alive(own));
+    EXPECT_FALSE(is_alive({own.process, 0, own.start + 1})) << "a later one of the same number";
+    EXPECT_TRUE(is_alive({own.process, 0, 0})) << "whose beginning is not known";
+}
+
+} // namespace
+
+} // namespace simulator

@@ -1,0 +1,186 @@
+// Programs that use one virtual board at the same time: there is one wire and one co-processor, and
+// whoever dies leaves both to the others.
+#include "tests/tool/workbench.hpp"
+
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <set>
+
+namespace
+{
+
+constexpr int PROGRAMS = 8;
+constexpr size_t FIRMWARE_AT = 16 * 1024; // in the flash
+constexpr size_t BLOCK = 1024;            // of a download
+
+class Sharing : public Workbench
+{
+  protected:
+    // The words that run one of our programs on the workbench's board.
+    static std::string quoted(const Words &words)
+    {
+        std::string line;
+        for (const std::string &word : words) {
+            line += '\'' + word + "' ";
+        }
+        return line;
+    }
+
+    // Runs programs on the board at once, and waits for all of them.
+    Result at_once(const std::vector<Words> &commands)
+    {
+        std::string script;
+        for (const Words &command : commands) {
+            script += quoted(command) + "& programs+=($!)\n";
+        }
+        script += "for program in \"${programs[@]}\"; do wait $program || exit; done\n";
+        return run(on_board({}, {"bash", "-c", script}));
+    }
+};
+
+// A line that several programs write into, or that one of them loses, is no line of this kind.
+TEST_F(Sharing, each_exchange_of_eight_programs_is_whole_and_none_is_lost)
+{
+    constexpr int COUNT = 400;
+    std::vector<Words> commands;
+    for (int number = 0; number < PROGRAMS; ++number) {
+        commands.push_back(
+            {probe_program("sharer"), std::to_string(number), std::to_string(COUNT)});
+    }
+    const Result result = at_once(commands);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    std::map<int, int> next;
+    int last_number = 0;
+    for (const Line &line : transcript()) {
+        EXPECT_TRUE(line.number == last_number + 1 || line.number == 1) << line.number;
+        last_number = line.number;
+        ASSERT_EQ(line.sent.size(), 5U);
+        EXPECT_EQ(line.received, Bytes(5, 0));
+        EXPECT_EQ(line.sent[2] * 256 + line.sent[3], next[line.sent[1]]++);
+    }
+    ASSERT_EQ(next.size(), size_t{PROGRAMS});
+    for (const auto &[number, count] : next) {
+        EXPECT_EQ(count, COUNT) << number;
+    }
+}
+
+TEST_F(Sharing, two_that_make_the_same_board_at_once_both_get_it)
+{
+    for (int round = 0; round < 15; ++round) {
+        std::filesystem::remove_all(path("board"));
+        std::string script;
+        for (const char *number : {"1", "2"}) {
+            const Words command = {probe_program("sharer"), number, "3"};
+            Words words = virtual_board({"--count-time", "--board", path("board")});
+            words.insert(words.end(), command.begin(), command.end());
+            script += quoted(words) + "& programs+=($!)\n";
+        }
+        const Result result =
+            run({"bash", "-c", script + "wait ${programs[0]} && wait ${programs[1]}"});
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_EQ(result.errors, "");
+    }
+}
+
+TEST_F(Sharing, one_transcript_goes_on_while_programs_come_and_go)
+{
+    const pid_t holder =
+        start(on_board_in_real_time({}, {probe_program("sharer"), "1", "1000000", "1000"}));
+    wait_for_lines(2);
+    for (const char *number : {"2", "3"}) {
+        run(on_board_in_real_time({}, {probe_program("sharer"), number, "2"}));
+    }
+    kill(holder, SIGKILL);
+    finish(holder);
+    const std::vector<Line> lines = transcript();
+    int64_t before = 0;
+    int next = 1;
+    std::map<int, int> programs;
+    for (const Line &line : lines) {
+        EXPECT_EQ(line.number, next++);
+        EXPECT_GE(line.microseconds, before);
+        before = line.microseconds;
+        ++programs[line.sent[1]];
+    }
+    EXPECT_EQ(programs.size(), 3U);
+    EXPECT_EQ(programs[2] + programs[3], 4);
+    run(on_board_in_real_time({}, {probe_program("sharer"), "4", "1"}));
+    EXPECT_EQ(transcript().size(), 1U) << "the next power has a new one";
+}
+
+// Real time, in which the device is held for as long as it takes to kill the holder.
+TEST_F(Sharing, one_that_is_killed_in_an_exchange_leaves_the_wire_to_the_next)
+{
+    const pid_t holder =
+        start(on_board_in_real_time({}, {probe_program("sharer"), "1", "1000000", "1000"}));
+    wait_for_lines(1);
+    kill(holder, SIGKILL); // an exchange takes 40 ms
+    const Result next = run(on_board_in_real_time({}, {probe_program("sharer"), "2", "1"}));
+    EXPECT_EQ(next.status, 0) << next.errors;
+    finish(holder);
+    EXPECT_EQ(transcript().back().sent, (Bytes{0xEE, 2, 0, 0, 0xEE}));
+}
+
+// The next command works, and each block of the flash is erased, old or new.
+TEST_F(Sharing, the_board_survives_whoever_is_killed_at_any_moment)
+{
+    constexpr size_t SIZE = 40 * BLOCK;
+    const Bytes images[] = {noise(SIZE, 1), noise(SIZE, 2)};
+    write_file("0.bin", images[0]);
+    write_file("1.bin", images[1]);
+    for (int round = 0; round < 24; ++round) {
+        const std::string image = std::to_string(round % 2) + ".bin";
+        const pid_t flashing = start(on_board({}, {update_program(), "-firmware", image}));
+        usleep(static_cast<useconds_t>(round * 1500));
+        kill(flashing, SIGKILL);
+        finish(flashing);
+        const Result next = run(on_board({}, {probe_program("sharer"), "2", "1"}));
+        ASSERT_EQ(next.status, 0) << next.errors;
+        const Bytes found = flash(FIRMWARE_AT, SIZE);
+        for (size_t at = 0; at < SIZE; at += BLOCK) {
+            const auto is_of = [&](const Bytes &one) {
+                return memcmp(&found[at], &one[at], BLOCK) == 0;
+            };
+            ASSERT_TRUE(is_of(Bytes(SIZE, 0xFF)) || is_of(images[0]) || is_of(images[1]))
+                << "round " << round << ", block " << at / BLOCK;
+        }
+    }
+    std::set<std::string> files;
+    for (const auto &entry : std::filesystem::directory_iterator(path("board"))) {
+        files.insert(entry.path().filename());
+    }
+    EXPECT_EQ(files, (std::set<std::string>{"answers", "counts", "flash.bin", "lives", "memory.bin",
+                                            "mode", "settings", "spidev1.0", "state", "version"}));
+}
+
+TEST_F(Sharing, options_are_those_of_the_first_for_whoever_gives_none_or_the_same)
+{
+    const pid_t first = start(on_board_in_real_time({"--fault", "exchange@3=EIO", "--busy", "2"},
+                                                    {probe_program("sharer"), "1", "100000"}));
+    wait_for_words("ioctl: Input/output error", ".errors");
+    finish(first);
+    const pid_t holder = start(
+        on_board_in_real_time({"--busy", "2"}, {probe_program("sharer"), "1", "1000000", "1000"}));
+    wait_for_lines(2);
+    const Words sharing = {probe_program("sharer"), "2", "1"};
+    const auto other = [&](const Words &options) {
+        Words words = virtual_board({"--board", path("board")});
+        words.insert(words.end(), options.begin(), options.end());
+        words.insert(words.end(), sharing.begin(), sharing.end());
+        return quoted(words) + "; echo [$?]\n";
+    };
+    const Result others = run(
+        {"bash", "-c",
+         other({}) + other({"--busy", "2"}) + other({"--busy", "3"}) + other({"--count-time"})});
+    kill(holder, SIGKILL);
+    finish(holder);
+    EXPECT_EQ(others.output, "[0]\n[0]\n[125]\n[0]\n");
+    EXPECT_EQ(others.errors, "virtual-board: " + path("board") +
+                                 ": another program uses this board with other options; give the "
+                                 "same, or none\n");
+}
+
+} // namespace
