@@ -31,7 +31,7 @@ Byte *pointer(uint64_t user_address)
 // The mask around an address, which is on one page.
 Byte *mask_around(Byte *at)
 {
-    return at - user_address(at) % MASK_SIZE;
+    return at - reinterpret_cast<uintptr_t>(at) % MASK_SIZE;
 }
 
 // A mask is read before the change to be made with it is found to be none. Without a mask nothing
@@ -80,7 +80,7 @@ bool is_writable(Byte *at)
 size_t size_on_page(const Byte *at, size_t size)
 {
     static const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-    return std::min(size, page - user_address(at) % page);
+    return std::min(size, page - reinterpret_cast<uintptr_t>(at) % page);
 }
 
 } // namespace

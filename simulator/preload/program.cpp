@@ -230,7 +230,7 @@ void Turn::begin_power()
     board_.coprocessor.power_on({});
     board_.device.set_state({});
     board_.intrusion.set_played(0);
-    check(board_.kept.begin_counts());
+    check(board_.kept.begin());
     check(board_.kept.load(board_.coprocessor, board_.device));
 }
 
@@ -248,7 +248,7 @@ void Turn::take_state()
         const RunningState &state = board_.shared.state();
         board_.coprocessor.set_state(state.board);
         board_.device.set_state(state.driver);
-        board_.intrusion.set_played(state.intruded);
+        board_.intrusion.set_played(static_cast<size_t>(state.intruded));
         find_time(std::chrono::nanoseconds(state.time_ns));
     }
 }

@@ -1,6 +1,7 @@
 // A board in a directory.
 #include "simulator/store/board_directory.hpp"
 
+#include "simulator/store/program_life.hpp"
 #include "simulator/words/number.hpp"
 #include "simulator/words/text.hpp"
 
@@ -12,6 +13,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 
 namespace simulator
@@ -55,12 +57,14 @@ const char *values_file(ValuesOf kind)
     return kind == ValuesOf::settings ? "settings" : "answers";
 }
 
+constexpr char FRESH[] = ".new-"; // and the number of the process that writes it
+
 using PutInPlace = int(const char *, const char *) noexcept;
 
 // All or nothing: the content is written under a temporary name and then put in place.
 std::string write_file(const std::string &path, const std::string &content, PutInPlace *put)
 {
-    const std::string fresh = path + text(".%d", static_cast<int>(getpid()));
+    const std::string fresh = path + FRESH + std::to_string(getpid());
     errno = 0;
     std::ofstream stream(fresh, std::ios::binary);
     stream << content;
@@ -167,6 +171,20 @@ std::string BoardDirectory::map(const char *name, size_t size, uint8_t *&bytes) 
     }
     bytes = static_cast<uint8_t *>(mapped);
     return {};
+}
+
+void BoardDirectory::clear() const
+{
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator(path_, error)) {
+        const std::string name = entry.path().filename().string();
+        const size_t at = name.find(FRESH);
+        const size_t number = at == std::string::npos ? name.size() : at + sizeof(FRESH) - 1;
+        const auto process = parse_number(name.substr(number), 1, INT32_MAX);
+        if (process && !is_alive({static_cast<uint32_t>(*process), 0, 0})) {
+            std::filesystem::remove(entry.path(), error);
+        }
+    }
 }
 
 // One that another version has left is replaced.

@@ -32,6 +32,9 @@ class BoardDirectory
     // an empty string, or why it is not a board.
     std::string open(const std::string &path);
 
+    // Removes what programs have left that were killed while they wrote a file.
+    void clear() const;
+
     BoardBytes bytes() const;
 
     // Maps the file that programs share; the fresh bytes are a new one. Empty, or why it cannot be.

@@ -90,7 +90,8 @@ void CountsFile::write_number(size_t row, uint64_t number)
 std::string CountsFile::note_lives(const Tally &tally, uint64_t noted)
 {
     std::string lines;
-    const size_t known = std::min<uint64_t>(tally.over.size(), tally.lives - noted);
+    const auto known =
+        static_cast<size_t>(std::min<uint64_t>(tally.over.size(), tally.lives - noted));
     const std::span<const Life> fresh = tally.over.last(known);
     for (size_t i = 0; i < known; ++i) {
         const uint64_t number = tally.lives - known + i + 1;

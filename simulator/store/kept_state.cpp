@@ -38,6 +38,12 @@ std::string KeptState::load(Coprocessor &coprocessor, SpiDevice &device)
     return error;
 }
 
+std::string KeptState::begin()
+{
+    directory_.clear();
+    return counts_.begin(path_);
+}
+
 std::string KeptState::join(Coprocessor &coprocessor)
 {
     const std::string error = load_texts(coprocessor, &Coprocessor::go_on_with);

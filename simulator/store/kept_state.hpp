@@ -22,8 +22,8 @@ class KeptState
     BoardBytes bytes() const { return directory_.bytes(); }
     SharedState &shared() { return shared_; }
 
-    // Starts counting records anew.
-    std::string begin_counts() { return counts_.begin(path_); }
+    // The power comes: records are counted anew, and what killed programs have left is removed.
+    std::string begin();
 
     // The files may have been edited since they were last read; what they say holds.
     std::string load(Coprocessor &coprocessor, SpiDevice &device);

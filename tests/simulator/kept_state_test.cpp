@@ -3,6 +3,7 @@
 #include "tests/simulator/board_folder.hpp"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -19,7 +20,7 @@ class KeptBoard : public BoardFolder
     KeptBoard()
     {
         EXPECT_EQ(kept.open(path), "");
-        EXPECT_EQ(kept.begin_counts(), "");
+        EXPECT_EQ(kept.begin(), "");
     }
 
     ino_t stand_in() const
@@ -52,6 +53,22 @@ TEST_F(KeptBoard, has_each_new_mode_in_its_file)
         EXPECT_EQ(kept.save(coprocessor, device), "");
         EXPECT_EQ(content("spi-mode"), std::to_string(spi_mode) + '\n');
     }
+}
+
+TEST_F(KeptBoard, loses_only_what_killed_programs_have_left_when_its_power_comes)
+{
+    const std::string own = path + "/mode.new-" + std::to_string(getpid());
+    const std::string others[] = {path + "/settings.1", path + "/mode.new-x", path + "/new-1", own};
+    const std::string left = path + "/flash.bin.new-999999999";
+    for (const std::string &name : others) {
+        std::ofstream(name) << "kept";
+    }
+    std::ofstream(left) << "half a file";
+    EXPECT_EQ(kept.begin(), "");
+    for (const std::string &name : others) {
+        EXPECT_TRUE(std::filesystem::exists(name)) << name;
+    }
+    EXPECT_FALSE(std::filesystem::exists(left));
 }
 
 TEST_F(KeptBoard, has_one_device_file_for_each_time_that_the_device_is_there)

@@ -27,43 +27,37 @@ class Sharing : public Workbench
         }
         return line;
     }
-
-    // Runs programs on the board at once, and waits for all of them.
-    Result at_once(const std::vector<Words> &commands)
-    {
-        std::string script;
-        for (const Words &command : commands) {
-            script += quoted(command) + "& programs+=($!)\n";
-        }
-        script += "for program in \"${programs[@]}\"; do wait $program || exit; done\n";
-        return run(on_board({}, {"bash", "-c", script}));
-    }
 };
 
 // A line that several programs write into, or that one of them loses, is no line of this kind.
 TEST_F(Sharing, each_exchange_of_eight_programs_is_whole_and_none_is_lost)
 {
-    constexpr int COUNT = 400;
-    std::vector<Words> commands;
-    for (int number = 0; number < PROGRAMS; ++number) {
-        commands.push_back(
-            {probe_program("sharer"), std::to_string(number), std::to_string(COUNT)});
+    constexpr int COUNT = 300;
+    const std::string count = std::to_string(COUNT);
+    const pid_t holder = start(on_board_in_real_time({}, {probe_program("sharer"), "0", "60000"}));
+    wait_for_lines(1); // so that it is one power for all
+    std::string script;
+    for (int number = 1; number <= PROGRAMS; ++number) {
+        script += quoted(on_board_in_real_time(
+                      {}, {probe_program("sharer"), std::to_string(number), count})) +
+                  "& programs+=($!)\n";
     }
-    const Result result = at_once(commands);
+    script += "for program in \"${programs[@]}\"; do wait $program || exit; done\n";
+    const Result result = run({"bash", "-c", script});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
+    kill(holder, SIGKILL);
+    finish(holder);
     std::map<int, int> next;
     int last_number = 0;
     for (const Line &line : transcript()) {
-        EXPECT_TRUE(line.number == last_number + 1 || line.number == 1) << line.number;
-        last_number = line.number;
+        ASSERT_EQ(line.number, ++last_number);
         ASSERT_EQ(line.sent.size(), 5U);
         EXPECT_EQ(line.received, Bytes(5, 0));
         EXPECT_EQ(line.sent[2] * 256 + line.sent[3], next[line.sent[1]]++);
     }
-    ASSERT_EQ(next.size(), size_t{PROGRAMS});
-    for (const auto &[number, count] : next) {
-        EXPECT_EQ(count, COUNT) << number;
+    for (int number = 1; number <= PROGRAMS; ++number) {
+        EXPECT_EQ(next[number], COUNT) << number;
     }
 }
 
@@ -162,6 +156,7 @@ TEST_F(Sharing, options_are_those_of_the_first_for_whoever_gives_none_or_the_sam
                                                     {probe_program("sharer"), "1", "100000"}));
     wait_for_words("ioctl: Input/output error", ".errors");
     finish(first);
+    std::filesystem::remove(path(".transcript"));
     const pid_t holder = start(
         on_board_in_real_time({"--busy", "2"}, {probe_program("sharer"), "1", "1000000", "1000"}));
     wait_for_lines(2);
