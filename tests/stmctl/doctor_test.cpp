@@ -63,6 +63,7 @@ TEST_F(Doctor, all_is_good_on_a_good_board)
     EXPECT_EQ(result.errors, "");
     const std::string rights = line(result, "rights");
     EXPECT_EQ(rights.find("rights    good     user "), 0U) << rights;
+    EXPECT_NE(rights.find(" may read and write it: owner "), std::string::npos) << rights;
     const std::string gnuplot = line(result, "gnuplot");
     EXPECT_EQ(result.output,
               DEVICE_LINE + rights +
@@ -151,6 +152,48 @@ TEST_F(Doctor, failing_exchanges_are_bad_where_they_fail)
     expect_bad(fifth, "1 of 14 checks failed: version");
 }
 
+// The five exchanges of which the quickest is shown come last.
+TEST_F(Doctor, each_exchange_that_is_timed_may_fail)
+{
+    doctor();
+    const size_t all = transcript().size();
+    for (const size_t at : {all - 4, all}) {
+        const Result result = doctor({"--fault", "exchange@" + std::to_string(at)});
+        expect_bad(result, "1 of 14 checks failed: exchange");
+        EXPECT_EQ(line(result, "exchange"),
+                  "exchange  bad      synchronising the link failed: Input/output error\n"
+                  "                   see dmesg\n");
+        EXPECT_EQ(transcript().size(), at) << "no more is tried";
+    }
+    EXPECT_NE(transcript()[all - 6].length, 4096U);
+}
+
+// What the kernel shows of the driver, in a namespace of our own. Nothing is sent.
+TEST_F(Doctor, what_the_driver_accepts_is_shown_if_it_cannot_be_tried)
+{
+    const auto shown = [&](const std::string &bufsiz) {
+        const std::string folder = "/sys/module/spidev/parameters";
+        const std::string before = "mount -t tmpfs none /sys/module && mkdir -p " + folder +
+                                   " && echo " + bufsiz + " >" + folder + "/bufsiz || exit 77; ";
+        return run({"unshare", "--mount", "bash", "-c",
+                    before + "exec " +
+                        quoted(on_board({}, {"bash", "-c",
+                                             "exec 9<>/dev/spidev1.0; (exec 9<&-; " +
+                                                 quoted({program(), "doctor"}) + "); exit $?"}))});
+    };
+    const Result enough = shown("4096");
+    if (enough.status == 77 || enough.output.empty()) {
+        GTEST_SKIP() << "namespaces are not allowed here";
+    }
+    EXPECT_EQ(enough.status, 0) << enough.errors;
+    EXPECT_EQ(line(enough, "bufsiz"), "bufsiz    good     4096 bytes at once, 4096 are needed\n");
+    const Result less = shown("4095");
+    expect_bad(less, "1 of 14 checks failed: bufsiz");
+    EXPECT_EQ(line(less, "bufsiz"), "bufsiz    bad      4095 bytes at once, 4096 are needed\n"
+                                    "                   set it where the driver is loaded, see "
+                                    "stmctl --help access\n");
+}
+
 TEST_F(Doctor, a_buffer_that_is_too_small_shows_in_the_longest_exchange)
 {
     const Result result = doctor({"--bufsiz", "4095"});
@@ -236,7 +279,10 @@ TEST_F(Doctor, several_programs_that_talk_at_once_are_bad)
                   .find(" have it open\n                   end all but one: their dialogues mix\n"),
               std::string::npos)
         << result.output;
-    EXPECT_TRUE(line(result, "runs").ends_with(") have the device open\n")) << result.output;
+    const std::string runs = line(result, "runs");
+    EXPECT_TRUE(runs.ends_with(") have the device open\n")) << runs;
+    EXPECT_EQ(count(runs, "process "), 2U) << runs;
+    EXPECT_EQ(count(runs, ") and process "), 1U) << runs;
 }
 
 TEST_F(Doctor, a_stmctl_at_work_is_named_as_the_holder_of_the_lock)
@@ -309,6 +355,8 @@ TEST_F(Doctor, hidden_processes_leave_it_unknown_who_else_has_the_device_open)
               "users     unknown  no visible process has it open, but some are hidden\n"
               "                   sudo stmctl doctor can see them all\n");
     EXPECT_EQ(line(result, "runs"), "runs      good     the application\n");
+    EXPECT_EQ(line(result, "rights").find("rights    good     user nobody may read and write it"),
+              0U);
 }
 
 TEST_F(Doctor, gnuplot_is_looked_for_where_plot_looks)
@@ -324,6 +372,7 @@ TEST_F(Doctor, gnuplot_is_looked_for_where_plot_looks)
         << "it cannot be run";
     std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_all);
     EXPECT_EQ(with_path("/nowhere:" + path(".")), "gnuplot   good     " + path("./gnuplot") + "\n");
+    EXPECT_EQ(with_path("/nowhere:"), "gnuplot   good     ./gnuplot\n") << "here";
 }
 
 TEST_F(Doctor, a_ring_is_good_unless_it_cannot_be_used)
@@ -354,6 +403,22 @@ TEST_F(Doctor, a_ring_is_good_unless_it_cannot_be_used)
         line(too_small, "ring").find("ring      bad      too small: 100 bytes instead of 7704"),
         0U);
     shmctl(small, IPC_RMID, nullptr);
+}
+
+TEST_F(Doctor, a_ring_that_only_others_may_write_is_bad)
+{
+    const int id = shmget(RINGBUFFER_KEY, RINGBUFFER_SIZE, IPC_CREAT | 0644);
+    const Words as_nobody = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+    Words command = as_nobody;
+    command.insert(command.end(), {program(), "doctor"});
+    const Result result = run(directly({}, command));
+    shmctl(id, IPC_RMID, nullptr);
+    if (getuid() != 0 || result.output.empty()) {
+        GTEST_SKIP() << "another user is not allowed here";
+    }
+    EXPECT_EQ(line(result, "ring"),
+              "ring      bad      it belongs to user root, and you may not both read and write it\n"
+              "                   stmctl ring remove makes way for a new one\n");
 }
 
 TEST_F(Doctor, several_writers_of_the_ring_are_bad)

@@ -9,6 +9,18 @@ namespace
 class Plot : public RecordBench
 {
   protected:
+    // With a program of our own in the place of gnuplot.
+    Result plot_by(const Words &gnuplot, const Words &arguments)
+    {
+        Words lines = {"#!/bin/sh"};
+        lines.insert(lines.end(), gnuplot.begin(), gnuplot.end());
+        write_lines("gnuplot", lines);
+        std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_all);
+        Words words = directly({"PATH=" + path("") + ":/usr/bin:/bin"}, {program(), "plot"});
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return run(words);
+    }
+
     void SetUp() override
     {
         // NOLINTNEXTLINE(cert-env33-c): words of our own
@@ -62,6 +74,9 @@ TEST_F(Plot, as_a_picture_by_the_name_of_the_file)
                    "cannot write 'no/a.png': No such file or directory");
     expect_failure(plot({"records.csv"}, ">/dev/full"), 1,
                    "cannot write the output: No space left on device");
+    std::filesystem::create_symlink("/dev/full", path("full.svg"));
+    expect_failure(plot({"records.csv", "-o", "full.svg"}), 1,
+                   "cannot write 'full.svg': No space left on device");
 }
 
 TEST_F(Plot, values_that_are_all_the_same_are_drawn_without_a_warning)
@@ -228,6 +243,52 @@ TEST_F(Plot, a_failing_gnuplot_is_reported_and_no_picture_made)
         expect_failure(run(words), 1, "gnuplot failed");
         EXPECT_FALSE(std::filesystem::exists(path("a.svg"))) << gnuplot;
     }
+}
+
+TEST_F(Plot, a_gnuplot_that_is_not_really_there_is_told_as_one_that_is_missing)
+{
+    expect_failure(plot_by({"cat >/dev/null", "exit 127"}, {"records.csv"}), 1,
+                   "plot needs gnuplot, which is not installed: install the package gnuplot-nox, "
+                   "or gnuplot");
+    expect_failure(plot_by({"cat >/dev/null", "exit 126"}, {"records.csv"}), 1, "gnuplot failed");
+    write_lines("gnuplot", {"#!/nowhere"});
+    std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_read);
+    Words words = directly({"PATH=" + path("")}, {program(), "plot", "records.csv"});
+    expect_failure(run(words), 1, "cannot run gnuplot: Permission denied");
+}
+
+TEST_F(Plot, gnuplot_gets_the_rows_and_how_they_are_drawn)
+{
+    write_lines("rows.csv", {"\"rel_t\";\"U1e\";\"I1\";", "7;1;-5;", "9;2.5;3;"});
+    const Words gnuplot = {"cat >script", "printf '\\f drawn\\n'"};
+    const Result result = plot_by(gnuplot, {"rows.csv", "--columns", "I1,U1e"});
+    EXPECT_EQ(result.output, " drawn\n") << "no form feed";
+    EXPECT_EQ(read_text("script"), "set terminal dumb size 79,23\n"
+                                   "set grid\n"
+                                   "set key outside top center horizontal\n"
+                                   "set xlabel 'rel_t' noenhanced\n"
+                                   "$data << END\n"
+                                   "7 -5 1\n"
+                                   "9 3 2.5\n"
+                                   "END\n"
+                                   "plot $data using 1:2 with lines title 'I1' noenhanced, $data "
+                                   "using 1:3 with lines title 'U1e' noenhanced\n");
+    EXPECT_EQ(plot_by(gnuplot, {"rows.csv", "--columns", "U1e", "-o", "a.png"}).output, "");
+    EXPECT_TRUE(read_text("script").starts_with("set terminal png size 1200,600\n"));
+    EXPECT_EQ(read_text("a.png"), " drawn\n");
+    plot_by(gnuplot, {"rows.csv", "--columns", "U1e", "-o", "a.svg"});
+    EXPECT_TRUE(
+        read_text("script").starts_with("set terminal svg size 1200,600 background 'white'\n"));
+}
+
+TEST_F(Plot, a_range_of_one_value_is_widened_by_one_on_each_side)
+{
+    write_lines("rows.csv", {"\"rel_t\";\"U1e\";\"I1\";", "7;900;0;", "7;900;1;"});
+    const Words gnuplot = {"cat >script", "echo drawn"};
+    plot_by(gnuplot, {"rows.csv", "--columns", "U1e"});
+    EXPECT_TRUE(read_text("script").starts_with("set xrange [6:8]\nset yrange [899:901]\nset t"));
+    plot_by(gnuplot, {"rows.csv", "--columns", "U1e,I1"});
+    EXPECT_TRUE(read_text("script").starts_with("set xrange [6:8]\nset terminal "));
 }
 
 // Signals 13 and 25, which stmctl itself ignores: a shell would leave them ignored, too.

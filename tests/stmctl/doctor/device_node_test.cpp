@@ -4,9 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <grp.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 using namespace stmctl;
@@ -70,6 +74,26 @@ TEST(DeviceNodeLine, a_device_of_another_driver_is_bad)
     expect_finding(judge_node(opened(S_IFCHR | 0660, false)), Health::bad,
                    "/dev/spidev1.0 is a device, but not an SPI device",
                    "bind the driver spidev to it, see stmctl --help access");
+}
+
+// In a process of its own, which alone gets another group.
+TEST(CallerOfDoctor, has_the_groups_of_its_session)
+{
+    if (getuid() != 0) {
+        GTEST_SKIP() << "only root may join groups";
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+        const gid_t groups[] = {GROUP, OTHER_GROUP};
+        const bool joined = setgroups(2, groups) == 0;
+        const Caller caller = this_caller();
+        const auto has = [&](gid_t group) { return std::ranges::count(caller.groups, group) == 1; };
+        const bool right = caller.user == 0 && has(GROUP) && has(OTHER_GROUP) && has(getegid());
+        _exit(joined && right ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
 }
 
 TEST(RightsLine, the_owner_is_shown)

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 using namespace stmctl;
 
 namespace
@@ -82,6 +84,36 @@ TEST(Exchange, that_fails_is_bad)
     EXPECT_EQ(finding.health, Health::bad);
     EXPECT_EQ(finding.words, "synchronising the link failed: I/O error");
     EXPECT_EQ(finding.remedy, "see dmesg");
+}
+
+TEST(Users, of_which_some_are_hidden_are_unknown)
+{
+    Examination examination;
+    examination.users.some_hidden = true;
+    const Finding finding = judge_users(examination);
+    EXPECT_EQ(finding.health, Health::unknown);
+    EXPECT_EQ(finding.words, "no visible process has it open, but some are hidden");
+    EXPECT_EQ(finding.remedy, "sudo stmctl doctor can see them all");
+    examination.node.error = ENOENT;
+    EXPECT_EQ(judge_users(examination).words, "the device cannot be opened");
+}
+
+TEST(Bufsiz, is_not_blamed_for_exchanges_that_fail_otherwise)
+{
+    if (driver_bufsiz()) {
+        GTEST_SKIP() << "the driver is loaded here";
+    }
+    Examination examination;
+    examination.dialogue = Dialogue();
+    examination.dialogue->not_synchronised = Report{"text", "Input/output error", EIO};
+    const Finding other = judge_bufsiz(examination);
+    EXPECT_EQ(other.health, Health::unknown);
+    EXPECT_EQ(other.words, "not shown and not tried: the link fails");
+    examination.dialogue->not_synchronised = Report{"text", "Message too long", EMSGSIZE};
+    const Finding refused = judge_bufsiz(examination);
+    EXPECT_EQ(refused.health, Health::bad);
+    EXPECT_EQ(refused.words, "the driver refuses 4096 bytes at once");
+    EXPECT_EQ(refused.remedy, "set it where the driver is loaded, see stmctl --help access");
 }
 
 TEST(Lock, that_cannot_be_tried_is_bad_and_nothing_is_said_of_a_holder)

@@ -26,4 +26,16 @@ TEST(PlotTable, without_rel_t_counts_the_rows_from_one)
     EXPECT_EQ(table.rows, (Rows{{1, 5}, {2, 4}}));
 }
 
+TEST(OnlyColumn, is_the_one_beside_the_time_and_the_number_of_the_frame)
+{
+    EXPECT_EQ(only_column("\"value\";\n5;\n"), "value");
+    EXPECT_EQ(only_column("\"time\";\"value\";\n"), "value");
+    EXPECT_EQ(only_column("\"time\",\"frame\",\"value\"\n"), "value");
+    EXPECT_EQ(only_column("\"nr\";\"value\";\n"), std::nullopt);
+    EXPECT_EQ(only_column("\"time\";\n"), std::nullopt);
+    EXPECT_EQ(only_column("value\n"), std::nullopt) << "not a header";
+    EXPECT_EQ(only_column("\"value\n"), std::nullopt) << "not closed";
+    EXPECT_EQ(only_column(""), std::nullopt);
+}
+
 } // namespace
