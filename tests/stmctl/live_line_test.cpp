@@ -29,6 +29,14 @@ class LiveLine : public TerminalBench
         return screen();
     }
 
+    // The first line on a terminal of this width.
+    std::string first_line(const Words &arguments, const Words &options, unsigned short columns)
+    {
+        clear_screen();
+        const std::string all = shown(arguments, options, columns);
+        return all.substr(1, all.find('\r', 1) - 1);
+    }
+
     static std::string blanks(const std::string &line)
     {
         return "\r" + std::string(line.size(), ' ') + "\r";
@@ -65,6 +73,43 @@ TEST_F(LiveLine, a_narrow_terminal_shows_what_matters)
     EXPECT_EQ(line, "\r0:00  249 rec  996/s  lost 0\r0:01  499 rec  1000/s  lost 0" +
                         blanks("0:01  499 rec  1000/s  lost 0") +
                         "stmctl: follow: 599 records, 0 lost, 0 rejected, 0 overflowing\r\n");
+}
+
+TEST_F(LiveLine, loses_its_fields_one_after_another_as_the_terminal_narrows)
+{
+    const Words follow = {"follow", "--duration", "0.3", "-o", "a.txt"};
+    const std::pair<unsigned short, std::string> of_follow[] = {
+        {44, "0:00  249 records  996/s  lost 0  101.4 KiB"},
+        {43, "0:00  249 rec  996/s  lost 0  101.4 KiB"},
+        {39, "0:00  249 rec  996/s  lost 0"},
+        {28, "249 rec  996/s  lost 0"},
+        {22, "0:00  996/s  lost 0"},
+        {19, "996/s  lost 0"},
+        {13, "0:00  lost 0"},
+        {12, "lost 0"},
+    };
+    for (const auto &[columns, line] : of_follow) {
+        EXPECT_EQ(first_line(follow, {}, columns), line) << columns;
+    }
+}
+
+TEST_F(LiveLine, of_watch_keeps_losses_longest)
+{
+    const Words watch = {"watch", "--duration", "1.1"};
+    const std::pair<unsigned short, std::string> of_watch[] = {
+        {100, "0:00  192 records  702/s  lost 0  rejected 0  overflowing 0  fill 21 of 255"},
+        {60, "0:00  192 rec  702/s  lost 0  rej 0  over 0  fill 21"},
+        {50, "0:00  192 rec  702/s  lost 0  rej 0  over 0"},
+        {38, "0:00  192 rec  702/s  lost 0  rej 0"},
+        {30, "192 rec  702/s  lost 0  rej 0"},
+        {24, "702/s  lost 0  rej 0"},
+        {20, "0:00  702/s  lost 0"},
+        {14, "702/s  lost 0"},
+        {12, "lost 0"},
+    };
+    for (const auto &[columns, line] : of_watch) {
+        EXPECT_EQ(first_line(watch, {}, columns), line) << columns;
+    }
 }
 
 TEST_F(LiveLine, losses_and_silences_are_shown)

@@ -115,7 +115,12 @@ TEST_F(RingSilence, a_running_writer_that_writes_nothing_is_a_failure)
 {
     other_writer(20);
     expect_silent(read("--duration 60"), "its writer is running but writes nothing");
-    expect_silent(read("--duration 5 --silence 4.9"), "its writer is running but writes nothing");
+    const Result waited = read("--duration 5 --silence 4.9");
+    expect_silent(waited, "its writer is running but writes nothing");
+    EXPECT_EQ(
+        count(waited.errors, "stmctl: ring read: nothing new from the writer; waiting for it\n"),
+        1U)
+        << waited.errors;
     expect_done(read("--duration 4 --silence 5"));
 }
 

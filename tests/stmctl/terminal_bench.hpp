@@ -69,6 +69,7 @@ class TerminalBench : public StmctlBench
     }
 
     const std::string &screen() const { return screen_; }
+    void clear_screen() { screen_.clear(); }
 
   private:
     bool read_on()

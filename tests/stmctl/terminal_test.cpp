@@ -38,6 +38,24 @@ TEST_F(Terminal, bar_is_cut_to_a_narrow_terminal)
     EXPECT_NE(screen().find("\r[###########] 100 %\r\n"), std::string::npos) << screen();
 }
 
+TEST_F(Terminal, bar_keeps_the_time_that_is_left_longest)
+{
+    const std::pair<unsigned short, std::string> lines[] = {
+        {150, "[#########################................]  61 %  3072 of 5000 bytes  48.5 KiB/s  "
+              "0:00 left"},
+        {70, "[##########.......]  61 %  3072 of 5000 bytes  48.5 KiB/s  0:00 left"},
+        {60, "[######.....]  61 %  48.5 KiB/s  0:00 left"},
+        {40, "[######.....]  61 %  0:00 left"},
+        {32, "[######.....]  61 %  0:00 left"},
+    };
+    for (const auto &[columns, line] : lines) {
+        clear_screen();
+        open_terminal(on_board_with({}, {"flash", "firmware", "image.bin"}), columns);
+        EXPECT_EQ(close_terminal(), 0);
+        EXPECT_NE(screen().find("\r" + line + "\r"), std::string::npos) << columns << screen();
+    }
+}
+
 TEST_F(Terminal, failure_is_shown_below_the_bar)
 {
     open_terminal(

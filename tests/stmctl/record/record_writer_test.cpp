@@ -143,4 +143,21 @@ TEST_F(Writer, refuses_what_is_not_a_record)
     EXPECT_THROW(taken(Format::text, {""}), Failure);
 }
 
+TEST_F(Writer, tells_the_first_line_of_what_it_refuses)
+{
+    const auto expect_told = [&](Format format, const std::string &text, const std::string &why) {
+        try {
+            taken(format, {text});
+            ADD_FAILURE() << "not refused: " << text;
+        } catch (const Failure &failure) {
+            EXPECT_EQ(failure.what(), why);
+            EXPECT_EQ(failure.status(), ExitStatus::failed);
+        }
+    };
+    const std::string rest = "', which is not a record of this kind";
+    expect_told(Format::text, "one\x1B\ntwo\n", "the module printed 'one\\x1B" + rest);
+    expect_told(Format::csv, "7;2350;\n8;\n", "the module printed '7;2350;" + rest);
+    expect_told(Format::csv, BASE_HEADER, "the module's records have unexpected columns");
+}
+
 } // namespace
