@@ -162,6 +162,29 @@ TEST_F(RingSilence, silence_is_reported_after_two_seconds)
     EXPECT_EQ(count(read("--duration 30").errors, said), 1U);
 }
 
+// The second writer, on a fresh board, begins at 1 again: that is no step back, but what the board
+// repeats is one.
+TEST_F(RingSilence, records_that_come_again_are_reported_with_all_that_has_happened)
+{
+    const Result result = script(
+        "fill 0.1; $STMCTL ring read --silence 1 --format csv -o read.csv 2>reader.err </dev/null "
+        "&\n"
+        "reader=$!; await 'waiting for one' reader.err\n"
+        "$BOARD --count-time --fault stuck@20 $STMCTL ring write --duration 0.05 2>writer.err "
+        "</dev/null\n"
+        "await 'coming again' reader.err; kill $reader; wait $reader");
+    EXPECT_EQ(result.status, 0);
+    const std::string errors = read_text("reader.err");
+    EXPECT_EQ(count(errors, "stmctl: ring read: there is no writer; waiting for one\n"), 1U);
+    EXPECT_EQ(count(errors, "stmctl: ring read: the writer has restarted\n"), 1U) << errors;
+    EXPECT_EQ(count(errors, "stmctl: ring read: records are coming again\n"), 1U) << errors;
+    EXPECT_NE(errors.find(" records, 1 lost, 0 rejected, 0 overflowing, silent for "),
+              std::string::npos)
+        << errors;
+    EXPECT_TRUE(errors.ends_with(" s, 1 step back in rel_t, 0 overruns, 1 restart of the writer\n"))
+        << errors;
+}
+
 TEST_F(RingSilence, an_earlier_writer_s_slots_are_not_a_loss)
 {
     script("fill 0.4; fill 0.1");

@@ -146,6 +146,9 @@ TEST_F(RingState, a_program_that_leaves_no_mark_may_be_its_writer)
                           std::to_string(getpid()) + " ("),
               std::string::npos)
         << output;
+    EXPECT_NE(output.find("attached    1 time, process " + std::to_string(getpid()) + " (stmctl_"),
+              std::string::npos)
+        << output;
     EXPECT_NE(script("$STMCTL ring status --json").output.find("{\"state\":\"foreign\","),
               std::string::npos);
     shmdt(ring);
@@ -243,8 +246,11 @@ TEST_F(RingState, damage_is_shown_in_json_too)
     const Result result = script("$STMCTL ring status --json");
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.output.ends_with(",\"newest\":null,\"damaged\":true}\n")) << result.output;
-    EXPECT_NE(result.output.find("\"processes\":[{\"process\":" + std::to_string(getpid())),
-              std::string::npos);
+    const std::string us = std::to_string(getpid());
+    EXPECT_NE(result.output.find("\"processes\":[{\"process\":" + us + ",\"words\":\"process " +
+                                 us + " (stmctl_"),
+              std::string::npos)
+        << result.output;
     shmdt(ring);
     shmctl(id(), IPC_RMID, nullptr);
     const int small = shmget(RINGBUFFER_KEY, 1, IPC_CREAT | 0666);
@@ -263,6 +269,19 @@ TEST_F(RingState, its_faults_are_reported_before_the_device_is_opened)
     EXPECT_EQ(result.errors, "stmctl: the ring's segment has 100 bytes instead of 7704: it is "
                              "another program's or damaged; see stmctl ring remove\n");
     shmctl(small, IPC_RMID, nullptr);
+    const int least = shmget(RINGBUFFER_KEY, 1, IPC_CREAT | 0666);
+    EXPECT_EQ(script("$STMCTL ring read").errors,
+              "stmctl: the ring's segment has 1 byte instead of 7704: it is another program's or "
+              "damaged; see stmctl ring remove\n");
+    shmctl(least, IPC_RMID, nullptr);
+}
+
+TEST_F(RingState, its_readers_are_not_taken_for_writers)
+{
+    const Result result =
+        script("$STMCTL ring read 2>reader.err </dev/null & reader=$!; await_one\n"
+               "$STMCTL ring status | grep ^writer; kill $reader; wait $reader");
+    EXPECT_EQ(result.output, "writer      none; its flag is free; fills slot 0 next\n");
 }
 
 } // namespace

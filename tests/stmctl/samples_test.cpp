@@ -78,6 +78,18 @@ TEST_F(Samples, a_cause_that_ends_the_run_is_not_in_its_summary_again)
     }
 }
 
+TEST_F(Samples, what_comes_too_late_is_requested_again)
+{
+    for (const std::string command : {"adc", "raw"}) {
+        const Result result =
+            with_fault("late=3000", {command, "--duration", "100", "--keep-going"});
+        EXPECT_EQ(count(result.errors,
+                        "stmctl: " + command + ": not everything arrived in time; trying again\n"),
+                  1U)
+            << result.errors;
+    }
+}
+
 // After pauses of 0.5 s, 1 s and so on up to 32 s, then of one minute.
 TEST_F(Samples, what_keeps_failing_is_finally_requested_once_a_minute)
 {

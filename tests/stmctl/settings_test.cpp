@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <regex>
 
 namespace
 {
@@ -114,6 +115,12 @@ TEST_F(Settings, are_saved_as_text_that_describes_itself)
     const std::string shown = says({"save", "-"});
     const std::string head = "# The co-processor's settings, saved by stmctl ";
     EXPECT_EQ(shown.substr(0, head.size()), head);
+    EXPECT_TRUE(std::regex_search(
+        shown, std::regex("^.* saved by stmctl [0-9.]+ at 20[0-9]{2}-[0-9]{2}-[0-9]{2} "
+                          "[0-9]{2}:[0-9]{2}:[0-9]{2} UTC\\.\n"
+                          "# Each line is NAME \\[CHANNEL\\] VALUE; stmctl restore sends them\\.\n"
+                          "sampletime ")))
+        << shown.substr(0, 200);
     EXPECT_NE(shown.find("\nsampletime 32000\n# Only the lowest 8 bits of sampleskip can be read.\n"
                          "sampleskip 200\ninterpolation 3\nadc-word-54 0 0\n"),
               std::string::npos);
