@@ -289,6 +289,11 @@ TEST_F(Plot, a_range_of_one_value_is_widened_by_one_on_each_side)
     EXPECT_TRUE(read_text("script").starts_with("set xrange [6:8]\nset yrange [899:901]\nset t"));
     plot_by(gnuplot, {"rows.csv", "--columns", "U1e,I1"});
     EXPECT_TRUE(read_text("script").starts_with("set xrange [6:8]\nset terminal "));
+    for (const Words &rows : {Words{"7;5;", "9;3;"}, Words{"9;3;", "7;5;"}}) {
+        write_lines("rows.csv", {"\"rel_t\";\"U1e\";", rows[0], rows[1]});
+        plot_by(gnuplot, {"rows.csv", "--columns", "U1e"});
+        EXPECT_TRUE(read_text("script").starts_with("set terminal ")) << rows[0];
+    }
 }
 
 // Signals 13 and 25, which stmctl itself ignores: a shell would leave them ignored, too.

@@ -167,7 +167,8 @@ TEST_F(RingSilence, silence_is_reported_after_two_seconds)
 TEST_F(RingSilence, records_that_come_again_are_reported_with_all_that_has_happened)
 {
     const Result result = script(
-        "fill 0.1; $STMCTL ring read --silence 1 --format csv -o read.csv 2>reader.err </dev/null "
+        "fill 0.1; $STMCTL ring read --from-oldest --silence 1 --format csv -o read.csv "
+        "2>reader.err </dev/null "
         "&\n"
         "reader=$!; await 'waiting for one' reader.err\n"
         "$BOARD --count-time --fault stuck@20 $STMCTL ring write --duration 0.05 2>writer.err "

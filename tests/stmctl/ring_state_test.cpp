@@ -68,6 +68,13 @@ TEST_F(RingState, a_new_one_was_never_attached_and_is_empty)
                       "slots       0 hold whole records, 160 are empty, 0 fail their checksum\n");
 }
 
+TEST_F(RingState, a_new_one_has_no_times_in_json)
+{
+    EXPECT_NE(script("$STMCTL ring status --json")
+                  .output.find(",\"attached_at\":null,\"detached_at\":null,\"attached\":0}"),
+              std::string::npos);
+}
+
 TEST_F(RingState, highest_values_are_not_damage)
 {
     RingBuffer *ring = attached();

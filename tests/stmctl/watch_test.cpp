@@ -95,6 +95,17 @@ TEST_F(Watch, events_report_all_losses_in_the_summary)
     EXPECT_EQ(lost, 3316);
 }
 
+// What has piled up in the silence is more than the board can hold.
+TEST_F(Watch, an_overflow_has_a_beginning_and_an_end)
+{
+    const Result result =
+        stmctl({"watch", "--duration", "6", "--keep-going"}, {"--fault", "silence@t=2s..4s"});
+    EXPECT_EQ(count(result.output, "overflow: up to 254 records waiting at rel_t "), 1U)
+        << result.output;
+    EXPECT_EQ(count(result.output, "overflow over at rel_t "), 1U) << result.output;
+    EXPECT_LT(result.output.find("overflow: "), result.output.find("overflow over at rel_t "));
+}
+
 TEST_F(Watch, rejected_record_is_reported_before_what_it_costs)
 {
     const Result result = stmctl({"watch", "--duration", "1.5"}, {"--fault", "flip@500"});

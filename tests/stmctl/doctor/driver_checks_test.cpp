@@ -57,6 +57,37 @@ TEST(Clock, that_was_the_same_before_is_named_once)
     EXPECT_EQ(judge_clock(examination).words, "6 MHz");
 }
 
+TEST(Clock, as_it_is_now_is_shown_beside_why_nothing_was_sent)
+{
+    Examination examination = with_bits(8);
+    examination.node.has_driver = true;
+    examination.holder = "process 12 (update)";
+    examination.left.speed_hz = 500'000;
+    EXPECT_EQ(judge_clock(examination).health, Health::unknown);
+    EXPECT_EQ(judge_clock(examination).words, "0.5 MHz now; process 12 (update) holds the lock");
+    examination.left.speed_hz.reset();
+    EXPECT_EQ(judge_clock(examination).words, "process 12 (update) holds the lock");
+}
+
+TEST(Examination, tells_the_first_reason_for_which_nothing_was_sent)
+{
+    Examination examination;
+    examination.node.has_driver = true;
+    examination.lock_failure = "cannot lock it";
+    EXPECT_EQ(examination.why_silent(), "cannot lock it");
+    examination.holder = "process 12 (update)";
+    EXPECT_EQ(examination.why_silent(), "process 12 (update) holds the lock");
+    examination.users.processes = {4'194'305}; // more than there can be
+    EXPECT_EQ(examination.why_silent(), "process 4194305 (gone) has the device open");
+    examination.users.processes.push_back(4'194'306);
+    EXPECT_EQ(examination.why_silent(),
+              "process 4194305 (gone) and process 4194306 (gone) have the device open");
+    examination.node.has_driver = false;
+    EXPECT_EQ(examination.why_silent(), "there is no driver to ask");
+    examination.node.error = ENOENT;
+    EXPECT_EQ(examination.why_silent(), "the device cannot be opened");
+}
+
 TEST(Clock, that_the_driver_does_not_tell_is_what_the_module_sets)
 {
     Examination examination = with_bits(8);
