@@ -185,7 +185,6 @@ bool take_help_topic(const Program &program, Words &words)
         refuse(fmt::format("there is no help for '{}'{}", words[1], suggestion(words[1], names)),
                program.name);
     }
-    std::swap(words[0], words[1]);
     return false;
 }
 
