@@ -264,6 +264,9 @@ TEST_F(RingState, damage_is_shown_in_json_too)
     const Result too_small = script("$STMCTL ring status --json; $STMCTL ring status");
     EXPECT_NE(too_small.output.find(",\"writer\":null}\n"), std::string::npos);
     EXPECT_NE(too_small.output.find(", key 5676, 1 byte\n"), std::string::npos);
+    EXPECT_EQ(count(too_small.errors,
+                    "stmctl: the segment is too small for a ring, which has 7704 bytes\n"),
+              2U);
     shmctl(small, IPC_RMID, nullptr);
 }
 

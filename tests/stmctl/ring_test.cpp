@@ -171,6 +171,17 @@ TEST_F(Ring, reader_ends_quietly_when_its_output_is_closed)
     EXPECT_EQ(read_text("status"), "0\n");
 }
 
+TEST_F(Ring, a_full_disk_ends_its_reader)
+{
+    const Result result = script(
+        "fill 0.1; $STMCTL ring read --from-oldest -n 5 --format csv --summary summary >/dev/full");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(
+        result.errors.ends_with("stmctl: cannot write the output: No space left on device\n"))
+        << result.errors;
+    EXPECT_NE(read_text("summary"), "");
+}
+
 TEST_F(Ring, a_slot_that_does_not_check_is_rejected)
 {
     script("fill 0.5");

@@ -78,6 +78,27 @@ TEST_F(Samples, a_cause_that_ends_the_run_is_not_in_its_summary_again)
     }
 }
 
+TEST_F(Samples, a_reader_that_goes_away_ends_them_quietly)
+{
+    for (const char *command : {"adc", "raw"}) {
+        const Result result = in_shell({command, "--duration", "1000", "--format", "csv"},
+                                       "| head -n 3; echo ${PIPESTATUS[0]}");
+        EXPECT_EQ(result.errors, "") << command;
+        EXPECT_TRUE(result.output.ends_with("\n0\n")) << result.output;
+    }
+}
+
+TEST_F(Samples, a_full_disk_is_reported)
+{
+    for (const char *command : {"adc", "raw"}) {
+        const Result result = in_shell({command, "--format", "jsonl"}, ">/dev/full");
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_TRUE(
+            result.errors.ends_with("stmctl: cannot write the output: No space left on device\n"))
+            << result.errors;
+    }
+}
+
 TEST_F(Samples, what_comes_too_late_is_requested_again)
 {
     for (const std::string command : {"adc", "raw"}) {

@@ -33,6 +33,15 @@ TEST_F(State, is_shown_as_json)
                    "version unknown: the answer is 0, so nothing is answering");
 }
 
+TEST_F(State, start_and_reset_may_be_stopped_before_they_are_confirmed)
+{
+    for (const std::string command : {"start", "reset"}) {
+        expect_failure(in_shell({command}, "<<<s"), 3,
+                       command + ": sent, but stopped before it was confirmed");
+        EXPECT_EQ(transcript().size(), 2U) << "the link and the command";
+    }
+}
+
 TEST_F(State, start_and_reset_are_confirmed_by_the_mode)
 {
     EXPECT_EQ(says({"start"}), "boot loader (1)\n");

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <grp.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
@@ -94,6 +95,31 @@ TEST(CallerOfDoctor, has_the_groups_of_its_session)
     int status = -1;
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
+}
+
+// In a process of its own, which becomes that user.
+bool belongs_to(uid_t user, const std::vector<gid_t> &groups)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool changed = setuid(user) == 0;
+        const Caller caller = this_caller();
+        _exit(changed && caller.user == user && caller.member_of == groups ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status == 0;
+}
+
+TEST(CallerOfDoctor, has_the_groups_of_its_user)
+{
+    constexpr uid_t ANYBODY = 65534; // the system's own user without rights
+    const passwd *entry = getpwuid(ANYBODY);
+    if (getuid() != 0 || entry == nullptr) {
+        GTEST_SKIP() << "only root may become another user";
+    }
+    EXPECT_TRUE(belongs_to(ANYBODY, {entry->pw_gid}));
+    EXPECT_TRUE(belongs_to(NOBODY, {})) << "a user without a name";
 }
 
 TEST(RightsLine, the_owner_is_shown)

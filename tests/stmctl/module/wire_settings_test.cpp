@@ -84,6 +84,17 @@ TEST(WireSettings, of_an_old_kernel_have_the_lowest_bits_of_the_mode)
     EXPECT_EQ(wire_settings_of(DESCRIPTOR).mode, 4U);
 }
 
+TEST(SpiMode, is_told_with_the_names_of_its_flags)
+{
+    EXPECT_EQ(mode_words(0), "0");
+    EXPECT_EQ(mode_words(3), "3");
+    EXPECT_EQ(mode_words(SPI_MODE_1 | SPI_LSB_FIRST), "1 (lsb-first)");
+    EXPECT_EQ(mode_words(SPI_MODE_2 | SPI_CS_HIGH | SPI_3WIRE | SPI_LOOP | SPI_NO_CS),
+              "2 (cs-high, 3wire, loopback, no-cs)");
+    EXPECT_EQ(mode_words(SPI_TX_DUAL), "0 (0x100)");
+    EXPECT_EQ(mode_words(SPI_CS_HIGH | SPI_TX_DUAL), "0 (cs-high, 0x100)");
+}
+
 TEST(WireSettings, are_none_where_no_driver_answers)
 {
     driver = {};
