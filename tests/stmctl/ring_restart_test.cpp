@@ -160,6 +160,26 @@ TEST_F(ReaderMoment, the_first_slot_of_a_restart_may_show_late)
     EXPECT_EQ(settled(reader), (Seen{range(1001, 1005)}));
 }
 
+TEST_F(ReaderMoment, what_a_writer_has_left_is_not_taken_for_a_record_that_shows_late)
+{
+    const RingView view(segment());
+    put(1, 300);
+    SlotFollower reader(view);
+    put(301, 305); // in the slots 140 to 144
+    begin_anew();
+    put(1, 10);
+    look_in_vain(reader, 2);
+    const Seen restart = seen(reader.look());
+    EXPECT_TRUE(restart.restarted);
+    EXPECT_EQ(restart.numbers, range(301, 305) + range(1, 10));
+    put(11, 141);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(11, 141)}));
+    announce(142);
+    look_in_vain(reader, 1);
+    show();
+    EXPECT_EQ(seen(reader.look()), (Seen{range(142, 142)}));
+}
+
 TEST_F(ReaderMoment, damaged_record_is_delivered_after_an_overrun_too)
 {
     const RingView view(segment());

@@ -270,6 +270,29 @@ TEST_F(Terminal, ring_writer_refreshes_a_line_four_times_a_second)
                         "stmctl: ring write: 999 records, 0 lost, 0 rejected, 0 overflowing\r\n");
 }
 
+// One row stays free for the prompt.
+TEST_F(Terminal, plot_is_as_high_as_that_but_never_lower_than_ten_rows)
+{
+    const std::string rows = "\"rel_t\";\"U1e\";\n1;1;\n2;2;\n";
+    write_file("rows.csv", {rows.begin(), rows.end()});
+    const std::string gnuplot = "#!/bin/sh\nread -r set terminal size\necho \"$size\"\ncat >rest\n";
+    write_file("gnuplot", {gnuplot.begin(), gnuplot.end()});
+    std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_all);
+    const std::pair<std::string, std::string> sizes[] = {
+        {"rows 30 columns 100", "dumb size 99,29"}, {"rows 12 columns 80", "dumb size 79,11"},
+        {"rows 11 columns 80", "dumb size 79,10"},  {"rows 5 columns 10", "dumb size 20,10"},
+        {"rows 0 columns 0", "dumb size 79,23"},
+    };
+    for (const auto &[size, drawn] : sizes) {
+        clear_screen();
+        open_terminal({"bash", "-c",
+                       "stty " + size + "; PATH=.:$PATH exec " +
+                           quoted({program(), "plot", "rows.csv", "--columns", "U1e"})});
+        EXPECT_EQ(close_terminal(), 0);
+        EXPECT_EQ(screen(), drawn + "\r\n") << size;
+    }
+}
+
 TEST_F(Terminal, plot_wants_a_file_there)
 {
     open_terminal(directly({}, {program(), "plot"}));
