@@ -281,6 +281,20 @@ TEST_F(Follow, a_silent_board_is_reported_once)
 
 // Forty records fill no buffer: what waits for a full one is there when all have come. Two a second
 // are no silence, whose remark would bring out what is held.
+// Each cause of one trouble is told; its length is that of all of it.
+TEST_F(Follow, trouble_begins_with_the_first_of_its_causes)
+{
+    const Result result = stmctl({"follow", "--duration", "9", "--keep-going", "-o", "a.txt"},
+                                 {"--fault", "silence@t=1s..6s", "--fault", "gone@t=4s..5s"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors,
+              "stmctl: follow: no data from the co-processor; asking again\n"
+              "stmctl: follow: the device is gone; waiting for it\n"
+              "stmctl: follow: records are coming again after 5.2 s\n"
+              "stmctl: follow: 4074 records, 4925 lost, 0 rejected, 64 overflowing, silent for "
+              "5.2 s, 8 time-outs, 1 failing exchange\n");
+}
+
 TEST_F(Follow, what_has_come_is_soon_to_be_seen)
 {
     const std::string follow = really({"--rate", "2"}, {"follow", "-n", "40", "--format", "csv"});

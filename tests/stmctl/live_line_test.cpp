@@ -129,6 +129,13 @@ TEST_F(LiveLine, losses_and_silences_are_shown)
     }
 }
 
+TEST_F(LiveLine, shows_a_silence_rather_than_how_many_records_came)
+{
+    const std::string line = shown({"follow", "--duration", "6", "-o", "a.txt", "--keep-going"},
+                                   {"--fault", "silence@t=2s..4s"}, 34);
+    EXPECT_NE(line.find("\r2020/s  lost 1882  silent 2.1 s"), std::string::npos) << line;
+}
+
 TEST_F(LiveLine, is_not_shown_where_results_are_visible)
 {
     EXPECT_EQ(shown({"follow", "--duration", "0.6", "--format", "csv"}).find("/s"),

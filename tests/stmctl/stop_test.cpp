@@ -2,10 +2,12 @@
 #include "tests/stmctl/stmctl_bench.hpp"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -94,6 +96,24 @@ TEST_F(Stop, typed_s_may_come_through_a_pipe)
                  "; echo $?; cat; }"});
     EXPECT_EQ(result.errors, "stmctl: sampletime: stopped before it had finished\n");
     EXPECT_EQ(result.output, "3\nmore\n");
+}
+
+// As a service may have it for its standard input. What follows is left there.
+TEST_F(Stop, typed_s_may_come_through_a_socket)
+{
+    std::array<int, 2> ends = {};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+    ASSERT_EQ(write(ends[1], "s\nmore", 6), 6);
+    const int input = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    dup2(ends[0], STDIN_FILENO);
+    const Result result = with_fault("silence", {"get", "sampletime"});
+    dup2(input, STDIN_FILENO);
+    std::array<char, 10> rest = {};
+    EXPECT_EQ(recv(ends[0], rest.data(), rest.size(), MSG_DONTWAIT), 4) << "more";
+    for (const int descriptor : {input, ends[0], ends[1]}) {
+        close(descriptor);
+    }
+    expect_failure(result, 3, "sampletime: stopped before it had finished");
 }
 
 TEST_F(Stop, lines_for_others_are_left_for_them)

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -42,6 +43,17 @@ TEST_F(DestinationFile, has_what_was_written_though_the_run_did_not_finish)
         EXPECT_EQ(content(), "") << "it is held";
     }
     EXPECT_EQ(content(), "one\ntwo\n");
+}
+
+TEST_F(DestinationFile, that_is_new_has_the_permissions_that_its_user_gives_new_files)
+{
+    for (const OldContent old : {OldContent::replaced, OldContent::continued}) {
+        fs::remove(file());
+        const mode_t before = umask(0);
+        const Destination destination(file(), old);
+        umask(before);
+        EXPECT_EQ(fs::status(file()).permissions(), fs::perms(0666));
+    }
 }
 
 TEST_F(DestinationFile, that_was_not_there_goes_again_if_the_run_did_not_begin)

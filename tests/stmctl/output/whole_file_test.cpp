@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -89,6 +90,15 @@ TEST_F(WholeFile, keeps_its_permissions)
         write_whole(file(), "new");
         EXPECT_EQ(fs::status(file()).permissions(), rights);
     }
+}
+
+TEST_F(WholeFile, that_is_new_has_the_permissions_that_its_user_gives_new_files)
+{
+    fs::remove(file());
+    const mode_t before = umask(0);
+    write_whole(file(), "new");
+    umask(before);
+    EXPECT_EQ(fs::status(file()).permissions(), fs::perms(0666));
 }
 
 TEST_F(WholeFile, stays_as_it_was_on_a_disk_that_is_full)
