@@ -176,6 +176,18 @@ TEST_F(Cause, an_application_that_does_not_answer_is_reported)
 }
 
 // Between a query and its answer the other program asks for the version, which is 7.
+TEST_F(Cause, a_failure_of_the_question_for_the_cause_is_reported_in_its_place)
+{
+    const std::string late = "late@0x03=3000";
+    with_fault(late, {"get", "sampletime"});
+    const size_t question = transcript().size() - 1;
+    expect_failure(stmctl({"get", "sampletime"},
+                          {"--fault", late, "--fault", "exchange@" + std::to_string(question)}),
+                   1,
+                   "sampletime: the co-processor did not answer in time; sending the command "
+                   "failed: Input/output error");
+}
+
 TEST_F(Cause, an_impossible_answer_is_put_down_to_another_program)
 {
     std::ofstream(path("other")) << "    1     0.000000     1 > 91 < 00 ; version asked for\n";

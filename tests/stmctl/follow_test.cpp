@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 
@@ -281,6 +282,19 @@ TEST_F(Follow, a_silent_board_is_reported_once)
 
 // Forty records fill no buffer: what waits for a full one is there when all have come. Two a second
 // are no silence, whose remark would bring out what is held.
+TEST_F(Follow, time_that_is_over_while_it_waits_for_the_application_ends_it_without_a_request)
+{
+    const Result result =
+        stmctl({"follow", "--duration", "5", "--keep-going"}, {"--mode", "boot loader"});
+    EXPECT_EQ(result.status, 1);
+    const std::vector<Line> lines = transcript();
+    const auto request = std::find_if(lines.rbegin(), lines.rend(), [](const Line &line) {
+        return line.note != "mode asked for" && line.note != "answer";
+    });
+    EXPECT_EQ(request->note, "synchronised");
+    EXPECT_GE(request - lines.rbegin(), 4) << "the mode is asked for instead, and for the cause";
+}
+
 // Each cause of one trouble is told; its length is that of all of it.
 TEST_F(Follow, trouble_begins_with_the_first_of_its_causes)
 {
