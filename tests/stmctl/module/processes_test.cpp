@@ -17,6 +17,16 @@ namespace
 
 constexpr uid_t NOBODY = 65534;
 
+// A process that becomes a program closes what it inherited before its new words are to be seen.
+void await_words_of(pid_t process)
+{
+    constexpr int LOOKS = 300'000; // one each millisecond, against hanging alone
+    const std::string none = "process " + std::to_string(process) + " ()";
+    for (int look = 0; look < LOOKS && process_words(process) == none; ++look) {
+        usleep(1000);
+    }
+}
+
 class Users : public testing::Test
 {
   protected:
@@ -51,6 +61,7 @@ class Users : public testing::Test
         char none = 0;
         EXPECT_EQ(read(ends[0], &none, 1), 0); // closed by what the child becomes
         close(ends[0]);
+        await_words_of(child);
         children_.push_back(child);
         return child;
     }
@@ -183,6 +194,7 @@ TEST_F(Users, a_process_is_named_without_the_empty_words_at_its_end)
     close(begun[1]);
     char none = 0;
     EXPECT_EQ(read(begun[0], &none, 1), 0); // closed by what the child becomes
+    await_words_of(child);
     EXPECT_EQ(process_words(child), "process " + std::to_string(child) + " (cat -)");
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
