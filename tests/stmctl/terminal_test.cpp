@@ -43,10 +43,8 @@ TEST_F(Terminal, bar_keeps_the_time_that_is_left_longest)
     const std::pair<unsigned short, std::string> lines[] = {
         {150, "[#########################................]  61 %  3072 of 5000 bytes  48.5 KiB/s  "
               "0:00 left"},
-        {70, "[##########.......]  61 %  3072 of 5000 bytes  48.5 KiB/s  0:00 left"},
         {60, "[######.....]  61 %  48.5 KiB/s  0:00 left"},
         {40, "[######.....]  61 %  0:00 left"},
-        {32, "[######.....]  61 %  0:00 left"},
     };
     for (const auto &[columns, line] : lines) {
         clear_screen();

@@ -1,4 +1,5 @@
-// Goal: a number is read whole and within its limits, and hundredths are those that the module sends.
+// Goal: a number is read whole and within its limits, and hundredths are those that the module
+// sends.
 #include "link/stm_com_funcs.h"
 #include "stmctl/command_line/numbers.hpp"
 #include "stmctl/process/failure.hpp"

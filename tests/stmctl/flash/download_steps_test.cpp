@@ -1,4 +1,5 @@
-// Goal: how far a download has come, and where and why it failed, is told from the module's texts alone.
+// Goal: how far a download has come, and where and why it failed, is told from the module's texts
+// alone.
 #include "stmctl/flash/download_steps.hpp"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-// Goal: output that could not be written fails a run that was good otherwise, and no other status is lost.
+// Goal: output that could not be written fails a run that was good otherwise, and no other status
+// is lost.
 #include "stmctl/output/output.hpp"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-// Goal: the fields of a line of CSV, with and without quotes, and the separator that its header shows.
+// Goal: the fields of a line of CSV, with and without quotes, and the separator that its header
+// shows.
 #include "stmctl/record/csv_line.hpp"
 
 #include <gtest/gtest.h>

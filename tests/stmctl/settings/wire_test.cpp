@@ -1,4 +1,5 @@
-// Goal: a number that a query answers leads to the value of the setting with the same bits, and to no other.
+// Goal: a number that a query answers leads to the value of the setting with the same bits, and to
+// no other.
 #include "stmctl/settings/wire.hpp"
 
 #include <gtest/gtest.h>
