@@ -1,5 +1,6 @@
 // Goal: a file of results keeps what is in it, however the run ends.
 #include "stmctl/output/destination.hpp"
+#include "stmctl/process/failure.hpp"
 
 #include <gtest/gtest.h>
 
@@ -63,6 +64,30 @@ TEST_F(DestinationFile, that_was_not_there_goes_again_if_the_run_did_not_begin)
         EXPECT_TRUE(fs::exists(file()));
     }
     EXPECT_FALSE(fs::exists(file()));
+}
+
+// That is known before the device is opened, and not only when the run begins.
+TEST_F(DestinationFile, that_begins_otherwise_is_refused_at_once)
+{
+    std::ofstream(file()) << "other\nlines\n";
+    try {
+        const Destination destination(file(), OldContent::continued, "header\n");
+        FAIL() << "not refused";
+    } catch (const Failure &failure) {
+        EXPECT_EQ(failure.status(), ExitStatus::failed);
+        EXPECT_EQ(failure.what(),
+                  "cannot append to '" + file() +
+                      "': its first line does not match; was it written with another --format, "
+                      "--variant, --separator or --timestamps?");
+    }
+    EXPECT_EQ(content(), "other\nlines\n");
+}
+
+TEST_F(DestinationFile, without_a_whole_line_is_refused_at_once)
+{
+    std::ofstream(file()) << "half";
+    EXPECT_THROW(Destination(file(), OldContent::continued), Failure);
+    EXPECT_EQ(content(), "half");
 }
 
 TEST_F(DestinationFile, stays_with_what_somebody_else_has_put_into_it)
