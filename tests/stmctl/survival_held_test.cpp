@@ -106,4 +106,28 @@ TEST_F(SurvivalHeld, a_stmctl_that_waits_does_not_count)
     EXPECT_EQ(read_text("second.out"), "application (2)\n");
 }
 
+// In namespaces of their own, where other users' processes are taken out of /proc altogether.
+TEST_F(SurvivalHeld, it_is_said_once_that_other_users_programs_may_have_it_open)
+{
+    const std::string follow =
+        quoted({TOOL_VIRTUAL_BOARD, "--count-time", "--board", "board", "--fault", "exchange@60",
+                "--fault", "exchange@200", "--fault", "exchange@300", program(), "follow",
+                "--duration", "5", "--keep-going", "-o", "/dev/null"});
+    const Result result =
+        run({"unshare", "--mount", "--pid", "--fork", "--mount-proc", "bash", "-c",
+             "mount -o remount,hidepid=2 /proc && board=$(mktemp -d) && chmod 777 $board && "
+             "cd $board || exit 77; setpriv --reuid=65534 --regid=65534 --clear-groups test -x " +
+                 program() + " || exit 77; setpriv --reuid=65534 --regid=65534 --clear-groups " +
+                 follow + "; status=$?; rm -rf $board; exit $status"});
+    if (getuid() != 0 || result.status == 77) {
+        GTEST_SKIP() << "namespaces, or another user, are not allowed here";
+    }
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(count(result.errors, "; trying again\n"), 3U) << result.errors;
+    EXPECT_EQ(count(result.errors, "stmctl: follow: processes of other users cannot be inspected: "
+                                   "they may have the device open\n"),
+              1U)
+        << result.errors;
+}
+
 } // namespace
