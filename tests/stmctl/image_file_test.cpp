@@ -56,6 +56,20 @@ TEST_F(Image, has_every_size_up_to_its_limit)
     }
 }
 
+TEST_F(Image, that_is_too_long_is_told_with_its_size)
+{
+    for (const auto &[size, words] : {std::pair(1, "1 byte"), std::pair(2, "2 bytes")}) {
+        write(std::string(static_cast<size_t>(size), 'x'));
+        try {
+            ImageFile(path(), static_cast<uint32_t>(size - 1));
+            FAIL() << "not refused";
+        } catch (const Failure &failure) {
+            EXPECT_EQ(std::string(failure.what()),
+                      path() + ": " + words + ", but at most " + std::to_string(size - 1) + " fit");
+        }
+    }
+}
+
 // Some files of the kernel claim the size of a page but hold a few bytes.
 TEST_F(Image, that_holds_less_than_its_size_is_refused)
 {

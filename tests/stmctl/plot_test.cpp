@@ -296,6 +296,16 @@ TEST_F(Plot, a_range_of_one_value_is_widened_by_one_on_each_side)
     }
 }
 
+// More rows than a pipe holds: what is left of them has no reader.
+TEST_F(Plot, a_gnuplot_that_ends_before_it_has_read_everything_is_waited_for)
+{
+    Words rows = {"\"U1e\";"};
+    rows.resize(20'000, "12345;");
+    write_lines("rows.csv", rows);
+    expect_failure(plot_by({"exit 1"}, {"rows.csv", "--columns", "U1e"}), 1, "gnuplot failed");
+    EXPECT_EQ(plot_by({"echo drawn"}, {"rows.csv", "--columns", "U1e"}).output, "drawn\n");
+}
+
 // Signals 13 and 25, which stmctl itself ignores: a shell would leave them ignored, too.
 TEST_F(Plot, gnuplot_handles_a_closed_pipe_and_a_full_disk_as_usual)
 {
