@@ -283,9 +283,10 @@ TEST_F(Terminal, plot_is_as_high_as_that_but_never_lower_than_ten_rows)
     };
     for (const auto &[size, drawn] : sizes) {
         clear_screen();
-        open_terminal({"bash", "-c",
-                       "stty " + size + "; PATH=.:$PATH exec " +
-                           quoted({program(), "plot", "rows.csv", "--columns", "U1e"})});
+        open_terminal(
+            {"bash", "-c",
+             "stty " + size + "; export PATH=.:$PATH; exec " +
+                 quoted(directly({}, {program(), "plot", "rows.csv", "--columns", "U1e"}))});
         EXPECT_EQ(close_terminal(), 0);
         EXPECT_EQ(screen(), drawn + "\r\n") << size;
     }
