@@ -10,6 +10,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <fstream>
 #include <functional>
 
 namespace simulator
@@ -55,6 +56,18 @@ class SharedBoard : public testing::Test
     {
         siginfo_t ended = {};
         EXPECT_EQ(waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT), 0);
+    }
+
+    // Until it has noted that it waits for the lock, and sleeps.
+    void await_sleep(pid_t child) const
+    {
+        constexpr size_t LOCK_AT = 16;
+        const std::string path = "/proc/" + std::to_string(child) + "/stat";
+        for (std::string line;
+             (memory[LOCK_AT + 3] & 0x80) == 0 || line.find(") S ") == line.npos;) {
+            std::ifstream stat(path);
+            std::getline(stat, line);
+        }
     }
 
     static RunningState at(int64_t time_ns)
@@ -195,6 +208,25 @@ TEST_F(SharedBoard, is_waited_for_in_sleep_until_it_is_left)
     EXPECT_EQ(finish(other), 7);
     close(ready[0]);
     close(ready[1]);
+}
+
+// Who has slept has it next, even if the program that leaves it wants it again at once.
+TEST_F(SharedBoard, is_handed_to_whoever_sleeps)
+{
+    shared.take();
+    shared.commit(at(1));
+    const pid_t other = start([](SharedState &others) {
+        others.take();
+        others.commit(at(2));
+        others.leave();
+        return 0;
+    });
+    await_sleep(other);
+    shared.leave();
+    shared.take();
+    EXPECT_EQ(shared.state().time_ns, 2);
+    shared.leave();
+    EXPECT_EQ(finish(other), 0);
 }
 
 TEST_F(SharedBoard, has_room_for_64_programs)
