@@ -24,6 +24,20 @@ FlashChange program(uint32_t address, std::span<const uint8_t> data)
     return change;
 }
 
+bool can_be_made(const FlashChange &change)
+{
+    switch (change.kind) {
+    case FlashChange::Kind::none:
+        return true;
+    case FlashChange::Kind::erase:
+        return change.region <= Region::firmware;
+    case FlashChange::Kind::program:
+        return change.size <= LARGEST_PROGRAM && change.address >= FLASH_START &&
+               change.address - FLASH_START <= FLASH_SIZE - change.size;
+    }
+    return false;
+}
+
 void make(const FlashChange &change, std::span<uint8_t, FLASH_SIZE> flash)
 {
     const FlashRegion &region = bounds_of(change.region);

@@ -50,6 +50,8 @@ FlashChange erase(Region region);
 // address to address + data.size() must be inside the flash.
 FlashChange program(uint32_t address, std::span<const uint8_t> data);
 
+// Whether it is one that can be made; what was read from a file may be anything.
+bool can_be_made(const FlashChange &change);
 void make(const FlashChange &change, std::span<uint8_t, FLASH_SIZE> flash);
 
 } // namespace simulator

@@ -216,7 +216,7 @@ Turn::Turn(Board &board, SharedState::Joined joined) : board_(board)
 void Turn::begin_power()
 {
     if (board_.shared.has_state()) {
-        check(board_.kept.join(board_.coprocessor));
+        check(board_.kept.go_on(board_.coprocessor));
         take_state();
         board_.coprocessor.settle();
         check(board_.kept.save(board_.coprocessor, board_.device));
@@ -236,7 +236,8 @@ void Turn::begin_power()
 
 void Turn::join_power()
 {
-    check(board_.kept.join(board_.coprocessor));
+    check(board_.kept.go_on(board_.coprocessor));
+    check(board_.kept.go_on_counting());
     board_.left = now();
     take_state();
     forget_dead_programs();

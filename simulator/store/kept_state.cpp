@@ -44,10 +44,9 @@ std::string KeptState::begin()
     return counts_.begin(path_);
 }
 
-std::string KeptState::join(Coprocessor &coprocessor)
+std::string KeptState::go_on(Coprocessor &coprocessor) const
 {
-    const std::string error = load_texts(coprocessor, &Coprocessor::go_on_with);
-    return error.empty() ? counts_.join(path_) : error;
+    return load_texts(coprocessor, &Coprocessor::go_on_with);
 }
 
 std::string KeptState::load_texts(Coprocessor &coprocessor, Take take) const

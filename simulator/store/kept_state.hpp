@@ -28,8 +28,9 @@ class KeptState
     // The files may have been edited since they were last read; what they say holds.
     std::string load(Coprocessor &coprocessor, SpiDevice &device);
 
-    // The same for a program that finds a board running: only what is in no state.
-    std::string join(Coprocessor &coprocessor);
+    // The same for a program that goes on with a board's state: only what is in no state.
+    std::string go_on(Coprocessor &coprocessor) const;
+    std::string go_on_counting() { return counts_.join(path_); }
 
     std::string save(const Coprocessor &coprocessor, const SpiDevice &device);
 

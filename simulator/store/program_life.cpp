@@ -70,7 +70,7 @@ ProgramLife this_program()
 bool is_alive(const ProgramLife &program)
 {
     const auto process = static_cast<pid_t>(program.process);
-    if (kill(process, 0) != 0 && errno == ESRCH) {
+    if (process <= 0 || (kill(process, 0) != 0 && errno == ESRCH)) {
         return false;
     }
     const std::optional<Status> status = status_of(text("%d", process));

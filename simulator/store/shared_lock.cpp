@@ -14,15 +14,18 @@ namespace
 constexpr uint32_t AWAITED =
     0x80000000; // somebody sleeps until it is free; no process has this bit
 
-// How often a sleeper looks whether the owner has died.
+// How often a sleeper looks whether the owner has died; and how often somebody else looks at a lock
+// that was left to a sleeper, who may be dead as well, or on a busy machine.
 struct {
     long seconds = 0;
     long nanoseconds = 50'000'000;
 } const LOOK;
+constexpr int MOST_LOOKS = 40;
 
-void sleep_while(LockWord &word, uint32_t value)
+// Whether somebody has woken it.
+bool sleep_while(LockWord &word, uint32_t value)
 {
-    syscall(SYS_futex, &word, FUTEX_WAIT, value, &LOOK, nullptr, 0);
+    return syscall(SYS_futex, &word, FUTEX_WAIT, value, &LOOK, nullptr, 0) == 0;
 }
 
 // Returns how many that was.
@@ -41,16 +44,17 @@ void take_lock(LockWord &word, uint32_t self, HasDied has_died, const void *cont
     if (word.compare_exchange_strong(seen, self)) {
         return;
     }
-    for (bool has_slept = false;;) {
+    bool has_slept = false;
+    for (int looks = 0;;) {
         const uint32_t owner = seen & ~AWAITED;
-        const bool is_left = owner == 0 && (has_slept || seen == 0);
+        const bool is_left = owner == 0 && (has_slept || seen == 0 || looks > MOST_LOOKS);
         if (is_left || owner == self || (owner != 0 && has_died(context, owner))) {
             if (word.compare_exchange_strong(seen, self | AWAITED)) {
                 return;
             }
         } else if ((seen & AWAITED) != 0 || word.compare_exchange_strong(seen, seen | AWAITED)) {
-            sleep_while(word, owner | AWAITED);
-            has_slept = true;
+            has_slept = sleep_while(word, owner | AWAITED) || has_slept || owner != 0;
+            looks = owner == 0 ? looks + 1 : 0;
             seen = word.load();
         }
     }

@@ -106,6 +106,13 @@ bool SharedState::is_alone() const
     });
 }
 
+bool SharedState::has_state() const
+{
+    const BoardState &board = copy(file_->commits).board;
+    return file_->commits != 0 && board.mode <= Mode::application &&
+           can_be_made(board.flash_change);
+}
+
 const RunningState &SharedState::state()
 {
     seen_ = file_->commits;

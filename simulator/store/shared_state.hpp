@@ -79,9 +79,9 @@ class SharedState
     Power &power() { return file_->power; }
     SavedState &saved() { return file_->saved; }
 
-    // The state that was committed last; whether there is one, and whether it is another one than this
-    // program has seen.
-    bool has_state() const { return file_->commits != 0; }
+    // The state that was committed last; whether there is one that a board can have left, and whether it
+    // is another one than this program has seen.
+    bool has_state() const;
     bool is_news() const { return seen_ != file_->commits; }
     const RunningState &state();
 
@@ -103,7 +103,7 @@ class SharedState
     };
 
     static bool has_died(const void *file, uint32_t process);
-    RunningState &copy(uint32_t commits) { return file_->copies[commits % 2]; }
+    RunningState &copy(uint32_t commits) const { return file_->copies[commits % 2]; }
     Joined join();
 
     File *file_ = nullptr;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sched.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -63,8 +64,10 @@ class SharedBoard : public testing::Test
     {
         constexpr size_t LOCK_AT = 16;
         const std::string path = "/proc/" + std::to_string(child) + "/stat";
-        for (std::string line;
-             (memory[LOCK_AT + 3] & 0x80) == 0 || line.find(") S ") == line.npos;) {
+        while ((memory[LOCK_AT + 3] & 0x80) == 0) {
+            sched_yield();
+        }
+        for (std::string line; line.find(") S ") == std::string::npos; sched_yield()) {
             std::ifstream stat(path);
             std::getline(stat, line);
         }
@@ -272,6 +275,24 @@ TEST_F(SharedBoard, keeps_a_change_of_the_flash_until_it_has_been_made)
     shared.leave();
 }
 
+TEST(FlashChange, can_be_made_only_inside_the_flash)
+{
+    const std::vector<uint8_t> data(LARGEST_PROGRAM, 0x5A);
+    EXPECT_TRUE(can_be_made(FlashChange()));
+    EXPECT_TRUE(can_be_made(erase(Region::firmware)));
+    EXPECT_TRUE(can_be_made(program(FLASH_START, data)));
+    EXPECT_TRUE(can_be_made(program(FLASH_START + FLASH_SIZE - LARGEST_PROGRAM, data)));
+    EXPECT_FALSE(can_be_made(program(FLASH_START + FLASH_SIZE - LARGEST_PROGRAM + 1, data)));
+    EXPECT_FALSE(can_be_made(program(FLASH_START - 1, data)));
+    FlashChange odd = program(FLASH_START, data);
+    odd.size = LARGEST_PROGRAM + 1;
+    EXPECT_FALSE(can_be_made(odd));
+    odd = erase(static_cast<Region>(2));
+    EXPECT_FALSE(can_be_made(odd));
+    odd.kind = static_cast<FlashChange::Kind>(3);
+    EXPECT_FALSE(can_be_made(odd));
+}
+
 TEST(ProgramLife, is_this_ones_and_no_others)
 {
     const ProgramLife own = this_program();
@@ -279,6 +300,7 @@ TEST(ProgramLife, is_this_ones_and_no_others)
     EXPECT_TRUE(is_alive(own));
     EXPECT_FALSE(is_alive({own.process, 0, own.start + 1})) << "a later one of the same number";
     EXPECT_TRUE(is_alive({own.process, 0, 0})) << "whose beginning is not known";
+    EXPECT_FALSE(is_alive({UINT32_MAX, 0, 0})) << "which would be all processes";
 }
 
 } // namespace

@@ -251,6 +251,13 @@ TEST_F(Plot, a_gnuplot_that_is_not_really_there_is_told_as_one_that_is_missing)
                    "plot needs gnuplot, which is not installed: install the package gnuplot-nox, "
                    "or gnuplot");
     expect_failure(plot_by({"cat >/dev/null", "exit 126"}, {"records.csv"}), 1, "gnuplot failed");
+}
+
+TEST_F(Plot, a_gnuplot_that_cannot_be_run_is_told_with_the_reason)
+{
+    if (TOOL_EMULATOR[0] != '\0') {
+        GTEST_SKIP() << "an emulator reports a program that cannot be run as one that failed";
+    }
     write_lines("gnuplot", {"#!/nowhere"});
     std::filesystem::permissions(path("gnuplot"), std::filesystem::perms::owner_read);
     Words words = directly({"PATH=" + path("")}, {program(), "plot", "records.csv"});

@@ -118,6 +118,28 @@ TEST_F(Sharing, one_that_is_killed_in_an_exchange_leaves_the_wire_to_the_next)
     EXPECT_EQ(transcript().back().sent, (Bytes{0xEE, 2, 0, 0, 0xEE}));
 }
 
+// Whatever was removed or spoilt while nobody used the board is made anew.
+TEST_F(Sharing, the_power_comes_again_whatever_became_of_the_shared_files)
+{
+    const Words sharer = {probe_program("sharer"), "1", "3"};
+    const auto works = [&] { return run(on_board({}, sharer)).status == 0; };
+    ASSERT_TRUE(works());
+    for (const char *name : {"board/counts", "board/lives", "board/state", "board/spidev1.0"}) {
+        std::filesystem::remove(path(name));
+        EXPECT_TRUE(works()) << name;
+        EXPECT_TRUE(std::filesystem::exists(path(name))) << name;
+    }
+    const size_t size = read_file("board/state").size();
+    Bytes of_ones = read_file("board/state");
+    std::fill(of_ones.begin() + 16, of_ones.end(), 0xFF); // behind the name of its layout
+    for (const Bytes &spoilt :
+         {Bytes(), Bytes(16, 'x'), Bytes(size, 0), Bytes(size, 0xFF), of_ones}) {
+        write_file("board/state", spoilt);
+        EXPECT_TRUE(works()) << spoilt.size();
+        EXPECT_EQ(read_file("board/state").size(), size);
+    }
+}
+
 // The next command works, and each block of the flash is erased, old or new.
 TEST_F(Sharing, the_board_survives_whoever_is_killed_at_any_moment)
 {
