@@ -15,8 +15,6 @@
 namespace simulator
 {
 
-inline constexpr size_t COMMAND_FRAME_SIZE = 8;
-
 // What a board tells those who watch it, beside its answers.
 struct BoardReport {
     std::string note;        // how it understood the last exchange, in a few words
