@@ -8,7 +8,7 @@
 //     answers      the answers that the board was given, in the same form
 //     spi-mode     the mode that the driver was last set to; absent before that
 //     spidev1.0    stands in for the device node
-//     counts       what became of the records, for the program that opened the device last
+//     counts       what became of the records since the power came the last time
 //     lives        the same for each life that a restart has ended
 //     state        what the programs that use the board at the same time share; theirs alone
 //
