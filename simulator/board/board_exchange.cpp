@@ -3,6 +3,8 @@
 
 #include "simulator/board/conversation.hpp"
 
+#include <utility>
+
 namespace simulator
 {
 
@@ -20,13 +22,19 @@ BoardState board_power_on(const Board &board, BoardIdentity identity)
 void board_advance(const Board &board, BoardState &state, std::chrono::nanoseconds now,
                    BoardReport &report)
 {
-    const int rate = board.behaviour.rate;
-    while (state.lives < board.restarts.size() && board.restarts[state.lives].span.from <= now) {
-        const Fault &fault = board.restarts[state.lives];
-        state.readout.advance_to(fault.span.from, rate);
-        report.lives.push_back(Conversation(board, state, report.note).restart(fault));
+    const auto restart = [&](std::chrono::nanoseconds time, Mode mode) {
+        state.readout.advance_to(time, board.behaviour.rate);
+        report.lives.push_back(Conversation(board, state, report.note).restart(time, mode));
+    };
+    while (state.timed_restarts < board.restarts.size() &&
+           board.restarts[state.timed_restarts].span.from <= now) {
+        const Fault &fault = board.restarts[state.timed_restarts++];
+        restart(fault.span.from, static_cast<Mode>(fault.value));
     }
-    state.readout.advance_to(now, rate);
+    if (state.told_restart != NO_RESTART) {
+        restart(now, told_mode(std::exchange(state.told_restart, NO_RESTART)));
+    }
+    state.readout.advance_to(now, board.behaviour.rate);
     state.now_ns = now.count();
 }
 

@@ -20,6 +20,18 @@ namespace simulator
 // What a host may fetch next: one thing at a time.
 enum class Owed : uint8_t { nothing, status, byte, transaction, records };
 
+// A restart that the board was told of.
+inline constexpr uint8_t NO_RESTART = 0;
+constexpr uint8_t restart_as(Mode mode)
+{
+    return static_cast<uint8_t>(1 + static_cast<uint8_t>(mode));
+}
+
+constexpr Mode told_mode(uint8_t restart)
+{
+    return static_cast<Mode>(restart - 1);
+}
+
 struct BoardState {
     int64_t now_ns = 0;
     int64_t busy = 0;   // further polls that find the board busy with what it owes
@@ -38,7 +50,9 @@ struct BoardState {
     uint8_t owed_byte = 0; // a status, or an answer of one byte
     bool is_dead = false;
     uint8_t dead_line = 0; // what is read from a dead board's line
-    uint8_t unused[6] = {};
+    bool is_told_silent = false;
+    uint8_t told_restart = 0;    // yet to come, as NO_RESTART or restart_as a mode
+    uint32_t timed_restarts = 0; // that have been
 };
 
 // No padding, no pointers, and the same places on all machines: boards are handed from native to

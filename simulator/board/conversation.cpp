@@ -30,17 +30,17 @@ bool is_stream_poll(std::span<const uint8_t> bytes)
 } // namespace
 
 // Only what survives a loss of power is kept: flash, memory and settings.
-Life Conversation::restart(const Fault &fault)
+Life Conversation::restart(std::chrono::nanoseconds time, Mode mode)
 {
     drop_debts();
     state_.readout.stop();
-    const Life life = {fault.span.from, state_.readout.counts()};
+    const Life life = {time, state_.readout.counts()};
     state_.past += life.counts;
     ++state_.lives;
     state_.boot_loader.close();
     state_.application.restart();
     state_.readout = Readout();
-    state_.mode = static_cast<Mode>(fault.value);
+    state_.mode = mode;
     return life;
 }
 
@@ -51,7 +51,7 @@ void Conversation::exchange(std::span<const uint8_t> mosi, std::span<uint8_t> mi
     if (state_.is_dead || mosi.empty()) {
         return;
     }
-    if (board_.silences.cover(std::chrono::nanoseconds(state_.now_ns))) {
+    if (state_.is_told_silent || board_.silences.cover(std::chrono::nanoseconds(state_.now_ns))) {
         note_ = "fault: silent";
         return;
     }

@@ -5,6 +5,7 @@
 #include "simulator/board/board_state.hpp"
 #include "simulator/board/counts.hpp"
 
+#include <chrono>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -24,7 +25,7 @@ class Conversation
     }
 
     void exchange(std::span<const uint8_t> mosi, std::span<uint8_t> miso);
-    Life restart(const Fault &fault);
+    Life restart(std::chrono::nanoseconds time, Mode mode);
     bool died_at(int place);
 
   private:

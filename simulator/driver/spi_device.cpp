@@ -78,17 +78,16 @@ SpiDevice::SpiDevice(Coprocessor &coprocessor, const Behaviour &behaviour, Passa
 
 void SpiDevice::advance_to(std::chrono::nanoseconds now)
 {
-    state_.is_gone = absences_.cover(now);
-    const int begun = absences_.begun(now);
+    state_.is_gone = state_.is_told_gone || absences_.cover(now);
+    const int begun = absences_.begun(now) + state_.told_absences;
     if (begun != state_.generation) {
         state_.generation = begun;
-        state_.opened = 0;
         state_.speed_hz = DEFAULT_SPEED_HZ;
         state_.mode = 0;
     }
 }
 
-int SpiDevice::open()
+int SpiDevice::open(bool is_first)
 {
     if (const Fault *missing = find_fault(faults_, FaultKind::no_device, ALWAYS)) {
         return -missing->value;
@@ -96,15 +95,8 @@ int SpiDevice::open()
     if (state_.is_gone) {
         return -ENOENT;
     }
-    ++state_.opened;
+    state_.speed_hz = is_first ? DEFAULT_SPEED_HZ : state_.speed_hz;
     return state_.generation;
-}
-
-void SpiDevice::close(int generation)
-{
-    if (generation == state_.generation && state_.opened > 0 && --state_.opened == 0) {
-        state_.speed_hz = DEFAULT_SPEED_HZ;
-    }
 }
 
 int SpiDevice::ioctl(unsigned long request, void *argument, int generation)

@@ -43,10 +43,11 @@ struct DriverState {
     uint32_t mode = 0;
     uint32_t speed_hz = DEFAULT_SPEED_HZ;
     int32_t generation = 0; // how many absences have begun
-    int32_t opened = 0;     // descriptors
     int32_t exchanges = 0;
+    int32_t told_absences = 0; // that have begun, by hand
     bool is_gone = false;
-    uint8_t unused[3] = {};
+    bool is_told_gone = false;
+    uint8_t unused[2] = {};
 };
 static_assert(std::is_trivially_copyable_v<DriverState>);
 static_assert(std::has_unique_object_representations_v<DriverState>);
@@ -70,9 +71,9 @@ class SpiDevice
     // The time of the calls to come. A device that is absent then comes back with its defaults.
     void advance_to(std::chrono::nanoseconds now);
 
-    // Returns the generation of what was opened. Nothing works with an older one.
-    int open();
-    void close(int generation = 0); // the last close restores the default clock
+    // Returns the generation of what was opened. Nothing works with an older one. The first open after the
+    // last close finds the default clock.
+    int open(bool is_first);
     // When a program closes the device, the driver keeps the mode that the program set.
     uint32_t mode() const { return state_.mode; }
     void set_mode(uint32_t mode) { state_.mode = mode; }

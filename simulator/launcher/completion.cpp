@@ -3,6 +3,7 @@
 
 #include "simulator/faults/faults.hpp"
 #include "simulator/store/board_directory.hpp"
+#include "simulator/store/order.hpp"
 
 #include <string_view>
 
@@ -16,6 +17,7 @@ namespace
 constexpr std::string_view OPTIONS_PLACE = "%OPTIONS%";
 constexpr std::string_view VALUED_PLACE = "%VALUED%";
 constexpr std::string_view ARGUMENTS_PLACE = "%ARGUMENTS%";
+constexpr std::string_view ORDERS_PLACE = "%ORDERS%";
 
 constexpr char BASH_SCRIPT[] =
     R"(# Completions of virtual-board for bash:  source <(virtual-board --completion bash)
@@ -40,7 +42,14 @@ _virtual_board()
     COMPREPLY=()
     if ((i < COMP_CWORD)); then # what the command itself has
         local command=${COMP_WORDS[i]}
-        if [[ $(complete -p "${command##*/}" 2>/dev/null) =~ -F\ ([^ ]+) ]]; then
+        if ((i == 1)) && [[ $command == tell ]]; then
+            if ((COMP_CWORD == 2)); then
+                compopt -o filenames 2>/dev/null || true
+                mapfile -t COMPREPLY < <(compgen -d -- "$current")
+            elif ((COMP_CWORD == 3)); then
+                mapfile -t COMPREPLY < <(compgen -W '%ORDERS%' -- "$current")
+            fi
+        elif [[ $(complete -p "${command##*/}" 2>/dev/null) =~ -F\ ([^ ]+) ]]; then
             local function=${BASH_REMATCH[1]}
             COMP_WORDS=("${COMP_WORDS[@]:i}")
             COMP_CWORD=$((COMP_CWORD - i))
@@ -57,6 +66,9 @@ _virtual_board()
             mapfile -t COMPREPLY < <(compgen -W '%OPTIONS%' -- "$current")
         else
             mapfile -t COMPREPLY < <(compgen -c -- "$current")
+            if ((COMP_CWORD == 1)) && [[ tell == "$current"* ]]; then
+                COMPREPLY+=(tell)
+            fi
         fi
         ;;
 %ARGUMENTS%    esac
@@ -82,6 +94,14 @@ _virtual_board()
             break
         fi
     done
+    if ((i == 2 && CURRENT > 2)) && [[ ${words[2]} == tell ]]; then
+        if ((CURRENT == 3)); then
+            _files -/
+        elif ((CURRENT == 4)); then
+            compadd -- %ORDERS%
+        fi
+        return
+    fi
     if ((i < CURRENT)); then # what the command itself has
         words=("${(@)words[i,-1]}")
         ((CURRENT -= i - 1))
@@ -97,6 +117,9 @@ _virtual_board()
         if [[ ${words[CURRENT]} == -* ]]; then
             compadd -- %OPTIONS%
         else
+            if ((CURRENT == 2)); then
+                compadd -- tell
+            fi
             _command_names -e
         fi
         ;;
@@ -149,6 +172,15 @@ std::string words_for(const std::string &argument)
                                : "";
 }
 
+std::string order_words()
+{
+    std::vector<std::string> words;
+    for (const Order &order : orders()) {
+        words.emplace_back(order.words);
+    }
+    return joined(words);
+}
+
 std::string line_for(const Shell &shell, const OptionWords &option)
 {
     const std::string words = words_for(option.argument);
@@ -190,6 +222,7 @@ std::string completion_script(const std::string &shell, const std::vector<Option
         put(script, OPTIONS_PLACE, joined(names));
         put(script, VALUED_PLACE, joined(valued));
         put(script, ARGUMENTS_PLACE, arguments);
+        put(script, ORDERS_PLACE, order_words());
         return script;
     }
     return "";

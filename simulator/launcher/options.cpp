@@ -2,6 +2,7 @@
 #include "simulator/launcher/options.hpp"
 
 #include "simulator/launcher/completion.hpp"
+#include "simulator/launcher/tell.hpp"
 #include "simulator/store/board_directory.hpp"
 #include "simulator/words/text.hpp"
 
@@ -305,6 +306,7 @@ LaunchOptions parse_options(int argc, char **argv)
 std::string help_text()
 {
     std::string help = "Usage: virtual-board [OPTIONS] COMMAND [ARGUMENTS]\n"
+                       "       virtual-board tell DIR ORDER\n"
                        "\n"
                        "Runs a command with a virtual co-processor behind /dev/spidev1.0. Without\n"
                        "--board, the board is a new one that lasts as long as the command.\n"
@@ -326,6 +328,8 @@ std::string help_text()
             "program that has used it. Until then others find the same co-processor, on one\n"
             "wire, and must give the same options or none. Each of them moves the board's time\n"
             "on; if two count theirs at once, the order is the scheduler's.\n";
+    help += "\nOrders (to the board in DIR while programs use it, obeyed with their next call):\n" +
+            describe_orders();
     help += "\n"
             "Examples:\n"
             "  virtual-board update -ver\n"
@@ -340,6 +344,8 @@ std::string help_text()
             "  virtual-board --board my-board --answer 0x06/3=-250 --answer 0x21=hello FRONT-END\n"
             "      channel 3 of query 0x06 answers -250, and query 0x21 a text; the settings\n"
             "      made by FRONT-END are in my-board/settings\n"
+            "  virtual-board tell my-board restart\n"
+            "      restart the co-processor of a board that another terminal uses\n"
             "  virtual-board --through --transcript dialogue.txt update -state\n"
             "      record the dialogue with a real board\n"
             "  virtual-board --emulator 'qemu-arm -L /usr/arm-linux-gnueabihf' \\\n"

@@ -1,8 +1,10 @@
 // virtual-board: runs a command with a virtual co-processor behind /dev/spidev1.0.
 #include "simulator/launcher/launch.hpp"
 #include "simulator/launcher/options.hpp"
+#include "simulator/launcher/tell.hpp"
 
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 namespace
@@ -16,6 +18,10 @@ int print(const std::string &text)
 
 int run(int argc, char **argv)
 {
+    if (argc > 1 && strcmp(argv[1], simulator::TELL_COMMAND) == 0) {
+        const std::string error = simulator::tell_by_hand({argv + 2, argv + argc});
+        return error.empty() ? 0 : simulator::complain(error);
+    }
     simulator::LaunchOptions options = simulator::parse_options(argc, argv);
     if (!options.error.empty()) {
         return simulator::complain(options.error);

@@ -1,5 +1,6 @@
-// Intercepts open, ioctl and close for one path, /dev/spidev1.0, and leaves all others alone.
+// Intercepts open and ioctl for one path, /dev/spidev1.0, and leaves all others alone.
 #include "simulator/driver/user_memory.hpp"
+#include "simulator/preload/descriptors.hpp"
 #include "simulator/preload/device_files.hpp"
 #include "simulator/preload/program.hpp"
 #include "simulator/preload/real_calls.hpp"
@@ -30,7 +31,6 @@ constinit RealCall<int(const char *, int)> real_open64_2("__open64_2");
 constinit RealCall<int(int, const char *, int)> real_openat_2("__openat_2");
 constinit RealCall<int(int, const char *, int)> real_openat64_2("__openat64_2");
 constinit RealCall<int(int, unsigned long, ...)> real_ioctl("ioctl");
-constinit RealCall<int(int)> real_close("close");
 
 constexpr char DEVICE[] = "/dev/spidev1.0";
 constexpr char DEVICE_NAME[] = "spidev1.0";
@@ -124,6 +124,7 @@ int open_device(int flags)
     constexpr int KEPT_FLAGS = O_ACCMODE | O_CLOEXEC | O_NONBLOCK;
     const int fd = real_open(simulator::device_stand_in().c_str(), flags & KEPT_FLAGS, 0);
     simulator::know_device_file(fd, result);
+    simulator::note_descriptor(fd);
     return fd;
 }
 
@@ -258,13 +259,3 @@ EXPORTED int __ioctl_time64(int fd, unsigned long request, ...) noexcept
     return ioctl(fd, request, argument);
 }
 #endif
-
-EXPORTED int close(int fd)
-{
-    const int generation = simulator::device_generation(fd);
-    if (generation != simulator::NOT_OF_DEVICE && !simulator::leaves_device_real()) {
-        const DriverCall call;
-        simulator::device_close(generation);
-    }
-    return real_close(fd);
-}

@@ -2,6 +2,7 @@
 #include "simulator/preload/program.hpp"
 
 #include "simulator/driver/user_memory.hpp"
+#include "simulator/preload/descriptors.hpp"
 #include "simulator/preload/this_run.hpp"
 #include "simulator/preload/turn.hpp"
 
@@ -49,37 +50,24 @@ void begin_transcript()
     transcript_start();
 }
 
-// While nobody else uses the board, its files may be edited between a close and an open.
+// While nobody else uses the board, its files may be edited between the last close and an open.
 int device_open()
 {
-    Turn turn(board());
+    const Turn turn(board());
     begin_call(board());
-    turn.forget_dead_programs();
-    if (board().shared.is_alone()) {
+    const bool is_first = !has_descriptors(device_stand_in());
+    if (is_first && board().shared.is_alone()) {
         if (board().has_opened) {
             check(board().kept.save(board().coprocessor, board().device));
         }
         check(board().kept.load(board().coprocessor, board().device));
     }
     board().has_opened = true;
-    const int generation = board().device.open();
+    const int generation = board().device.open(is_first);
     if (generation >= 0) {
-        SharingProgram &own = board().shared.own();
-        own.opened = own.generation == generation ? own.opened + 1 : 1;
-        own.generation = generation;
         check(board().kept.renew_stand_in(generation));
     }
     return generation;
-}
-
-void device_close(int generation)
-{
-    const Turn turn(board());
-    SharingProgram &own = board().shared.own();
-    if (own.generation == generation && own.opened > 0) {
-        --own.opened;
-        board().device.close(generation);
-    }
 }
 
 int device_ioctl(int generation, unsigned long request, void *argument)

@@ -28,7 +28,6 @@ std::string device_stand_in();
 // The device as the program sees it. Results are non-negative, or a negated errno.
 // Returns the generation of the device opened; each absence of the device starts a new one.
 int device_open();
-void device_close(int generation);
 int device_ioctl(int generation, unsigned long request, void *argument);
 
 // The time in the transcript of a real device starts here, at the latest with the first exchange.

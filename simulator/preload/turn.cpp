@@ -125,7 +125,6 @@ void Turn::begin_power()
         board_.coprocessor.settle();
         check(board_.kept.save(board_.coprocessor, board_.device));
     }
-    (void)board_.shared.remove_dead();
     board_.power_on = now();
     board_.shared.power().on_ns = board_.power_on.count();
     board_.shared.power().is_spent = counts_time() ? 0 : 1;
@@ -144,7 +143,6 @@ void Turn::join_power()
     check(board_.kept.go_on_counting());
     board_.left = now();
     take_state();
-    forget_dead_programs();
 }
 
 void Turn::take_state()
@@ -167,16 +165,6 @@ void Turn::find_time(std::chrono::nanoseconds time_of_state)
         const std::chrono::nanoseconds on(board_.shared.power().on_ns);
         board_.power_on =
             board_.shared.power().is_spent ? std::min(on, now() - time_of_state) : board_.power_on;
-    }
-}
-
-// Of each that was opened by a program that did not live to close it, the last may have been that.
-void Turn::forget_dead_programs()
-{
-    for (const SharingProgram &program : board_.shared.remove_dead()) {
-        for (int32_t i = 0; i < program.opened; ++i) {
-            board_.device.close(program.generation);
-        }
     }
 }
 

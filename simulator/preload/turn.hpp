@@ -47,8 +47,6 @@ class Turn
     Turn(const Turn &) = delete;
     Turn &operator=(const Turn &) = delete;
 
-    void forget_dead_programs();
-
   private:
     void begin_power();
     void join_power();

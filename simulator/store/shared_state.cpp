@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstring>
 #include <fstream>
-#include <utility>
 
 namespace simulator
 {
@@ -15,7 +14,12 @@ namespace simulator
 namespace
 {
 
-constexpr char LAYOUT[16] = "virtual board 1"; // with the number of the layout
+bool is_here(const ProgramLife &program)
+{
+    return program.process != 0 && is_alive(program);
+}
+
+constexpr char LAYOUT[16] = "virtual board 2"; // with the number of the layout
 
 } // namespace
 
@@ -39,19 +43,16 @@ bool SharedState::is_used(const std::string &directory)
         bytes.compare(0, sizeof(LAYOUT), LAYOUT, 16) != 0) {
         return false;
     }
-    SharingProgram programs[MOST_PROGRAMS];
+    ProgramLife programs[MOST_PROGRAMS];
     memcpy(programs, &bytes[offsetof(File, programs)], sizeof(programs));
-    return std::ranges::any_of(programs, [](const SharingProgram &program) {
-        return program.life.process != 0 && is_alive(program.life);
-    });
+    return std::ranges::any_of(programs, is_here);
 }
 
 bool SharedState::has_died(const void *file, uint32_t process)
 {
     const auto &programs = static_cast<const File *>(file)->programs;
-    const auto *const found = std::ranges::find_if(
-        programs, [process](const auto &program) { return program.life.process == process; });
-    return !is_alive(found == std::end(programs) ? ProgramLife{process, 0, 0} : found->life);
+    const auto *const found = std::ranges::find(programs, process, &ProgramLife::process);
+    return !is_alive(found == std::end(programs) ? ProgramLife{process, 0, 0} : *found);
 }
 
 SharedState::Joined SharedState::take()
@@ -70,39 +71,34 @@ void SharedState::leave()
 SharedState::Joined SharedState::join()
 {
     self_ = this_program();
-    const std::vector<SharingProgram> dead = remove_dead();
+    remove_dead();
     const bool alone = is_alone();
     auto &programs = file_->programs;
-    own_ = std::ranges::find(programs, self_, &SharingProgram::life);
-    const bool was_here = own_ != std::end(programs); // and has executed another program since
+    auto *own = std::ranges::find(programs, self_);
+    const bool was_here = own != std::end(programs); // and has executed another program since
     if (!was_here) {
-        own_ = std::ranges::find(programs, 0U, [](const auto &at) { return at.life.process; });
+        own = std::ranges::find(programs, 0U, &ProgramLife::process);
     }
-    if (own_ == std::end(programs)) {
+    if (own == std::end(programs)) {
         self_ = {};
         return Joined::too_many;
     }
-    own_->life = self_;
+    *own = self_;
     seen_ = 0;
-    dead_ = dead;
     return alone && !was_here ? Joined::first : Joined::now;
 }
 
-std::vector<SharingProgram> SharedState::remove_dead()
+void SharedState::remove_dead()
 {
-    std::vector<SharingProgram> dead = std::exchange(dead_, {});
-    for (SharingProgram &program : file_->programs) {
-        if (program.life.process != 0 && !is_alive(program.life)) {
-            dead.push_back(std::exchange(program, SharingProgram()));
-        }
+    for (ProgramLife &program : file_->programs) {
+        program = is_here(program) ? program : ProgramLife();
     }
-    return dead;
 }
 
 bool SharedState::is_alone() const
 {
-    return std::ranges::all_of(file_->programs, [this](const SharingProgram &program) {
-        return program.life.process == 0 || program.life == self_;
+    return std::ranges::none_of(file_->programs, [this](const ProgramLife &program) {
+        return program != self_ && is_here(program);
     });
 }
 
@@ -117,6 +113,19 @@ const RunningState &SharedState::state()
 {
     seen_ = file_->commits;
     return copy(seen_);
+}
+
+bool SharedState::change(void (*make_change)(RunningState &state))
+{
+    take_lock(file_->lock, static_cast<uint32_t>(getpid()), has_died, file_);
+    const bool is_used = has_state() && std::ranges::any_of(file_->programs, is_here);
+    if (is_used) {
+        RunningState state = copy(file_->commits);
+        make_change(state);
+        commit(state);
+    }
+    leave();
+    return is_used;
 }
 
 void SharedState::commit(const RunningState &state)

@@ -11,7 +11,6 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace simulator
 {
@@ -39,13 +38,6 @@ struct SavedState {
 };
 static_assert(std::has_unique_object_representations_v<SavedState>);
 
-// A program that uses the board.
-struct SharingProgram {
-    ProgramLife life;
-    int32_t opened = 0;     // descriptors of the device
-    int32_t generation = 0; // of the device that they belong to
-};
-
 // What brought the power is the same for all that use it.
 struct Power {
     int64_t on_ns = 0;       // when it came, by the clock of the program that brought it
@@ -72,10 +64,7 @@ class SharedState
 
     // Only with the lock:
 
-    // The programs that have died since the last look are removed and returned.
-    std::vector<SharingProgram> remove_dead();
     bool is_alone() const;
-    SharingProgram &own() { return *own_; }
     Power &power() { return file_->power; }
     SavedState &saved() { return file_->saved; }
 
@@ -84,6 +73,10 @@ class SharedState
     bool has_state() const;
     bool is_news() const { return seen_ != file_->commits; }
     const RunningState &state();
+
+    // Without the lock, and without joining: changes the state that was committed last. False if no
+    // program uses the board.
+    bool change(void (*make_change)(RunningState &state));
 
     // From here on it has happened. Then the change of the flash is made, and noted as made.
     void commit(const RunningState &state);
@@ -97,7 +90,7 @@ class SharedState
         LockWord lock;
         std::atomic<uint32_t> commits; // the last one is in the copy of its lowest bit
         Power power;
-        SharingProgram programs[MOST_PROGRAMS];
+        ProgramLife programs[MOST_PROGRAMS];
         SavedState saved;
         RunningState copies[2];
     };
@@ -105,12 +98,11 @@ class SharedState
     static bool has_died(const void *file, uint32_t process);
     RunningState &copy(uint32_t commits) const { return file_->copies[commits % 2]; }
     Joined join();
+    void remove_dead();
 
     File *file_ = nullptr;
-    SharingProgram *own_ = nullptr;
     ProgramLife self_;
-    uint32_t seen_ = 0;                // commits
-    std::vector<SharingProgram> dead_; // removed, and not yet returned
+    uint32_t seen_ = 0; // commits
 };
 
 } // namespace simulator

@@ -26,7 +26,7 @@ LiveBoard::LiveBoard(const simulator::Behaviour &behaviour)
 {
     running_board = this;
     stm_link = {};
-    device_.open();
+    device_.open(true);
     uint32_t speed_hz = STM_SPI_SPEED_HZ;
     device_.ioctl(SPI_IOC_WR_MAX_SPEED_HZ, &speed_hz);
 }

@@ -154,15 +154,32 @@ TEST_F(SharedBoard, is_free_when_its_program_has_died_whether_anybody_took_note_
         }
         EXPECT_EQ(shared.take(), Joined::before);
         EXPECT_EQ(shared.state().time_ns, 1);
-        const std::vector<SharingProgram> dead = shared.remove_dead();
-        ASSERT_EQ(dead.size(), 1U);
-        EXPECT_EQ(dead[0].life.process, static_cast<uint32_t>(other));
         EXPECT_TRUE(shared.is_alone());
         shared.leave();
         if (!noted) {
             finish(other);
         }
     }
+}
+
+TEST_F(SharedBoard, is_changed_by_others_while_programs_use_it_and_by_nobody_else)
+{
+    const auto change = [](RunningState &state) { ++state.time_ns; };
+    EXPECT_FALSE(shared.change(change)) << "it has no state";
+    const pid_t user = start([](SharedState &others) {
+        others.take();
+        others.commit(at(1));
+        others.leave();
+        return 0;
+    });
+    finish(user);
+    EXPECT_FALSE(shared.change(change)) << "nobody uses it";
+    shared.take();
+    EXPECT_EQ(shared.state().time_ns, 1);
+    EXPECT_FALSE(shared.is_news());
+    shared.leave();
+    EXPECT_TRUE(shared.change(change));
+    EXPECT_EQ(shared.state().time_ns, 2);
 }
 
 TEST_F(SharedBoard, is_one_programs_at_a_time)

@@ -126,16 +126,16 @@ TEST_F(SpiDeviceTest, is_gone_from_the_first_moment_to_the_last_and_then_there_a
     SpiDevice device = device_with({{FaultKind::absence, ALWAYS, 0, seconds_from_to(2, 4)}});
     Bytes received(1);
     device.advance_to(nanoseconds(1'999'999'999));
-    EXPECT_EQ(device.open(), 0);
+    EXPECT_EQ(device.open(true), 0);
     EXPECT_EQ(exchange(device, {0x91}, received), 1);
     for (const int64_t time : {int64_t{2'000'000'000}, int64_t{3'999'999'999}}) {
         device.advance_to(nanoseconds(time));
-        EXPECT_EQ(device.open(), -ENOENT);
+        EXPECT_EQ(device.open(true), -ENOENT);
         EXPECT_EQ(exchange(device, {0x44}, received), -ESHUTDOWN);
     }
     device.advance_to(nanoseconds(4'000'000'000));
     EXPECT_EQ(exchange(device, {0x44}, received), -ESHUTDOWN);
-    EXPECT_EQ(device.open(), 1);
+    EXPECT_EQ(device.open(true), 1);
     const Bytes sent = {0x44};
     spi_ioc_transfer poll = transfer(sent, received);
     EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(1), &poll, 1), 1);
@@ -146,22 +146,25 @@ TEST_F(SpiDeviceTest, is_gone_from_the_first_moment_to_the_last_and_then_there_a
 TEST_F(SpiDeviceTest, comes_back_with_its_defaults_which_an_old_descriptor_leaves_alone)
 {
     SpiDevice device = device_with({{FaultKind::absence, ALWAYS, 0, seconds_from_to(2, 4)}});
-    EXPECT_EQ(device.open(), 0);
+    EXPECT_EQ(device.open(true), 0);
     uint32_t speed_hz = 6'000'000;
     uint8_t mode = 3;
     EXPECT_EQ(device.ioctl(SPI_IOC_WR_MAX_SPEED_HZ, &speed_hz), 0);
     EXPECT_EQ(device.ioctl(SPI_IOC_WR_MODE, &mode), 0);
     device.advance_to(std::chrono::seconds(5));
-    EXPECT_EQ(device.open(), 1);
+    EXPECT_EQ(device.open(true), 1);
     EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz, 1), 0);
     EXPECT_EQ(speed_hz, 1'000'000U);
     EXPECT_EQ(device.ioctl(SPI_IOC_RD_MODE, &mode, 1), 0);
     EXPECT_EQ(mode, 0);
     speed_hz = 2'000'000;
     EXPECT_EQ(device.ioctl(SPI_IOC_WR_MAX_SPEED_HZ, &speed_hz, 1), 0);
-    device.close(0);
+    EXPECT_EQ(device.open(false), 1);
     EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz, 1), 0);
-    EXPECT_EQ(speed_hz, 2'000'000U) << "the close of an old one is not the last close";
+    EXPECT_EQ(speed_hz, 2'000'000U);
+    EXPECT_EQ(device.open(true), 1);
+    EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz, 1), 0);
+    EXPECT_EQ(speed_hz, 1'000'000U) << "all others were closed";
     for (const unsigned long request : {static_cast<unsigned long>(SPI_IOC_WR_MAX_SPEED_HZ),
                                         static_cast<unsigned long>(SPI_IOC_RD_MODE), 0x5401UL,
                                         static_cast<unsigned long>(SPI_IOC_MESSAGE(0))}) {
@@ -174,11 +177,11 @@ TEST_F(SpiDeviceTest, can_be_gone_several_times)
     SpiDevice device = device_with({{FaultKind::absence, ALWAYS, 0, seconds_from_to(6, 7)},
                                     {FaultKind::absence, ALWAYS, 0, seconds_from_to(2, 4)}});
     device.advance_to(std::chrono::seconds(5));
-    EXPECT_EQ(device.open(), 1);
+    EXPECT_EQ(device.open(true), 1);
     device.advance_to(std::chrono::seconds(6));
-    EXPECT_EQ(device.open(), -ENOENT);
+    EXPECT_EQ(device.open(true), -ENOENT);
     device.advance_to(std::chrono::seconds(7));
-    EXPECT_EQ(device.open(), 2);
+    EXPECT_EQ(device.open(true), 2);
     uint32_t speed_hz = 0;
     EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz, 1), -ESHUTDOWN);
     EXPECT_EQ(device.ioctl(SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz, 2), 0);
@@ -198,8 +201,8 @@ TEST_F(SpiDeviceTest, fails_the_exchange_of_a_fault_and_no_other)
 
 TEST_F(SpiDeviceTest, cannot_be_opened_when_it_is_not_there)
 {
-    EXPECT_EQ(device_with({}).open(), 0);
-    EXPECT_EQ(device_with({{FaultKind::no_device, ALWAYS, EACCES}}).open(), -EACCES);
+    EXPECT_EQ(device_with({}).open(true), 0);
+    EXPECT_EQ(device_with({{FaultKind::no_device, ALWAYS, EACCES}}).open(true), -EACCES);
 }
 
 TEST_F(SpiDeviceTest, refuses_its_clock_by_fault_and_keeps_its_own)

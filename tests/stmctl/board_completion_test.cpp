@@ -87,6 +87,16 @@ TEST_F(BoardCompletion, offers_after_the_options_what_the_command_has)
     EXPECT_EQ(offered({"virtual-board", "update", "-firmware", "im"}), "image.bin");
 }
 
+TEST_F(BoardCompletion, offers_the_orders_to_a_board)
+{
+    ASSERT_EQ(run({"mkdir", "my-board"}).status, 0);
+    EXPECT_TRUE((offered({"virtual-board", "tel"}) + ' ').ends_with("tell "));
+    EXPECT_FALSE((offered({"virtual-board", "--count-time", "tel"}) + ' ').ends_with("tell "));
+    EXPECT_EQ(offered({"virtual-board", "tell", "m"}), "my-board");
+    EXPECT_EQ(offered({"virtual-board", "tell", "my-board", "r"}), "restart restart=boot-loader");
+    EXPECT_EQ(offered({"virtual-board", "tell", "my-board", "gone", ""}), "");
+}
+
 TEST_F(BoardCompletion, is_there_for_zsh)
 {
     if (run({"bash", "-c", "command -v zsh"}).status != 0) {
@@ -96,7 +106,9 @@ TEST_F(BoardCompletion, is_there_for_zsh)
     EXPECT_EQ(offered_by_zsh({"virtual-board", "--fault", "re"}), "restart@t= ");
     EXPECT_EQ(offered_by_zsh({"virtual-board", "--fault=fl"}), "flip@ ");
     EXPECT_EQ(offered_by_zsh({"virtual-board", "--board", ""}), "files ");
-    EXPECT_EQ(offered_by_zsh({"virtual-board", ""}), "commands ");
+    EXPECT_EQ(offered_by_zsh({"virtual-board", ""}), "tell commands ");
+    EXPECT_EQ(offered_by_zsh({"virtual-board", "tell", ""}), "files ");
+    EXPECT_EQ(offered_by_zsh({"virtual-board", "tell", "b", "b"}), "back ");
     EXPECT_EQ(offered_by_zsh({"virtual-board", "--board", "b", "stmctl", "fl"}),
               "of the command: stmctl fl, 2");
 }

@@ -26,6 +26,7 @@ constexpr const char *PASSED_OVER[] = {
     "usermod ",
     "virtual-board [OPTIONS]",
     "virtual-board --emulator",
+    "virtual-board tell",
     "    --preload",
 };
 

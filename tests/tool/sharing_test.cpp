@@ -140,6 +140,34 @@ TEST_F(Sharing, one_that_is_killed_in_an_exchange_leaves_the_wire_to_the_next)
     EXPECT_EQ(transcript().back().sent, (Bytes{0xEE, 2, 0, 0, 0xEE}));
 }
 
+// All of them keep the power on; the first one has closed the device.
+TEST_F(Sharing, the_clock_lasts_as_long_as_any_program_has_the_device_open)
+{
+    const pid_t holder = start(on_board_in_real_time(
+        {}, {probe_program("timeline"), "open", "ver", "0", "close", "0", "wait", "1000000000"}));
+    wait_for_lines(2);
+    const auto seen_by = [&](const Words &steps) {
+        Words command = {probe_program("timeline")};
+        command.insert(command.end(), steps.begin(), steps.end());
+        return run(on_board_in_real_time({}, command)).output;
+    };
+    const std::string usual = joined({"open: done", "speed: done 1000000"});
+    EXPECT_EQ(seen_by({"open", "speed", "0", "die", "9"}), "");
+    EXPECT_EQ(seen_by({"open", "speed", "0"}), usual) << "a killed one has closed it, too";
+    EXPECT_EQ(seen_by({"open", "speed", "0", "dup", "0", "close", "0", "speed", "1", "close", "1",
+                       "open", "speed", "2"}),
+              usual + joined({"dup: done", "close: done", "speed: done 2000000", "close: done",
+                              "open: done", "speed: done 1000000"}));
+    const pid_t opener = start(on_board_in_real_time(
+        {}, {probe_program("timeline"), "openw", "speed", "0", "ver", "0", "wait", "1000000000"}));
+    wait_for_lines(4);
+    EXPECT_EQ(seen_by({"openw", "speed", "0"}), joined({"openw: done", "speed: done 2000000"}));
+    for (const pid_t program : {holder, opener}) {
+        kill(program, SIGKILL);
+        finish(program);
+    }
+}
+
 // Whatever was removed or spoilt while nobody used the board is made anew.
 TEST_F(Sharing, the_power_comes_again_whatever_became_of_the_shared_files)
 {

@@ -1,13 +1,16 @@
 /* Uses the device step by step, as its arguments say, and prints what comes of each:
 
      open       opens the device once more; the descriptors are counted from 0
+     openw      the same, only to write
      ver N      asks the co-processor for its version through descriptor N
      mode N     asks it for its mode
      long N     exchanges 8192 bytes
      speed N    shows the clock, then sets it to 2 MHz
      close N    closes it
+     dup N      opens a duplicate of it
      same N M   whether both are of the same file
      wait MS    lets so many milliseconds pass
+     tell PROGRAM FOLDER ORDER  another program tells the board
      die N      is killed by signal N */
 #define _GNU_SOURCE
 #include <errno.h>
@@ -20,6 +23,7 @@
 #include <string.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #define MOST 16
@@ -71,10 +75,22 @@ static void compare(int first, int second)
     printf("same: %s\n", one.st_ino == other.st_ino ? "yes" : "no");
 }
 
-static void open_device(void)
+static void tell(char **words)
 {
-    int fd = open("/dev/spidev1.0", O_RDWR);
-    printf("open: %s\n", result_name(fd));
+    char *environment[] = {NULL};
+    int status = 0;
+    fflush(stdout);
+    if (fork() == 0) {
+        execle(words[0], words[0], "tell", words[1], words[2], (char *)NULL, environment);
+        _exit(127);
+    }
+    wait(&status);
+    printf("tell: %d\n", WEXITSTATUS(status));
+}
+
+static void take_descriptor(const char *step, int fd)
+{
+    printf("%s: %s\n", step, result_name(fd));
     if (fd >= 0 && count < MOST) {
         opened[count++] = fd;
     }
@@ -93,6 +109,8 @@ static void use(const char *step, int fd)
         printf("long: %s\n", result_name(exchange(fd, zeroes, sizeof(zeroes))));
     } else if (strcmp(step, "speed") == 0) {
         show_speed(fd);
+    } else if (strcmp(step, "dup") == 0) {
+        take_descriptor(step, dup(fd));
     } else if (strcmp(step, "close") == 0) {
         printf("close: %s\n", result_name(close(fd)));
     }
@@ -103,7 +121,16 @@ int main(int argc, char **argv)
     for (int at = 1; at < argc; ++at) {
         const char *step = argv[at];
         if (strcmp(step, "open") == 0) {
-            open_device();
+            take_descriptor(step, open("/dev/spidev1.0", O_RDWR));
+            continue;
+        }
+        if (strcmp(step, "openw") == 0) {
+            take_descriptor(step, open("/dev/spidev1.0", O_WRONLY));
+            continue;
+        }
+        if (strcmp(step, "tell") == 0 && at + 3 < argc) {
+            tell(argv + at + 1);
+            at += 3;
             continue;
         }
         const int number = at + 1 < argc ? atoi(argv[++at]) : 0;

@@ -1,0 +1,61 @@
+// The open descriptors of the device, in all programs.
+#include "simulator/preload/descriptors.hpp"
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace simulator
+{
+
+namespace
+{
+
+// All that can be read have the first byte in common. A lock that is not shared needs no permission to
+// read: one that can only be written has a byte of its own.
+constexpr off64_t SHARED_BYTE = 0;
+constexpr off64_t FIRST_OWN_BYTE = 1;
+constexpr off64_t OWN_BYTES = 1024;
+
+flock64 lock_on(int kind, off64_t from, off64_t length)
+{
+    flock64 lock = {};
+    lock.l_type = static_cast<short>(kind);
+    lock.l_whence = SEEK_SET;
+    lock.l_start = from;
+    lock.l_len = length;
+    return lock;
+}
+
+bool take(int fd, int kind, off64_t byte)
+{
+    flock64 lock = lock_on(kind, byte, 1);
+    return fcntl64(fd, F_OFD_SETLK, &lock) == 0;
+}
+
+} // namespace
+
+void note_descriptor(int fd)
+{
+    if (fd < 0 || take(fd, F_RDLCK, SHARED_BYTE)) {
+        return;
+    }
+    for (off64_t i = 0; i < OWN_BYTES; ++i) {
+        if (take(fd, F_WRLCK, FIRST_OWN_BYTE + i)) {
+            return;
+        }
+    }
+}
+
+bool has_descriptors(const std::string &stand_in)
+{
+    const int fd = open(stand_in.c_str(), O_RDONLY | O_CLOEXEC);
+    flock64 lock = lock_on(F_WRLCK, 0, 0);
+    const bool found = fd >= 0 && fcntl64(fd, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    if (fd >= 0) {
+        (void)syscall(SYS_close, fd); // close may be intercepted by others
+    }
+    return found;
+}
+
+} // namespace simulator
