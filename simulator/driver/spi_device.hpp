@@ -52,8 +52,6 @@ struct DriverState {
 static_assert(std::is_trivially_copyable_v<DriverState>);
 static_assert(std::has_unique_object_representations_v<DriverState>);
 
-struct MessageLength;
-
 // The number of transfers of an SPI_IOC_MESSAGE request, or -1 for any other request.
 int transfers_of(unsigned long request);
 
@@ -74,22 +72,32 @@ class SpiDevice
     // Returns the generation of what was opened. Nothing works with an older one. The first open after the
     // last close finds the default clock.
     int open(bool is_first);
+    bool is_gone() const { return state_.is_gone; }
     // When a program closes the device, the driver keeps the mode that the program set.
     uint32_t mode() const { return state_.mode; }
-    void set_mode(uint32_t mode) { state_.mode = mode; }
+    void keep_mode(uint32_t mode);
 
     const DriverState &state() const { return state_; }
     void set_state(const DriverState &state) { state_ = state; }
 
     int ioctl(unsigned long request, void *argument, int generation = 0);
 
+    // Exchanges in which the bytes of one direction do not matter: a read sends zeros.
+    int read(void *to, size_t size, int generation = 0);
+    int write(const void *from, size_t size, int generation = 0);
+
   private:
+    bool is_dead(int generation) const;
+    int half_exchange(const spi_ioc_transfer &transfer, size_t size, int generation);
     int message(std::span<const spi_ioc_transfer> transfers, int refusal);
-    int fetch(std::span<const spi_ioc_transfer> transfers, const MessageLength &length);
+    int fetch(std::span<const spi_ioc_transfer> transfers);
+    bool fetch_bytes(const spi_ioc_transfer &transfer);
+    int deliver(std::span<const spi_ioc_transfer> transfers) const;
     int exchange_bytes(std::span<const spi_ioc_transfer> transfers);
     std::chrono::nanoseconds time_of(std::span<const spi_ioc_transfer> transfers) const;
     int configure(unsigned long request, void *argument);
     int set_speed(uint32_t speed_hz);
+    int set_mode(uint32_t mode);
     template <typename Setting, typename Take>
     int take(const void *argument, Take take);
     template <typename Setting>

@@ -33,7 +33,7 @@ std::string KeptState::load(Coprocessor &coprocessor, SpiDevice &device)
     if (error.empty()) {
         saved.received_settings = coprocessor.received_settings();
         error = directory_.load_spi_mode(saved.spi_mode);
-        device.set_mode(saved.spi_mode);
+        device.keep_mode(saved.spi_mode);
     }
     return error;
 }

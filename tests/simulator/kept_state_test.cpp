@@ -49,7 +49,7 @@ TEST_F(KeptBoard, has_each_new_mode_in_its_file)
     EXPECT_EQ(mode_after({0x83}), "application\n");
     EXPECT_EQ(mode_after({0x81, 0, 0, 0, 0, 0, 0, 0xAA}), "boot loader\n");
     for (const uint32_t spi_mode : {8U, 0U, 8U}) {
-        device.set_mode(spi_mode);
+        device.keep_mode(spi_mode);
         EXPECT_EQ(kept.save(coprocessor, device), "");
         EXPECT_EQ(content("spi-mode"), std::to_string(spi_mode) + '\n');
     }

@@ -255,6 +255,59 @@ TEST_F(SpiDeviceTest, keeps_mode_and_gives_it_back)
     EXPECT_EQ(bits, 8);
 }
 
+TEST_F(SpiDeviceTest, has_the_modes_of_its_controller_and_drops_more_lines)
+{
+    SpiDevice device = device_with({});
+    const auto set = [&](uint32_t mode) { return device.ioctl(SPI_IOC_WR_MODE32, &mode); };
+    EXPECT_EQ(set(SPI_MODE_3 | SPI_CS_HIGH | SPI_LSB_FIRST), 0);
+    EXPECT_EQ(device.mode(), 0xFU);
+    for (int bit = 4; bit < 32; ++bit) {
+        const bool is_dropped = (bit >= 8 && bit <= 11) || bit == 13 || bit == 14;
+        EXPECT_EQ(set(SPI_MODE_1 | 1U << bit), is_dropped ? 0 : -EINVAL) << bit;
+        EXPECT_EQ(device.mode(), is_dropped ? SPI_MODE_1 : 0xFU) << bit;
+        EXPECT_EQ(set(0xF), 0);
+    }
+    EXPECT_EQ(set(SPI_TX_DUAL | SPI_TX_QUAD), -EINVAL);
+    EXPECT_EQ(set(SPI_RX_DUAL | SPI_RX_QUAD), -EINVAL);
+    EXPECT_EQ(set(SPI_TX_DUAL | SPI_RX_QUAD), 0);
+    device.keep_mode(0x101);
+    EXPECT_EQ(device.mode(), 1U) << "what a file says of other modes";
+}
+
+TEST_F(SpiDeviceTest, reads_while_it_sends_zeros_and_writes_without_looking_at_what_comes)
+{
+    SpiDevice device = device_with({});
+    const Bytes question = {0x91};
+    EXPECT_EQ(device.write(question.data(), 1), 1);
+    Bytes received(3, 0x77);
+    EXPECT_EQ(exchange(device, {0x44}, received), 1);
+    EXPECT_EQ(received[0], 5);
+    EXPECT_EQ(device.read(received.data(), 2), 2);
+    EXPECT_EQ(received, (Bytes{0, 0, 0x77}));
+    const Bytes many(4097);
+    EXPECT_EQ(device.write(many.data(), 4097), -EMSGSIZE);
+    EXPECT_EQ(device.write(many.data(), 0), 0);
+    EXPECT_EQ(device.read(nullptr, 4), -EFAULT);
+    EXPECT_EQ(device.write(nullptr, 4), -EFAULT);
+    EXPECT_EQ(device.read(received.data(), 2, 1), -ESHUTDOWN);
+    EXPECT_EQ(seen, (std::vector<int>{1, 2, 3, 4, 5, 6}));
+}
+
+TEST_F(SpiDeviceTest, sends_nothing_for_a_transfer_without_buffers)
+{
+    SpiDevice device = device_with({});
+    const Bytes sent = {0x91};
+    Bytes received(1);
+    spi_ioc_transfer two[] = {{}, transfer(sent, received)};
+    two[0].len = 0x7FFF'FFFE;
+    EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(2), two), 0x7FFF'FFFF);
+    EXPECT_EQ(passed, nanoseconds(8000));
+    EXPECT_EQ(exchange(device, {0x44}, received), 1);
+    EXPECT_EQ(received[0], 5);
+    two[0].len = 0x7FFF'FFFF;
+    EXPECT_EQ(device.ioctl(SPI_IOC_MESSAGE(2), two), -EMSGSIZE);
+}
+
 TEST_F(SpiDeviceTest, knows_a_message_by_its_request)
 {
     EXPECT_EQ(transfers_of(_IOC(_IOC_WRITE, SPI_IOC_MAGIC, 0, 0)), 0);
