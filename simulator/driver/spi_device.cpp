@@ -268,18 +268,13 @@ int SpiDevice::set_speed(uint32_t speed_hz)
     return 0;
 }
 
-void SpiDevice::keep_mode(uint32_t mode)
-{
-    state_.mode = mode & POSSIBLE_MODES;
-}
-
 int SpiDevice::set_mode(uint32_t mode)
 {
     if ((mode & ~(POSSIBLE_MODES | DROPPED_MODES)) != 0 || has_both(mode, LINES_OUT) ||
         has_both(mode, LINES_IN)) {
         return -EINVAL;
     }
-    keep_mode(mode);
+    state_.mode = mode & POSSIBLE_MODES;
     return 0;
 }
 

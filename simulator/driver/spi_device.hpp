@@ -75,7 +75,7 @@ class SpiDevice
     bool is_gone() const { return state_.is_gone; }
     // When a program closes the device, the driver keeps the mode that the program set.
     uint32_t mode() const { return state_.mode; }
-    void keep_mode(uint32_t mode);
+    void keep_mode(uint32_t mode) { state_.mode = mode; }
 
     const DriverState &state() const { return state_; }
     void set_state(const DriverState &state) { state_ = state; }

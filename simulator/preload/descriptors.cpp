@@ -1,9 +1,13 @@
 // The open descriptors of the device, in all programs.
 #include "simulator/preload/descriptors.hpp"
 
+#include "simulator/preload/real_calls.hpp"
+
 #include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 namespace simulator
 {
@@ -15,7 +19,10 @@ namespace
 // read: one that can only be written has a byte of its own.
 constexpr off64_t SHARED_BYTE = 0;
 constexpr off64_t FIRST_OWN_BYTE = 1;
-constexpr off64_t OWN_BYTES = 1024;
+
+// Not this library's own, which knows nothing of these locks.
+constinit RealCall<int(int, int, ...)> real_fcntl64("fcntl64");
+constinit RealCall<off64_t(int, off64_t, int)> real_lseek64("lseek64");
 
 flock64 lock_on(int kind, off64_t from, off64_t length)
 {
@@ -30,18 +37,23 @@ flock64 lock_on(int kind, off64_t from, off64_t length)
 bool take(int fd, int kind, off64_t byte)
 {
     flock64 lock = lock_on(kind, byte, 1);
-    return fcntl64(fd, F_OFD_SETLK, &lock) == 0;
+    return real_fcntl64(fd, F_OFD_SETLK, &lock) == 0;
 }
 
 } // namespace
 
+// The program's own locks are behind these, also those that begin where it reads and writes.
 void note_descriptor(int fd)
 {
-    if (fd < 0 || take(fd, F_RDLCK, SHARED_BYTE)) {
+    if (fd < 0) {
         return;
     }
-    for (off64_t i = 0; i < OWN_BYTES; ++i) {
-        if (take(fd, F_WRLCK, FIRST_OWN_BYTE + i)) {
+    (void)real_lseek64(fd, PLACES_OF_DESCRIPTORS, SEEK_SET);
+    if (take(fd, F_RDLCK, SHARED_BYTE)) {
+        return;
+    }
+    for (off64_t byte = FIRST_OWN_BYTE; byte < PLACES_OF_DESCRIPTORS; ++byte) {
+        if (take(fd, F_WRLCK, byte) || errno != EAGAIN) {
             return;
         }
     }
@@ -50,8 +62,9 @@ void note_descriptor(int fd)
 bool has_descriptors(const std::string &stand_in)
 {
     const int fd = open(stand_in.c_str(), O_RDONLY | O_CLOEXEC);
-    flock64 lock = lock_on(F_WRLCK, 0, 0);
-    const bool found = fd >= 0 && fcntl64(fd, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    flock64 lock = lock_on(F_WRLCK, SHARED_BYTE, PLACES_OF_DESCRIPTORS);
+    const bool found =
+        fd >= 0 && real_fcntl64(fd, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
     if (fd >= 0) {
         (void)syscall(SYS_close, fd); // close may be intercepted by others
     }

@@ -8,6 +8,9 @@
 namespace simulator
 {
 
+// The first bytes of the stand-in's file, which need not exist to be locked.
+inline constexpr int PLACES_OF_DESCRIPTORS = 1024;
+
 // From now on this is an open descriptor of the device, until the last of its duplicates is closed.
 void note_descriptor(int fd);
 

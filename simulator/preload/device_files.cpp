@@ -1,6 +1,9 @@
 // The files by which descriptors of the device are recognised.
 #include "simulator/preload/device_files.hpp"
 
+#include "simulator/preload/program.hpp"
+#include "simulator/preload/real_calls.hpp"
+
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -16,9 +19,15 @@ namespace simulator
 namespace
 {
 
+// Not this library's own, which shows a device in the place of the file. The wide ones hold the numbers of
+// all files, whatever this library was built for.
+constinit RealCall<int(int, struct stat64 *)> real_fstat64("fstat64");
+constinit RealCall<int(const char *, struct stat64 *)> real_stat64("stat64");
+constinit RealCall<void *(void *, size_t, int, int, int, off64_t)> real_mmap64("mmap64");
+
 struct DeviceFile {
     dev_t device;
-    ino_t inode;
+    ino64_t inode;
     std::atomic<int> generation;
     DeviceFile *next;
 };
@@ -27,7 +36,7 @@ struct DeviceFile {
 // there has been, normally one.
 std::atomic<DeviceFile *> device_files = nullptr;
 
-DeviceFile *find(const struct stat &file)
+DeviceFile *find(const struct stat64 &file)
 {
     DeviceFile *at = device_files;
     while (at != nullptr && (at->device != file.st_dev || at->inode != file.st_ino)) {
@@ -36,7 +45,7 @@ DeviceFile *find(const struct stat &file)
     return at;
 }
 
-void add(const struct stat &file, int generation)
+void add(const struct stat64 &file, int generation)
 {
     auto *fresh = new DeviceFile{file.st_dev, file.st_ino, generation, device_files};
     while (!device_files.compare_exchange_weak(fresh->next, fresh)) {
@@ -47,7 +56,7 @@ void add(const struct stat &file, int generation)
 // get that number and be taken for the device. The mapping also keeps the open file alive, and with
 // it any lock that the program holds on it beyond its descriptor: therefore the file is opened once
 // more.
-void keep_inode(int fd, const struct stat &file)
+void keep_inode(int fd, const struct stat64 &file)
 {
     if (!S_ISREG(file.st_mode)) {
         return;
@@ -55,8 +64,8 @@ void keep_inode(int fd, const struct stat &file)
     const std::string name = "/proc/self/fd/" + std::to_string(fd);
     const int own = open(name.c_str(), O_RDONLY | O_CLOEXEC);
     if (own >= 0) {
-        (void)mmap(nullptr, static_cast<size_t>(sysconf(_SC_PAGESIZE)), PROT_NONE, MAP_SHARED, own,
-                   0);
+        (void)real_mmap64(nullptr, static_cast<size_t>(sysconf(_SC_PAGESIZE)), PROT_NONE,
+                          MAP_SHARED, own, 0);
         (void)syscall(SYS_close, own); // close belongs to the program, and may be intercepted
     }
 }
@@ -65,8 +74,8 @@ void keep_inode(int fd, const struct stat &file)
 
 void know_device_file(int fd, int generation)
 {
-    struct stat file = {};
-    if (fd < 0 || fstat(fd, &file) != 0) {
+    struct stat64 file = {};
+    if (fd < 0 || real_fstat64(fd, &file) != 0) {
         return;
     }
     if (DeviceFile *known = find(file)) {
@@ -79,8 +88,8 @@ void know_device_file(int fd, int generation)
 
 void know_device_file_if_none_is(const char *path)
 {
-    struct stat file = {};
-    if (!knows_device_file() && stat(path, &file) == 0) {
+    struct stat64 file = {};
+    if (!knows_device_file() && real_stat64(path, &file) == 0) {
         add(file, 0);
     }
 }
@@ -92,12 +101,17 @@ bool knows_device_file()
 
 int device_generation(int fd)
 {
-    struct stat file = {};
-    if (!knows_device_file() || fstat(fd, &file) != 0) {
+    struct stat64 file = {};
+    if (!knows_device_file() || real_fstat64(fd, &file) != 0) {
         return NOT_OF_DEVICE;
     }
     const DeviceFile *known = find(file);
     return known != nullptr ? known->generation.load() : NOT_OF_DEVICE;
+}
+
+bool is_virtual_device(int fd)
+{
+    return device_generation(fd) != NOT_OF_DEVICE && !leaves_device_real();
 }
 
 } // namespace simulator

@@ -19,4 +19,7 @@ bool knows_device_file();
 // The generation of a descriptor's file, or NOT_OF_DEVICE.
 int device_generation(int fd);
 
+// Whether it is a descriptor of the device, and the device is not a real one.
+bool is_virtual_device(int fd);
+
 } // namespace simulator

@@ -6,6 +6,7 @@
 #include "simulator/preload/this_run.hpp"
 #include "simulator/preload/turn.hpp"
 
+#include <cerrno>
 #include <vector>
 
 namespace simulator
@@ -75,6 +76,34 @@ int device_ioctl(int generation, unsigned long request, void *argument)
     const Turn turn(board());
     begin_call(board());
     return board().device.ioctl(request, argument, generation);
+}
+
+int device_read(int generation, void *to, size_t size)
+{
+    const Turn turn(board());
+    begin_call(board());
+    return board().device.read(to, size, generation);
+}
+
+int device_write(int generation, const void *from, size_t size)
+{
+    const Turn turn(board());
+    begin_call(board());
+    return board().device.write(from, size, generation);
+}
+
+bool device_is_there()
+{
+    const Fault *missing = find_fault(run_options().behaviour.faults, FaultKind::no_device, ALWAYS);
+    if (missing != nullptr && missing->value == ENOENT) {
+        return false;
+    }
+    if (!SharedState::is_used(run_options().directory)) {
+        return true;
+    }
+    const Turn turn(board());
+    begin_call(board());
+    return !board().device.is_gone();
 }
 
 void record_real_message(std::span<const spi_ioc_transfer> transfers, int result)

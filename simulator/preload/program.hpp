@@ -29,6 +29,11 @@ std::string device_stand_in();
 // Returns the generation of the device opened; each absence of the device starts a new one.
 int device_open();
 int device_ioctl(int generation, unsigned long request, void *argument);
+int device_read(int generation, void *to, size_t size);
+int device_write(int generation, const void *from, size_t size);
+
+// Whether the device is there at the moment. Nobody's power comes for that.
+bool device_is_there();
 
 // The time in the transcript of a real device starts here, at the latest with the first exchange.
 void begin_transcript();

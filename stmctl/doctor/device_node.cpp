@@ -121,9 +121,6 @@ Finding judge_node(const DeviceNode &node)
                    remedy_of_opening(node.error));
     }
     const bool is_character_device = node.file && S_ISCHR(node.file->mode);
-    if (node.has_driver && !is_character_device) {
-        return good(fmt::format("{} is virtual: it behaves like a device node", DEVICE));
-    }
     if (node.error == 0 && !node.has_driver && is_character_device) {
         return bad(fmt::format("{} is a device, but not an SPI device", DEVICE),
                    "bind the driver spidev to it, see stmctl --help access");

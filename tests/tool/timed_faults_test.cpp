@@ -77,6 +77,17 @@ TEST_F(TimedFault, device_comes_back_with_its_own_clock_whatever_becomes_of_old_
                       "speed: done 2000000", "ver: 5"}));
 }
 
+TEST_F(TimedFault, device_that_is_gone_has_no_file)
+{
+    EXPECT_EQ(
+        steps({"--fault", "gone@t=2s..4s"}, "there open there wait 2000 there wait 2000 there"),
+        joined({"there: device", "open: done", "there: device", "there: ENOENT", "there: device"}));
+    EXPECT_EQ(steps({"--fault", "no-device"}, "there open"),
+              joined({"there: ENOENT", "open: ENOENT"}));
+    EXPECT_EQ(steps({"--fault", "no-device=EACCES"}, "there open"),
+              joined({"there: device", "open: EACCES"}));
+}
+
 TEST_F(TimedFault, device_can_be_gone_twice_and_from_the_begin_on)
 {
     EXPECT_EQ(steps({"--fault", "gone@t=0s..1s", "--fault", "gone@t=2s..3s"},
@@ -145,6 +156,16 @@ TEST_F(TimedFault, counts_of_the_board_are_in_its_folder_and_begin_anew_with_eac
     EXPECT_EQ(read_text("board/lives"),
               "life seconds measured delivered begun overrun discarded blocks\n"
               "1 1.000000 0 0 0 0 0 0\n");
+}
+
+TEST_F(TimedFault, counts_outlast_a_program_that_only_looks_at_the_device)
+{
+    run(on_board({}, {probe_program("front_end"), "records", "200", "3"}));
+    const std::string counts = read_text("board/counts");
+    EXPECT_EQ(steps({}, "there"), "there: device\n");
+    EXPECT_EQ(read_text("board/counts"), counts);
+    steps({}, "open");
+    EXPECT_NE(read_text("board/counts"), counts);
 }
 
 TEST_F(TimedFault, counts_outlast_a_program_that_is_killed)

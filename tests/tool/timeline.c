@@ -2,6 +2,7 @@
 
      open       opens the device once more; the descriptors are counted from 0
      openw      the same, only to write
+     there      whether there is a file of its name, and of which kind
      ver N      asks the co-processor for its version through descriptor N
      mode N     asks it for its mode
      long N     exchanges 8192 bytes
@@ -88,6 +89,15 @@ static void tell(char **words)
     printf("tell: %d\n", WEXITSTATUS(status));
 }
 
+static void look(void)
+{
+    struct stat file;
+    const int result = stat("/dev/spidev1.0", &file);
+    printf("there: %s\n", result < 0 || access("/dev/spidev1.0", F_OK) < 0 ? result_name(-1)
+                          : S_ISCHR(file.st_mode)                          ? "device"
+                                                                           : "file");
+}
+
 static void take_descriptor(const char *step, int fd)
 {
     printf("%s: %s\n", step, result_name(fd));
@@ -122,6 +132,10 @@ int main(int argc, char **argv)
         const char *step = argv[at];
         if (strcmp(step, "open") == 0) {
             take_descriptor(step, open("/dev/spidev1.0", O_RDWR));
+            continue;
+        }
+        if (strcmp(step, "there") == 0) {
+            look();
             continue;
         }
         if (strcmp(step, "openw") == 0) {

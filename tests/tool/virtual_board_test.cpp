@@ -395,6 +395,20 @@ TEST_F(VirtualBoard, listens_to_a_real_device_without_touching_it)
     EXPECT_EQ(transcript()[1].sent, Bytes{0x83});
 }
 
+// Its stand-in would refuse to seek; the file behind this device takes it.
+TEST_F(VirtualBoard, leaves_a_real_device_all_its_calls)
+{
+    const std::string fake = probe_program("libfake_driver.so");
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "an emulator loads one library only";
+    }
+    const Result result =
+        run({"env", ADMIT_INSTRUMENTED, "LD_PRELOAD=" + fake, TOOL_VIRTUAL_BOARD, "--through",
+             "--transcript", ".transcript", probe_program("device_probe"), "other calls of files"});
+    EXPECT_NE(result.output.find("lseek from the start: 0\n"), std::string::npos) << result.output;
+    EXPECT_EQ(result.status, 0);
+}
+
 TEST_F(VirtualBoard, passes_a_missing_real_device_on)
 {
     Words words = virtual_board({"--through", update_program(), "-ver"});

@@ -79,9 +79,9 @@ static void map(int fd)
 void ask_file_calls(void)
 {
     int fd = open_device(O_RDWR);
-    say("lseek from the start", lseek(fd, 0, SEEK_SET));
-    say("lseek from here", lseek(fd, 0, SEEK_CUR));
-    say("lseek from the end", lseek(fd, 0, SEEK_END));
+    say("lseek from the start", (long)lseek(fd, 0, SEEK_SET));
+    say("lseek from here", (long)lseek(fd, 0, SEEK_CUR));
+    say("lseek from the end", (long)lseek(fd, 0, SEEK_END));
     map(fd);
     say("fsync", fsync(fd));
     say("fdatasync", fdatasync(fd));

@@ -1,0 +1,52 @@
+// A program's call into the driver of its device.
+#include "simulator/preload/driver_call.hpp"
+
+#include <pthread.h>
+
+#include <cerrno>
+
+namespace simulator
+{
+
+namespace
+{
+
+pthread_mutex_t driver = PTHREAD_MUTEX_INITIALIZER;
+
+[[gnu::constructor]] void keep_driver_whole_over_forks()
+{
+    pthread_atfork([] { pthread_mutex_lock(&driver); }, [] { pthread_mutex_unlock(&driver); },
+                   [] { pthread_mutex_unlock(&driver); });
+}
+
+} // namespace
+
+DriverCall::DriverCall()
+{
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &before_);
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state_);
+    pthread_mutex_lock(&driver);
+}
+
+DriverCall::~DriverCall()
+{
+    pthread_mutex_unlock(&driver);
+    pthread_setcancelstate(cancel_state_, nullptr);
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+int result_or_errno(int result, int errno_before)
+{
+    errno = result < 0 ? -result : errno_before;
+    return result < 0 ? -1 : result;
+}
+
+int refuse(int error)
+{
+    errno = error;
+    return -1;
+}
+
+} // namespace simulator
