@@ -1,74 +1,20 @@
 // Goal: told as a story, with a writer and a reader that take turns: of n records the first batch
 // has n - 1, and each later one exactly what is new.
 #include "tests/ringbuffer/ring_fixture.hpp"
-
-#include <numeric>
+#include "tests/ringbuffer/turns.hpp"
 
 namespace
 {
 
-using Numbers = std::vector<int>;
-
-Numbers from_to(int first, int last)
-{
-    Numbers numbers(static_cast<size_t>(last - first + 1));
-    std::iota(numbers.begin(), numbers.end(), first);
-    return numbers;
-}
-
 // The fixture: a new segment, which is zero.
-class Story : public Ring
+class Story : public Ring, public Turns
 {
   protected:
     Story()
     {
         segment.assign(segment.size(), 0);
-        writer = RingBuffer_Open("w");
-        reader = RingBuffer_Open("r");
+        open();
     }
-
-    // Puts records with the numbers that follow.
-    void put(int records)
-    {
-        for (int i = 0; i < records; ++i) {
-            const RingRecord record = numbered_record(++latest);
-            EXPECT_EQ(RingBuffer_PutValue(writer, &record), 1);
-        }
-    }
-
-    // The numbers of the records that a reader takes at a look; 0 is a slot that was never filled.
-    Numbers read()
-    {
-        Numbers numbers;
-        if (begin() == 0) {
-            return numbers;
-        }
-        do {
-            numbers.push_back(next());
-        } while (RingBuffer_GetValuesLeft(reader) > 1);
-        return numbers;
-    }
-
-    int begin()
-    {
-        const int available = RingBuffer_NewValueAvailable(reader);
-        if (available == 1) {
-            EXPECT_EQ(RingBuffer_MarkLastValue(reader), 1);
-            EXPECT_NE(RingBuffer_GetFirstValue(reader), nullptr);
-        }
-        return available;
-    }
-
-    int next()
-    {
-        const RingRecord &record = *RingBuffer_GetNextValue(reader);
-        EXPECT_TRUE(record.rel_t == 0 || same_record(record, numbered_record(record.rel_t)));
-        return record.rel_t;
-    }
-
-    int writer = 0;
-    int reader = 0;
-    int latest = 0;
 };
 
 } // namespace
@@ -212,6 +158,68 @@ TEST_F(Story, a_writer_that_opens_again_starts_at_slot_0_with_the_count_of_befor
     EXPECT_EQ(value(COUNT), 8);
     EXPECT_EQ(slot_number(RingBuffer_GetWriteSlot(reader)), 2);
     EXPECT_EQ(read(), Numbers({0, 0, 0, 0, 0, 7, 8}));
+}
+
+TEST_F(Story, a_writer_that_opens_again_and_comes_to_the_mark_looks_like_none)
+{
+    put(5);
+    EXPECT_EQ(read(), from_to(2, 5));
+    writer = RingBuffer_Open("w");
+    put(5);
+    EXPECT_EQ(read(), Numbers());
+    put(1);
+    EXPECT_EQ(read(), from_to(6, 11));
+}
+
+TEST_F(Story, a_reader_that_opens_late_does_not_see_the_writer_come_to_slot_0)
+{
+    put(159);
+    reader = RingBuffer_Open("r");
+    put(1);
+    EXPECT_EQ(read(), Numbers());
+    put(1);
+    EXPECT_EQ(read(), Numbers({161}));
+}
+
+TEST_F(Story, a_record_that_is_put_while_the_count_is_full_is_never_counted)
+{
+    put(2);
+    read();
+    put(158);
+    EXPECT_EQ(begin(), 1);
+    put(1);
+    EXPECT_EQ(rest(), from_to(3, 160));
+    EXPECT_EQ(value(COUNT), 1);
+    EXPECT_EQ(read(), Numbers({2})); // the slot that is filled next
+    put(2);
+    EXPECT_EQ(read(), Numbers({163}));
+}
+
+TEST_F(Story, a_writer_that_comes_round_to_a_batch_has_newer_records_there_which_come_again)
+{
+    put(2);
+    read();
+    put(158);
+    EXPECT_EQ(begin(), 1);
+    EXPECT_EQ(next(), 3);
+    put(5);
+    EXPECT_EQ(next(), 164);
+    EXPECT_EQ(next(), 165);
+    EXPECT_EQ(rest(), from_to(6, 160));
+    EXPECT_EQ(read(), Numbers({165}));
+    put(1);
+    EXPECT_EQ(read(), Numbers({166}));
+}
+
+TEST_F(Story, a_slot_at_the_mark_that_is_filled_meanwhile_gives_a_record_too_early)
+{
+    put(1);
+    EXPECT_EQ(begin(), 1);
+    put(1);
+    EXPECT_EQ(rest(), Numbers({2}));
+    EXPECT_EQ(read(), Numbers({0}));
+    put(2);
+    EXPECT_EQ(read(), Numbers({4}));
 }
 
 TEST_F(Story, both_sides_close_and_open_again_and_the_records_are_still_there)
