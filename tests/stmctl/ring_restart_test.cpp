@@ -214,6 +214,22 @@ TEST_F(ReaderMoment, a_slot_in_which_a_writer_died_is_left_out_once_the_new_one_
     EXPECT_EQ(seen(reader.look()), (Seen{range(53, 53) + range(1001, 1051), false, true}));
 }
 
+// Neither of the two is told by the index, and the times of a board may step back, too.
+TEST_F(ReaderMoment, slots_come_in_their_order_after_a_pause_with_an_overrun_and_a_restart)
+{
+    const RingView view(segment());
+    SlotFollower reader(view);
+    put(1, 10);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(1, 10)}));
+    put(11, 270); // 110 is filled next
+    begin_anew();
+    put(1001, 1005);
+    EXPECT_EQ(seen(reader.look()),
+              (Seen{range(167, 270) + range(111, 160) + range(1001, 1005), true, false}));
+    put(1006, 1007);
+    EXPECT_EQ(seen(reader.look()), (Seen{range(1006, 1007)}));
+}
+
 // However far the writer has got, everything from the position on is delivered once it rests.
 TEST_F(ReaderMoment, a_writer_that_continues_while_the_reader_begins_loses_nothing)
 {
