@@ -70,6 +70,33 @@ TEST_F(OvertakenReadout, rejects_a_slot_that_is_half_filled_and_reads_the_rest_w
     EXPECT_EQ(value(COUNT), 1);
 }
 
+TEST_F(OvertakenReadout, rejects_the_slot_at_the_mark_while_the_writer_fills_it)
+{
+    in_sleep(1, [this] {
+        put_good(1, 1);
+        before_checksum = [this] { half_fill(1, 2); };
+    });
+    read(CSV);
+    ASSERT_EQ(messages.size(), 3U);
+    EXPECT_EQ(messages[1].find("say 0 \"Wrong checksum detected (crc = "), 0U);
+    EXPECT_EQ(messages[1].find("F740"), std::string::npos) << "of an empty slot";
+}
+
+TEST_F(OvertakenReadout, rejects_a_slot_in_which_a_writer_has_died)
+{
+    in_sleep(1, [this] {
+        put_good(1, 330);
+        half_fill(10, 331);
+        RingBuffer_Open("w");
+        put_good(332, 332);
+    });
+    read(CSV);
+    ASSERT_EQ(messages.size(), 10U);
+    EXPECT_EQ(messages[8].find("say 0 \"Wrong checksum detected (crc = "), 0U);
+    messages.erase(messages.begin() + 8);
+    EXPECT_EQ(messages, joined({{HEADER}, csv_lines(324, 330), {TIMEOUT}}));
+}
+
 TEST_F(OvertakenReadout, shows_halves_of_two_records_if_they_come_behind_the_checksum)
 {
     in_sleep(1, [this] {

@@ -97,6 +97,17 @@ TEST_F(Moment, a_reader_that_opens_while_a_record_is_put_gets_what_had_been_ther
     EXPECT_EQ(read(), from_to(6, 9));
 }
 
+TEST_F(Moment, a_reader_that_opens_while_the_first_record_is_counted_misses_the_next)
+{
+    reader = RingBuffer_Open("r");
+    parts.before_count_is_stored([this] { reader = RingBuffer_Open("r"); });
+    put(1);
+    EXPECT_EQ(count(), 1);
+    EXPECT_EQ(read(), Numbers({0}));
+    put(2);
+    EXPECT_EQ(read(), Numbers({5}));
+}
+
 TEST_F(Moment, a_put_between_the_two_loads_of_a_mark_moves_the_batch_on_by_one)
 {
     put(2);
