@@ -12,8 +12,8 @@
 namespace
 {
 
-constexpr size_t LEAST_PART = 8192; // two small pages, which all but the last fields fit in
-static_assert(offsetof(RingBuffer, count) < LEAST_PART);
+constexpr size_t LEAST_PART = 8192; // two small pages, which the whole ring fits in
+static_assert(RINGBUFFER_SIZE < LEAST_PART);
 
 // What the handler needs: the part that is closed, and what happens before it opens.
 uint8_t *closed_part = nullptr;
@@ -43,9 +43,9 @@ void close_part(uint8_t *part, size_t size, int protection, std::function<void()
 } // namespace
 
 // The boundary is that of two pages, and shared with processes that are forked off.
-PartedRing::PartedRing()
+PartedRing::PartedRing(size_t boundary)
     : part_(std::max(static_cast<size_t>(sysconf(_SC_PAGESIZE)), LEAST_PART)),
-      gap_(part_ - offsetof(RingBuffer, count))
+      gap_(part_ - boundary)
 {
     void *memory =
         mmap(nullptr, 2 * part_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -66,17 +66,17 @@ PartedRing::~PartedRing()
     munmap(memory_, 2 * part_);
 }
 
-void PartedRing::before_count_is_loaded(std::function<void()> action)
+void PartedRing::before_last_part_is_loaded(std::function<void()> action)
 {
     close_part(memory_ + part_, part_, PROT_NONE, std::move(action));
 }
 
-void PartedRing::before_count_is_stored(std::function<void()> action)
+void PartedRing::before_last_part_is_stored(std::function<void()> action)
 {
     close_part(memory_ + part_, part_, PROT_READ, std::move(action));
 }
 
-void PartedRing::before_the_rest_is_loaded(std::function<void()> action)
+void PartedRing::before_first_part_is_loaded(std::function<void()> action)
 {
     close_part(memory_, part_, PROT_NONE, std::move(action));
 }

@@ -11,17 +11,18 @@
 class PartedRing
 {
   public:
-    PartedRing();
+    // The field with which the last part begins.
+    explicit PartedRing(size_t boundary = offsetof(RingBuffer, count));
     ~PartedRing();
     PartedRing(const PartedRing &) = delete;
     PartedRing &operator=(const PartedRing &) = delete;
 
     RingBuffer *ring() const { return reinterpret_cast<RingBuffer *>(memory_ + gap_); }
 
-    // Each acts once. The last part has count and values_left, the first one all the rest.
-    void before_count_is_loaded(std::function<void()> action);
-    void before_count_is_stored(std::function<void()> action);
-    void before_the_rest_is_loaded(std::function<void()> action);
+    // Each acts once, before anything of the part is loaded or stored.
+    void before_last_part_is_loaded(std::function<void()> action);
+    void before_last_part_is_stored(std::function<void()> action);
+    void before_first_part_is_loaded(std::function<void()> action);
 
     bool has_acted() const;
 

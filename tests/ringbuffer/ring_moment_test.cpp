@@ -34,7 +34,7 @@ class Moment : public Dialogue, public Turns
     {
         const pid_t child = fork();
         if (child == 0) {
-            parts.before_count_is_loaded([] { _exit(0); });
+            parts.before_last_part_is_loaded([] { _exit(0); });
             put(1);
             _exit(1);
         }
@@ -49,11 +49,24 @@ class Moment : public Dialogue, public Turns
 
 } // namespace
 
+TEST_F(Moment, a_slot_is_filled_before_the_index_moves_on)
+{
+    PartedRing other(offsetof(RingBuffer, write_index));
+    stm_link.ring = other.ring();
+    other.before_last_part_is_stored([&other] {
+        EXPECT_TRUE(same_record(other.ring()->slots[0], numbered_record(3)));
+        EXPECT_EQ(other.ring()->write_index, 0);
+    });
+    put(1);
+    EXPECT_TRUE(other.has_acted());
+    EXPECT_EQ(other.ring()->write_index, 1);
+}
+
 TEST_F(Moment, a_put_while_a_value_is_taken_is_not_counted_and_its_record_comes_too_late)
 {
     put(3);
     EXPECT_EQ(begin(), 1);
-    parts.before_count_is_stored([this] { put(1); });
+    parts.before_last_part_is_stored([this] { put(1); });
     EXPECT_EQ(rest(), from_to(3, 5));
     EXPECT_EQ(count(), 1);
     EXPECT_EQ(read(), Numbers({0})); // the slot that is filled next
@@ -65,7 +78,7 @@ TEST_F(Moment, a_put_while_a_value_is_taken_costs_the_oldest_record_of_the_next_
 {
     put(1);
     EXPECT_EQ(begin(), 1);
-    parts.before_count_is_stored([this] { put(1); });
+    parts.before_last_part_is_stored([this] { put(1); });
     EXPECT_EQ(rest(), Numbers({3}));
     put(2);
     EXPECT_EQ(read(), from_to(5, 6));
@@ -77,7 +90,7 @@ TEST_F(Moment, a_value_taken_while_a_record_is_put_is_counted_on_and_comes_again
 {
     put(2);
     EXPECT_EQ(begin(), 1);
-    parts.before_count_is_stored([this] { EXPECT_EQ(next(), 3); });
+    parts.before_last_part_is_stored([this] { EXPECT_EQ(next(), 3); });
     put(1);
     EXPECT_EQ(next(), 4);
     EXPECT_EQ(count(), 3);
@@ -91,7 +104,7 @@ TEST_F(Moment, a_reader_that_opens_while_a_record_is_put_gets_what_had_been_ther
     put(3);
     read();
     put(3);
-    parts.before_count_is_stored([this] { reader = RingBuffer_Open("r"); });
+    parts.before_last_part_is_stored([this] { reader = RingBuffer_Open("r"); });
     put(1);
     EXPECT_EQ(count(), 5);
     EXPECT_EQ(read(), from_to(6, 9));
@@ -100,7 +113,7 @@ TEST_F(Moment, a_reader_that_opens_while_a_record_is_put_gets_what_had_been_ther
 TEST_F(Moment, a_reader_that_opens_while_the_first_record_is_counted_misses_the_next)
 {
     reader = RingBuffer_Open("r");
-    parts.before_count_is_stored([this] { reader = RingBuffer_Open("r"); });
+    parts.before_last_part_is_stored([this] { reader = RingBuffer_Open("r"); });
     put(1);
     EXPECT_EQ(count(), 1);
     EXPECT_EQ(read(), Numbers({0}));
@@ -112,7 +125,7 @@ TEST_F(Moment, a_put_between_the_two_loads_of_a_mark_moves_the_batch_on_by_one)
 {
     put(2);
     EXPECT_EQ(RingBuffer_NewValueAvailable(reader), 1);
-    parts.before_the_rest_is_loaded([this] { put(1); });
+    parts.before_first_part_is_loaded([this] { put(1); });
     EXPECT_EQ(RingBuffer_MarkLastValue(reader), 1);
     EXPECT_NE(RingBuffer_GetFirstValue(reader), nullptr);
     EXPECT_EQ(rest(), from_to(4, 5));
@@ -125,7 +138,7 @@ TEST_F(Moment, a_put_between_the_two_loads_of_a_mark_moves_the_batch_on_by_one)
 TEST_F(Moment, a_batch_between_index_and_count_of_a_put_is_moved_on_by_one)
 {
     put(2);
-    parts.before_count_is_loaded([this] { EXPECT_EQ(read(), from_to(4, 5)); });
+    parts.before_last_part_is_loaded([this] { EXPECT_EQ(read(), from_to(4, 5)); });
     put(1);
     EXPECT_EQ(count(), 2);
     put(1);
@@ -136,7 +149,7 @@ TEST_F(Moment, a_batch_between_index_and_count_of_a_put_is_moved_on_by_one)
 
 TEST_F(Moment, a_single_record_read_between_its_index_and_its_count_is_an_empty_slot)
 {
-    parts.before_count_is_loaded([this] { EXPECT_EQ(read(), Numbers({0})); });
+    parts.before_last_part_is_loaded([this] { EXPECT_EQ(read(), Numbers({0})); });
     put(1);
     EXPECT_EQ(read(), Numbers());
     put(2);
