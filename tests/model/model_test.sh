@@ -98,7 +98,7 @@ check_ring_reader() {
 
 check_follower() {
     echo "== stmctl ring read beside one writer"
-    make_verifier follower "-DRECORDS=9" -- -DSAFETY
+    make_verifier follower "-DRECORDS=7 -DPUTS_IN_LOOK=2" -- -DSAFETY
     verify
     echo "== and beside one that is killed and started again"
     make_verifier follower "-DRESTARTS -DRECORDS=5" -- -DSAFETY
