@@ -1,10 +1,12 @@
-// Intercepts the calls that ask whether a file may be used, and for its whole name.
+// Intercepts the calls that ask whether a file may be used, for its whole name and for its attributes.
 #include "simulator/preload/device_status.hpp"
 #include "simulator/preload/real_calls.hpp"
 
 #include <fcntl.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -21,6 +23,8 @@ constinit RealCall<int(const char *, int)> real_access("access");
 constinit RealCall<int(const char *, int)> real_euidaccess("euidaccess");
 constinit RealCall<int(int, const char *, int, int)> real_faccessat("faccessat");
 constinit RealCall<char *(const char *, char *)> real_realpath("realpath");
+constinit RealCall<ssize_t(const char *, const char *, void *, size_t)> real_getxattr("getxattr");
+constinit RealCall<ssize_t(const char *, const char *, void *, size_t)> real_lgetxattr("lgetxattr");
 
 int access_as_effective_user(const char *path, int how)
 {
@@ -29,6 +33,13 @@ int access_as_effective_user(const char *path, int how)
                                  : look_at_stand_in(named, [how](const char *stand_in) {
                                        return real_euidaccess(stand_in, how);
                                    });
+}
+
+// A device node has no attributes beside those that everything has.
+int refuse_attribute(Named named)
+{
+    const int found = look_at_stand_in(named, [](const char *) { return 0; });
+    return found == 0 ? simulator::refuse(ENODATA) : found;
 }
 
 } // namespace
@@ -71,4 +82,17 @@ EXPORTED char *realpath(const char *path, char *whole) noexcept
         return nullptr;
     }
     return whole != nullptr ? strcpy(whole, DEVICE) : strdup(DEVICE);
+}
+
+EXPORTED ssize_t getxattr(const char *path, const char *name, void *value, size_t size) noexcept
+{
+    const Named named = virtual_name(AT_FDCWD, path);
+    return named == Named::other ? real_getxattr(path, name, value, size) : refuse_attribute(named);
+}
+
+EXPORTED ssize_t lgetxattr(const char *path, const char *name, void *value, size_t size) noexcept
+{
+    const Named named = virtual_name(AT_FDCWD, path, false);
+    return named == Named::other ? real_lgetxattr(path, name, value, size)
+                                 : refuse_attribute(named);
 }

@@ -395,6 +395,21 @@ TEST_F(VirtualBoard, listens_to_a_real_device_without_touching_it)
     EXPECT_EQ(transcript()[1].sent, Bytes{0x83});
 }
 
+TEST_F(VirtualBoard, shows_a_device_to_the_tools_of_a_shell)
+{
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "the shell is not of the programs' architecture";
+    }
+    std::filesystem::create_symlink("/dev/spidev1.0", path("link"));
+    const Result result = run(virtual_board(
+        {"bash", "-c",
+         "LC_ALL=C; ls -l /dev/spidev1.0 | grep -o '^c\\|153, *0'; ls -lL link | cut -c 1\n"
+         "stat -c '%F' /dev/spidev1.0; test -c link && test -w link && echo yes\n"
+         "realpath link"}));
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output, "c\n153, 0\nc\ncharacter special file\nyes\n/dev/spidev1.0\n");
+}
+
 // Its stand-in would refuse to seek; the file behind this device takes it.
 TEST_F(VirtualBoard, leaves_a_real_device_all_its_calls)
 {
