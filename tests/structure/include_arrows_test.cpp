@@ -76,6 +76,8 @@ const Arrows ARROWS = {
     {"simulator/run", SIMULATOR_BOARD},
     {"simulator/preload",
      on(SIMULATOR_BOARD, {"simulator/driver", "simulator/store", "simulator/run"})},
+    {"simulator/kernel",
+     on(SIMULATOR_BOARD, {"simulator/driver", "simulator/store", "simulator/run"})},
     {"simulator/launcher",
      on(SIMULATOR_BOARD, {"simulator/driver", "simulator/store", "simulator/run"})},
     {"tests", EVERYTHING},
