@@ -1,25 +1,29 @@
 #!/usr/bin/env bash
 # Boots a virtual machine, and unpacks the results that it sends.
 #
-#   boot_guest.sh x86-64|armhf FOLDER TEST OUT [KERNEL-PARAMETER...]
+#   boot_guest.sh x86-64|armhf KERNEL INITRAMFS TEST OUT [KERNEL-PARAMETER...]
 #
-# FOLDER holds kernel and initramfs. The machine's time is counted in instructions: nothing depends on
+# The machine's time is counted in instructions: nothing depends on
 # how fast this one is, and waits take no time.
 set -euo pipefail
-folder=$2
-test=$3
-out=$4
+kernel=$2
+initramfs=$3
+test=$4
+out=$5
 case $1 in
-x86-64) machine=(qemu-system-x86_64 -machine q35) console=ttyS0 ;;
-armhf) machine=(qemu-system-arm -machine virt -cpu cortex-a15) console=ttyAMA0 ;;
+x86-64) command=(qemu-system-x86_64 -machine q35) console=ttyS0 ;;
+armhf) command=(qemu-system-arm -machine virt -cpu cortex-a15) console=ttyAMA0 ;;
 esac
-shift 4
+shift 5
 
 rm -rf "$out"
 mkdir -p "$out"
-timeout --kill-after 10 400 "${machine[@]}" -accel tcg -icount shift=3,sleep=off -smp 1 -m 256 \
-    -nodefaults -display none -no-reboot -serial "file:$out/serial" -kernel "$folder/kernel" \
-    -initrd "$folder/initramfs" -append "console=$console quiet panic=-1 test=$test $*" 2>"$out/qemu" || true
+timeout --kill-after 10 400 "${command[@]}" -accel tcg -icount shift=3,sleep=off -smp 1 -m 256 \
+    -nodefaults -display none -no-reboot -serial "file:$out/serial" -kernel "$kernel" \
+    -initrd "$initramfs" -append "console=$console quiet panic=-1 test=$test $*" 2>"$out/qemu" &
+machine=$!
+trap 'kill "$machine" 2>/dev/null || true' EXIT TERM INT
+wait "$machine" || true
 
 tr -d '\r' <"$out/serial" | sed '1,/^=== results$/d; /^=== end of results$/,$d' |
     base64 -d 2>/dev/null | tar -xz -C "$out" 2>/dev/null || true

@@ -1,6 +1,6 @@
 /* Uses the device as its arguments say, one after another, and prints what each call gives: open, close,
    "exchange BYTES", "clock HZ", "mode MODE", and "run COMMAND" in between. Of a received answer the first
-   byte is shown. "catch" handles SIGINT from then on, and "caught" tells how often. */
+   byte and the sum of all are shown. "catch" handles SIGINT from then on, and "caught" tells how often. */
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
@@ -41,8 +41,12 @@ static void exchange(const char *what, unsigned long length)
     transfer.len = (uint32_t)length;
     const long result = ioctl(device, SPI_IOC_MESSAGE(1), &transfer);
     say(what, result);
+    unsigned sum = 0;
+    for (long i = 0; i < result; ++i) {
+        sum += received[i];
+    }
     if (result > 0) {
-        printf("  received %02x and %02x\n", received[0], received[result - 1]);
+        printf("  received %02x, and %u in all\n", received[0], sum);
     }
 }
 

@@ -2,9 +2,9 @@
 # Packs what runs in the virtual machine: busybox, the module, programs with the libraries that they
 # load, and the tests' own files.
 #
-#   make_initramfs.sh x86-64|armhf FOLDER LISTS PROGRAM...
+#   make_initramfs.sh x86-64|armhf FOLDER PROGRAM...
 #
-# FOLDER holds busybox and virtual_wire.ko, and gets initramfs; the files in LISTS go into /test.
+# FOLDER holds busybox and virtual_wire.ko, and gets initramfs.
 set -euo pipefail
 here=$(realpath "$(dirname "$0")")
 case $1 in
@@ -12,8 +12,7 @@ x86-64) strip=strip libraries=/ loaded_by=ldd ;;
 armhf) strip=arm-linux-gnueabihf-strip libraries=/usr/arm-linux-gnueabihf loaded_by=needed_by ;;
 esac
 folder=$2
-lists=$3
-shift 3
+shift 2
 
 root=$folder/root
 rm -rf "$root"
@@ -48,5 +47,6 @@ done
 cp "$folder/busybox" "$root/bin/busybox"
 cp "$folder/virtual_wire.ko" "$root/"
 install -m 755 "$here/guest_init.sh" "$root/init"
-cp "$here"/{run_commands,run_scenes,guest_door,test_commands,test_scenes,test_bufsiz}.sh "$lists"/* "$root/test/"
+cp "$here"/{run_commands,run_scenes,guest_door,test_commands,test_scenes,test_bufsiz}.sh \
+    "$here"/{scenes,bufsiz_small,bufsiz_large}.txt "$root/test/"
 (cd "$root" && find . | cpio --quiet -o -H newc -R 0:0) >"$folder/initramfs"
