@@ -18,9 +18,10 @@ end_power() {
     wait $daemon 2>/dev/null || true
 }
 
+# A minute of the machine's time is more than any of them takes; some wait without end for what is lost.
 on_board() {
     begin_power $fault || return 125
-    command "$@"
+    timeout -s KILL 60 "$@"
     ended=$?
     end_power
     return $ended
