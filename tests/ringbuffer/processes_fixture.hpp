@@ -20,6 +20,7 @@ struct Board {
     std::atomic<uint32_t> progress;   // number of the newest record that the reader has met
     std::atomic<uint32_t> started[3]; // by handle: the latest start that has come to work
     std::atomic<uint32_t> put;
+    std::atomic<uint32_t> turn;
     std::atomic<uint32_t> refused; // puts
     std::atomic<uint32_t> fresh;
     std::atomic<uint32_t> skipped;
