@@ -29,6 +29,7 @@ struct LaunchOptions {
 
 LaunchOptions parse_options(int argc, char **argv);
 
-std::string help_text();
+// The options, one per line or more.
+std::string describe_options();
 
 } // namespace simulator

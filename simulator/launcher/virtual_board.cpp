@@ -1,4 +1,5 @@
 // virtual-board: runs a command with a virtual co-processor behind /dev/spidev1.0.
+#include "simulator/launcher/help.hpp"
 #include "simulator/launcher/launch.hpp"
 #include "simulator/launcher/options.hpp"
 #include "simulator/launcher/tell.hpp"

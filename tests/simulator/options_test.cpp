@@ -1,4 +1,5 @@
 // Goal: virtual-board's options for measurements are understood, and refused if they make no sense.
+#include "simulator/launcher/help.hpp"
 #include "simulator/launcher/options.hpp"
 
 #include <gtest/gtest.h>
