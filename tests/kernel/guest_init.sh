@@ -6,7 +6,7 @@
 mount -t proc proc /proc
 mount -t sysfs sys /sys
 mount -t devtmpfs dev /dev
-mkdir -p /run /tmp /results /work
+mkdir -p /run /tmp /results /home
 dmesg -n 1
 
 send_results() {
@@ -15,7 +15,7 @@ send_results() {
     echo "=== end of results"
 }
 
-insmod /virtual_wire.ko && cd /work && sh "/test/test_$test.sh"
+insmod /virtual_wire.ko && cd /home && sh "/test/test_$test.sh"
 status=$?
 dmesg >/results/dmesg
 send_results

@@ -3,7 +3,7 @@
 #
 #   run_scenes.sh FILE
 export LC_ALL=C
-dialogue=/work/dialogue
+dialogue=/home/dialogue
 . /test/guest_door.sh
 
 # The driver gives the device up, and takes it again.

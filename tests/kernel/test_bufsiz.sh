@@ -1,3 +1,3 @@
 # In the virtual machine: programs where the driver takes other lengths than usual.
-mkdir /work/scenes
-cd /work/scenes && sh /test/run_scenes.sh /test/bufsiz_$size.txt | tee /results/scenes.txt
+mkdir /home/scenes
+cd /home/scenes && sh /test/run_scenes.sh /test/bufsiz_$size.txt | tee /results/scenes.txt

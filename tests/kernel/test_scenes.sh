@@ -1,6 +1,6 @@
 # In the virtual machine: the probe's questions, on a board that has just been switched on, and the scenes.
 . /test/guest_door.sh
-mkdir /work/probe /work/scenes
-dialogue=/work/dialogue
-(cd /work/probe && begin_power && device_probe >/results/answers 2>&1 && end_power)
-cd /work/scenes && sh /test/run_scenes.sh /test/scenes.txt | tee /results/scenes.txt
+mkdir /home/probe /home/scenes
+dialogue=/home/dialogue
+(cd /home/probe && begin_power && device_probe >/results/answers 2>&1 && end_power)
+cd /home/scenes && sh /test/run_scenes.sh /test/scenes.txt | tee /results/scenes.txt
