@@ -53,7 +53,8 @@ int open_stand_in(int flags)
         return simulator::refuse(simulator::device_is_there() ? refusal : ENOENT);
     }
     if ((flags & O_PATH) != 0) { // a name for a device, with which nothing can be done
-        return real_open("/dev/null", flags, 0);
+        return simulator::device_is_there() ? real_open("/dev/null", flags, 0)
+                                            : simulator::refuse(ENOENT);
     }
     const int errno_before = errno;
     const int result = simulator::device_open();

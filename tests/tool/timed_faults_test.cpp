@@ -82,8 +82,11 @@ TEST_F(TimedFault, device_that_is_gone_has_no_file)
     EXPECT_EQ(
         steps({"--fault", "gone@t=2s..4s"}, "there open there wait 2000 there wait 2000 there"),
         joined({"there: device", "open: done", "there: device", "there: ENOENT", "there: device"}));
-    EXPECT_EQ(steps({"--fault", "no-device"}, "there open"),
-              joined({"there: ENOENT", "open: ENOENT"}));
+    EXPECT_EQ(steps({"--fault", "no-device"}, "there open openx openp"),
+              joined({"there: ENOENT", "open: ENOENT", "openx: ENOENT", "openp: ENOENT"}));
+    EXPECT_EQ(steps({}, "openx openp"), joined({"openx: EEXIST", "openp: done"}));
+    EXPECT_EQ(steps({"--fault", "gone@t=2s..4s"}, "open read 0 wait 2000 read 0"),
+              joined({"open: done", "read: done", "read: ESHUTDOWN"}));
     EXPECT_EQ(steps({"--fault", "no-device=EACCES"}, "there open"),
               joined({"there: device", "open: EACCES"}));
 }

@@ -2,9 +2,12 @@
 
      open       opens the device once more; the descriptors are counted from 0
      openw      the same, only to write
+     openx      the same, only if the file is new
+     openp      the same, only its name
      there      whether there is a file of its name, and of which kind
      ver N      asks the co-processor for its version through descriptor N
      mode N     asks it for its mode
+     read N     reads a byte
      long N     exchanges 8192 bytes
      speed N    shows the clock, then sets it to 2 MHz
      close N    closes it
@@ -92,6 +95,10 @@ static void tell(char **words)
 static void look(void)
 {
     struct stat file;
+    const int below = stat("/dev/spidev1.0/more", &file);
+    if (below == 0 || errno != ENOTDIR) {
+        printf("below: %s\n", result_name(below));
+    }
     const int result = stat("/dev/spidev1.0", &file);
     printf("there: %s\n", result < 0 || access("/dev/spidev1.0", F_OK) < 0 ? result_name(-1)
                           : S_ISCHR(file.st_mode)                          ? "device"
@@ -117,6 +124,8 @@ static void use(const char *step, int fd)
         ask(step, fd, mode, sizeof(mode));
     } else if (strcmp(step, "long") == 0) {
         printf("long: %s\n", result_name(exchange(fd, zeroes, sizeof(zeroes))));
+    } else if (strcmp(step, "read") == 0) {
+        printf("read: %s\n", result_name((int)read(fd, received, 1)));
     } else if (strcmp(step, "speed") == 0) {
         show_speed(fd);
     } else if (strcmp(step, "dup") == 0) {
@@ -138,8 +147,11 @@ int main(int argc, char **argv)
             look();
             continue;
         }
-        if (strcmp(step, "openw") == 0) {
-            take_descriptor(step, open("/dev/spidev1.0", O_WRONLY));
+        if (strncmp(step, "open", 4) == 0) {
+            const int flags = step[4] == 'w'   ? O_WRONLY
+                              : step[4] == 'x' ? O_RDWR | O_CREAT | O_EXCL
+                                               : O_PATH;
+            take_descriptor(step, open("/dev/spidev1.0", flags, 0600));
             continue;
         }
         if (strcmp(step, "tell") == 0 && at + 3 < argc) {
