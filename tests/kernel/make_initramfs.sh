@@ -47,6 +47,6 @@ done
 cp "$folder/busybox" "$root/bin/busybox"
 cp "$folder/virtual_wire.ko" "$root/"
 install -m 755 "$here/guest_init.sh" "$root/init"
-cp "$here"/{run_commands,run_scenes,guest_door,test_commands,test_scenes,test_bufsiz}.sh \
+cp "$here"/{run_commands,run_scenes,show_scenes,guest_door,test_commands,test_scenes,test_bufsiz}.sh \
     "$here"/{scenes,bufsiz_small,bufsiz_large}.txt "$root/test/"
 (cd "$root" && find . | cpio --quiet -o -H newc -R 0:0) >"$folder/initramfs"

@@ -42,5 +42,9 @@ while IFS='	' read -r number command; do
     fault=
     answer=
     [ ! -d board ] || show_board >"$out/$number.board"
+    if [ -e endless ]; then
+        echo "killed after a minute: $(cat endless)"
+        exit 1
+    fi
 done <"$list"
 exit 0

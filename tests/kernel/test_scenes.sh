@@ -3,4 +3,4 @@
 mkdir /home/probe /home/scenes
 dialogue=/home/dialogue
 (cd /home/probe && begin_power && device_probe >/results/answers 2>&1 && end_power)
-cd /home/scenes && sh /test/run_scenes.sh /test/scenes.txt | tee /results/scenes.txt
+cd /home/scenes && sh /test/show_scenes.sh /test/scenes.txt
