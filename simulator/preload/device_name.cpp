@@ -2,6 +2,8 @@
 // here, and not by the kernel.
 #include "simulator/preload/device_name.hpp"
 
+#include "simulator/preload/driver_call.hpp"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -103,6 +105,9 @@ Named look_at(int directory, const char *path, bool follows_link)
 
 Named what_is_named(int directory, const char *path, bool follows_link)
 {
+    if (is_in_driver_call()) {
+        return Named::other;
+    }
     const int errno_before = errno;
     const Named named = look_at(directory, path, follows_link);
     errno = errno_before;

@@ -21,6 +21,10 @@ class DriverCall
     int cancel_state_ = 0;
 };
 
+// Whether this thread is in such a call: what it opens then are files of the board, whatever their names
+// lead to.
+bool is_in_driver_call();
+
 // What a call returns that gave this result, or a negated errno. Without an error, errno is as it was.
 int result_or_errno(int result, int errno_before);
 

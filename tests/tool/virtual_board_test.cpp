@@ -395,6 +395,17 @@ TEST_F(VirtualBoard, listens_to_a_real_device_without_touching_it)
     EXPECT_EQ(transcript()[1].sent, Bytes{0x83});
 }
 
+TEST_F(VirtualBoard, file_of_a_board_may_even_be_a_link_to_the_device)
+{
+    std::filesystem::create_directory(path("board"));
+    std::filesystem::create_symlink("/dev/spidev1.0", path("board/answers"));
+    Words words = on_board({}, {update_program(), "-state"});
+    words.insert(words.begin(), {"timeout", "-s", "KILL", "60"});
+    const Result result = run(words);
+    EXPECT_EQ(result.output, "2\n");
+    EXPECT_EQ(result.status, 0);
+}
+
 TEST_F(VirtualBoard, shows_a_device_to_the_tools_of_a_shell)
 {
     if (!std::string(TOOL_EMULATOR).empty()) {
