@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -72,6 +73,14 @@ Line parse_line(const std::string &text)
     }
     std::getline(words >> std::ws, line.note);
     return line;
+}
+
+// A shell that starts the tests in the background, or nohup, leaves some of them ignored.
+void handle_signals_by_default()
+{
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM}) {
+        signal(number, SIG_DFL);
+    }
 }
 
 } // namespace
@@ -146,6 +155,7 @@ pid_t Workbench::start(const Words &words)
     const std::string here = folder_;
     const pid_t pid = fork();
     if (pid == 0) {
+        handle_signals_by_default();
         redirect(STDOUT_FILENO, output);
         redirect(STDERR_FILENO, errors);
         if (chdir(here.c_str()) == 0) {
