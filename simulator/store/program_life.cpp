@@ -20,29 +20,32 @@ namespace
 {
 
 struct Status {
-    char state;
+    bool has_ended;
     uint64_t start;
 };
 
 // The kernel's line about a process: its number, its name in brackets, which may contain anything, its
-// state, and its start as the twentieth word from there.
+// state, and as the eighteenth and the twentieth word from there its number of threads and its start. The
+// state is that of its first thread, which may end before others.
 std::optional<Status> parse_status(const std::string &line)
 {
     const size_t name_end = line.rfind(')');
     if (name_end == std::string::npos) {
         return std::nullopt;
     }
-    constexpr int BEFORE_START = 19;
+    constexpr int BEFORE_THREADS = 17;
     std::istringstream words(line.substr(name_end + 1));
     std::string state;
     words >> state;
     std::string skipped;
-    for (int i = 1; i < BEFORE_START; ++i) {
+    for (int i = 1; i < BEFORE_THREADS; ++i) {
         words >> skipped;
     }
+    int threads = 0;
     uint64_t start = 0;
-    words >> start;
-    return words ? std::optional(Status{state.front(), start}) : std::nullopt;
+    words >> threads >> skipped >> start;
+    const bool has_ended = state == "X" || (state == "Z" && threads <= 1);
+    return words ? std::optional(Status{has_ended, start}) : std::nullopt;
 }
 
 // The dot keeps an emulator from answering in the kernel's place for its own program.
@@ -74,10 +77,10 @@ bool is_alive(const ProgramLife &program)
         return false;
     }
     const std::optional<Status> status = status_of(text("%d", process));
-    if (!status || program.start == 0) {
-        return !status || (status->state != 'Z' && status->state != 'X');
+    if (!status) {
+        return program.start == 0;
     }
-    return status->state != 'Z' && status->state != 'X' && status->start == program.start;
+    return !status->has_ended && (program.start == 0 || status->start == program.start);
 }
 
 } // namespace simulator
