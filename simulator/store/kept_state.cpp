@@ -15,7 +15,7 @@ std::string KeptState::open(const std::string &path)
         error = directory_.map_shared(SharedState::fresh(), bytes);
     }
     if (error.empty()) {
-        shared_.use(bytes);
+        shared_.use(bytes, BoardDirectory::stand_in(path));
     }
     return error;
 }
@@ -75,7 +75,8 @@ std::string KeptState::save(const Coprocessor &coprocessor, const SpiDevice &dev
     return error.empty() ? counts_.write(coprocessor.tally(), shared_.saved()) : error;
 }
 
-// What is in a file is noted afterwards: whoever is killed in between leaves it to the next program.
+// What is in a file is noted afterwards: whoever is killed in between, or finds the disk full, leaves it to
+// the next program.
 std::string KeptState::save_settings(const Coprocessor &coprocessor)
 {
     const uint32_t received = coprocessor.received_settings();
@@ -86,7 +87,9 @@ std::string KeptState::save_settings(const Coprocessor &coprocessor)
     const CommandValues settings = coprocessor.settings();
     const bool is_kept = directory_.load(ValuesOf::settings, kept).empty() && kept == settings;
     std::string error = is_kept ? "" : directory_.save(ValuesOf::settings, settings);
-    shared_.saved().received_settings = received;
+    if (error.empty()) {
+        shared_.saved().received_settings = received;
+    }
     return error;
 }
 
@@ -96,7 +99,9 @@ std::string KeptState::save_mode(Mode mode)
         return {};
     }
     std::string error = directory_.save_mode(mode);
-    shared_.saved().mode = mode;
+    if (error.empty()) {
+        shared_.saved().mode = mode;
+    }
     return error;
 }
 
@@ -106,7 +111,9 @@ std::string KeptState::save_spi_mode(uint32_t mode)
         return {};
     }
     std::string error = directory_.save_spi_mode(mode);
-    shared_.saved().spi_mode = mode;
+    if (error.empty()) {
+        shared_.saved().spi_mode = mode;
+    }
     return error;
 }
 

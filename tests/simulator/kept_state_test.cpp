@@ -1,6 +1,7 @@
 // What a board's folder keeps while a program uses the board.
 #include "simulator/store/kept_state.hpp"
 #include "tests/simulator/board_folder.hpp"
+#include "tests/stmctl/output/small_disk.hpp"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -53,6 +54,31 @@ TEST_F(KeptBoard, has_each_new_mode_in_its_file)
         EXPECT_EQ(kept.save(coprocessor, device), "");
         EXPECT_EQ(content("spi-mode"), std::to_string(spi_mode) + '\n');
     }
+}
+
+TEST_F(KeptBoard, saves_what_did_not_fit_on_the_disk_as_soon_as_it_does)
+{
+    Coprocessor coprocessor(kept.bytes(), {}, {});
+    SpiDevice device(
+        coprocessor, {}, [](std::chrono::nanoseconds) {}, [](const Exchange &) {});
+    ASSERT_EQ(kept.load(coprocessor, device), "");
+    std::vector<uint8_t> unheard(8);
+    coprocessor.exchange(std::vector<uint8_t>{0x81, 0, 0, 0, 0, 0, 0, 0xAA}, unheard);
+    device.keep_mode(8);
+    {
+        const SmallDisk disk(0);
+        EXPECT_NE(kept.save(coprocessor, device), "");
+    }
+    EXPECT_EQ(content("mode"), "application\n");
+    EXPECT_EQ(kept.save(coprocessor, device), "");
+    EXPECT_EQ(content("mode"), "boot loader\n");
+    {
+        const SmallDisk disk(0);
+        device.keep_mode(0);
+        EXPECT_NE(kept.save(coprocessor, device), "");
+    }
+    EXPECT_EQ(kept.save(coprocessor, device), "");
+    EXPECT_EQ(content("spi-mode"), "0\n");
 }
 
 TEST_F(KeptBoard, loses_only_what_killed_programs_have_left_when_its_power_comes)
