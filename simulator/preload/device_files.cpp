@@ -1,6 +1,7 @@
 // The files by which descriptors of the device are recognised.
 #include "simulator/preload/device_files.hpp"
 
+#include "simulator/preload/driver_call.hpp"
 #include "simulator/preload/program.hpp"
 #include "simulator/preload/real_calls.hpp"
 
@@ -111,7 +112,7 @@ int device_generation(int fd)
 
 bool is_virtual_device(int fd)
 {
-    return device_generation(fd) != NOT_OF_DEVICE && !leaves_device_real();
+    return !is_in_driver_call() && device_generation(fd) != NOT_OF_DEVICE && !leaves_device_real();
 }
 
 } // namespace simulator

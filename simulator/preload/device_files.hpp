@@ -19,7 +19,8 @@ bool knows_device_file();
 // The generation of a descriptor's file, or NOT_OF_DEVICE.
 int device_generation(int fd);
 
-// Whether it is a descriptor of the device, and the device is not a real one.
+// Whether it is a descriptor of the device, and the device is not a real one. In the middle of a call into
+// the driver none is: then the board writes to whatever it is told to.
 bool is_virtual_device(int fd);
 
 } // namespace simulator

@@ -6,10 +6,12 @@
 #include "simulator/words/text.hpp"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -33,23 +35,37 @@ constexpr ModeName MODE_NAMES[] = {
     {Mode::application, "application"},
 };
 
+constexpr char NOT_REGULAR[] = ": not a regular file";
+
 std::string system_error(const std::string &path)
 {
     return path + ": " + strerror(errno);
 }
 
-std::string read_line(const std::string &path)
+// A file that is none, such as a pipe without a writer, must not be waited for.
+std::string read_file(const std::string &path, std::string &content)
 {
-    std::ifstream stream(path);
-    std::string line;
-    std::getline(stream, line);
-    return line;
+    content.clear();
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat status = {};
+    if (fd < 0 || fstat(fd, &status) != 0) {
+        return system_error(path);
+    }
+    char bytes[4096];
+    ssize_t size = S_ISREG(status.st_mode) ? 1 : 0;
+    while (size > 0 && (size = read(fd, bytes, sizeof(bytes))) > 0) {
+        content.append(bytes, static_cast<size_t>(size));
+    }
+    std::string error = size < 0 ? system_error(path) : std::string();
+    close(fd);
+    return S_ISREG(status.st_mode) ? error : path + NOT_REGULAR;
 }
 
-std::string read_file(const std::string &path)
+std::string read_line(const std::string &path, std::string &line)
 {
-    std::ifstream stream(path);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::string error = read_file(path, line);
+    line.resize(std::min(line.find('\n'), line.size()));
+    return error;
 }
 
 const char *values_file(ValuesOf kind)
@@ -85,7 +101,20 @@ std::string make_file(const std::string &path, const std::string &content)
 
 std::string replace_file(const std::string &path, const std::string &content)
 {
-    return read_line(path) + '\n' == content ? std::string() : write_file(path, content, rename);
+    std::string kept;
+    const bool is_kept = read_file(path, kept).empty() && kept == content;
+    return is_kept ? std::string() : write_file(path, content, rename);
+}
+
+// Its size is looked at first, for it may be anything.
+bool has_layout(const std::string &path, const std::string &fresh)
+{
+    constexpr size_t LAYOUT_SIZE = 16;
+    struct stat status = {};
+    std::string found;
+    return stat(path.c_str(), &status) == 0 && status.st_size == static_cast<off_t>(fresh.size()) &&
+           read_file(path, found).empty() &&
+           found.compare(0, LAYOUT_SIZE, fresh, 0, LAYOUT_SIZE) == 0;
 }
 
 } // namespace
@@ -149,7 +178,10 @@ std::string BoardDirectory::make_files()
             return error;
         }
     }
-    return make_file(stand_in(path_), "");
+    std::string error = make_file(stand_in(path_), "");
+    struct stat status = {};
+    const bool is_file = stat(stand_in(path_).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return error.empty() && !is_file ? stand_in(path_) + NOT_REGULAR : error;
 }
 
 std::string BoardDirectory::map(const char *name, size_t size, uint8_t *&bytes) const
@@ -187,18 +219,24 @@ void BoardDirectory::clear() const
     }
 }
 
-// One that another version has left is replaced.
+// One that another version has left is replaced, once by whichever program is the first. Where a file
+// system has no locks, that is left to luck.
 std::string BoardDirectory::map_shared(const std::string &fresh, uint8_t *&bytes) const
 {
-    constexpr size_t LAYOUT_SIZE = 16;
     const std::string path = file("state");
+    const int folder = ::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    (void)flock(folder, LOCK_EX);
     std::string error = make_file(path, fresh);
-    const std::string found = read_file(path);
-    if (error.empty() && (found.size() != fresh.size() ||
-                          found.compare(0, LAYOUT_SIZE, fresh, 0, LAYOUT_SIZE) != 0)) {
+    if (error.empty() && !has_layout(path, fresh)) {
         error = write_file(path, fresh, rename);
     }
-    return error.empty() ? map("state", fresh.size(), bytes) : error;
+    if (error.empty()) {
+        error = map("state", fresh.size(), bytes);
+    }
+    if (folder >= 0) {
+        close(folder);
+    }
+    return error;
 }
 
 std::string BoardDirectory::renew_stand_in() const
@@ -214,13 +252,18 @@ BoardBytes BoardDirectory::bytes() const
 
 std::string BoardDirectory::load(BoardIdentity &identity) const
 {
-    if (!parse_mode(read_line(file("mode")), identity.mode)) {
-        return file("mode") + ": neither application nor boot loader nor unknown";
+    std::string line;
+    std::string error = read_line(file("mode"), line);
+    if (error.empty() && !parse_mode(line, identity.mode)) {
+        error = file("mode") + ": neither application nor boot loader nor unknown";
     }
-    if (!parse_version(read_line(file("version")), identity.boot_loader_version)) {
-        return file("version") + ": not a number from 0 to 255";
+    if (error.empty()) {
+        error = read_line(file("version"), line);
     }
-    return {};
+    if (error.empty() && !parse_version(line, identity.boot_loader_version)) {
+        error = file("version") + ": not a number from 0 to 255";
+    }
+    return error;
 }
 
 std::string BoardDirectory::save_mode(Mode mode) const
@@ -235,9 +278,11 @@ std::string BoardDirectory::load_spi_mode(uint32_t &mode) const
     if (access(path.c_str(), F_OK) != 0) {
         return {};
     }
-    const std::optional<int64_t> number = parse_number(read_line(path), 0, UINT32_MAX);
+    std::string line;
+    const std::string error = read_line(path, line);
+    const std::optional<int64_t> number = parse_number(line, 0, UINT32_MAX);
     mode = static_cast<uint32_t>(number.value_or(0));
-    return number ? std::string() : path + ": not a number";
+    return number || !error.empty() ? error : path + ": not a number";
 }
 
 std::string BoardDirectory::save_spi_mode(uint32_t mode) const
@@ -248,8 +293,13 @@ std::string BoardDirectory::save_spi_mode(uint32_t mode) const
 std::string BoardDirectory::load(ValuesOf kind, CommandValues &values) const
 {
     const std::string path = file(values_file(kind));
-    const std::string error = read_values(values, kind, read_file(path));
-    return error.empty() ? error : path + ": " + error;
+    std::string words;
+    std::string error = read_file(path, words);
+    if (error.empty()) {
+        error = read_values(values, kind, words);
+        error = error.empty() ? error : path + ": " + error;
+    }
+    return error;
 }
 
 std::string BoardDirectory::save(ValuesOf kind, const CommandValues &values) const

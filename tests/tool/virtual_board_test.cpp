@@ -2,6 +2,8 @@
 // not, and the programs that it runs.
 #include "tests/tool/workbench.hpp"
 
+#include <sys/stat.h>
+
 #include <csignal>
 
 namespace
@@ -395,13 +397,28 @@ TEST_F(VirtualBoard, listens_to_a_real_device_without_touching_it)
     EXPECT_EQ(transcript()[1].sent, Bytes{0x83});
 }
 
-TEST_F(VirtualBoard, file_of_a_board_may_even_be_a_link_to_the_device)
+TEST_F(VirtualBoard, files_of_a_board_must_be_regular)
 {
-    std::filesystem::create_directory(path("board"));
-    std::filesystem::create_symlink("/dev/spidev1.0", path("board/answers"));
-    Words words = on_board({}, {update_program(), "-state"});
-    words.insert(words.begin(), {"timeout", "-s", "KILL", "60"});
-    const Result result = run(words);
+    for (const std::string name :
+         {"mode", "version", "settings", "answers", "spi-mode", "spidev1.0"}) {
+        std::filesystem::remove_all(path("board"));
+        std::filesystem::create_directory(path("board"));
+        ASSERT_EQ(mkfifo(path("board/" + name).c_str(), 0600), 0);
+        const Result result = run(on_board({}, {update_program(), "-state"}));
+        EXPECT_EQ(result.errors,
+                  "virtual-board: " + path("board/" + name) + ": not a regular file\n");
+        EXPECT_EQ(result.status, 125);
+    }
+}
+
+TEST_F(VirtualBoard, transcript_goes_to_standard_error_even_if_that_is_the_device)
+{
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "the shell is not of the programs' architecture";
+    }
+    const Result result = run({"timeout", "-s", "KILL", "60", TOOL_VIRTUAL_BOARD, "--board",
+                               path("board"), "--transcript", "-", "bash", "-c",
+                               "exec 2>&-; exec '" + update_program() + "' -state"});
     EXPECT_EQ(result.output, "2\n");
     EXPECT_EQ(result.status, 0);
 }
