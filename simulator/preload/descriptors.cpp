@@ -1,10 +1,10 @@
-// The open descriptors of the device, in all programs.
+// This program's open descriptors of the device.
 #include "simulator/preload/descriptors.hpp"
 
 #include "simulator/preload/real_calls.hpp"
+#include "simulator/store/open_descriptors.hpp"
 
 #include <fcntl.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -24,19 +24,9 @@ constexpr off64_t FIRST_OWN_BYTE = 1;
 constinit RealCall<int(int, int, ...)> real_fcntl64("fcntl64");
 constinit RealCall<off64_t(int, off64_t, int)> real_lseek64("lseek64");
 
-flock64 lock_on(int kind, off64_t from, off64_t length)
-{
-    flock64 lock = {};
-    lock.l_type = static_cast<short>(kind);
-    lock.l_whence = SEEK_SET;
-    lock.l_start = from;
-    lock.l_len = length;
-    return lock;
-}
-
 bool take(int fd, int kind, off64_t byte)
 {
-    flock64 lock = lock_on(kind, byte, 1);
+    flock64 lock = lock_of_descriptors(kind, byte, 1);
     return real_fcntl64(fd, F_OFD_SETLK, &lock) == 0;
 }
 
@@ -57,18 +47,6 @@ void note_descriptor(int fd)
             return;
         }
     }
-}
-
-bool has_descriptors(const std::string &stand_in)
-{
-    const int fd = open(stand_in.c_str(), O_RDONLY | O_CLOEXEC);
-    flock64 lock = lock_on(F_WRLCK, SHARED_BYTE, PLACES_OF_DESCRIPTORS);
-    const bool found =
-        fd >= 0 && real_fcntl64(fd, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
-    if (fd >= 0) {
-        (void)syscall(SYS_close, fd); // close may be intercepted by others
-    }
-    return found;
 }
 
 } // namespace simulator

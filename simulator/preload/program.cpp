@@ -2,9 +2,9 @@
 #include "simulator/preload/program.hpp"
 
 #include "simulator/driver/user_memory.hpp"
-#include "simulator/preload/descriptors.hpp"
 #include "simulator/preload/this_run.hpp"
 #include "simulator/preload/turn.hpp"
+#include "simulator/store/open_descriptors.hpp"
 
 #include <cerrno>
 #include <vector>

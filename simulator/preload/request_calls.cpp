@@ -1,10 +1,10 @@
 // Intercepts what a program asks of a descriptor of the device: ioctl and fcntl.
 #include "simulator/driver/user_memory.hpp"
-#include "simulator/preload/descriptors.hpp"
 #include "simulator/preload/device_files.hpp"
 #include "simulator/preload/driver_call.hpp"
 #include "simulator/preload/program.hpp"
 #include "simulator/preload/real_calls.hpp"
+#include "simulator/store/open_descriptors.hpp"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

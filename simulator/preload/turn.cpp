@@ -148,6 +148,9 @@ void Turn::join_power()
 void Turn::take_state()
 {
     if (board_.shared.is_news()) {
+        if (!board_.shared.has_state()) {
+            check(run_options().directory + "/state: damaged while the board is in use");
+        }
         const RunningState &state = board_.shared.state();
         board_.coprocessor.set_state(state.board);
         board_.device.set_state(state.driver);

@@ -73,7 +73,7 @@ std::string tell(const std::string &directory, const Order &order)
         return error;
     }
     SharedState shared;
-    shared.use(bytes);
+    shared.use(bytes, BoardDirectory::stand_in(directory));
     return shared.change(order.obey) ? "" : unused;
 }
 

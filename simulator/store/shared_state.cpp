@@ -1,6 +1,9 @@
 // What the programs that use a board at the same time share.
 #include "simulator/store/shared_state.hpp"
 
+#include "simulator/store/board_directory.hpp"
+#include "simulator/store/open_descriptors.hpp"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,7 +22,30 @@ bool is_here(const ProgramLife &program)
     return program.process != 0 && is_alive(program);
 }
 
-constexpr char LAYOUT[16] = "virtual board 2"; // with the number of the layout
+uint64_t word_at(const uint8_t *bytes, size_t number)
+{
+    uint64_t word = 0;
+    memcpy(&word, bytes + number * sizeof(word), sizeof(word));
+    return word;
+}
+
+// Programs believe what they find in the file: it has to be what one of them has left there. A file of
+// nothing but zeros is not. Two sums of every other word take half as long as one of all.
+uint64_t sum_of(const RunningState &state)
+{
+    constexpr size_t WORDS = sizeof(RunningState) / sizeof(uint64_t);
+    static_assert(WORDS % 2 == 1);
+    const auto *bytes = reinterpret_cast<const uint8_t *>(&state);
+    uint64_t even = 1 + word_at(bytes, 0);
+    uint64_t odd = 0;
+    for (size_t i = 1; i < WORDS; i += 2) {
+        odd += word_at(bytes, i);
+        even += word_at(bytes, i + 1);
+    }
+    return even + odd;
+}
+
+constexpr char LAYOUT[16] = "virtual board 3"; // with the number of the layout
 
 } // namespace
 
@@ -30,9 +56,10 @@ std::string SharedState::fresh()
     return bytes;
 }
 
-void SharedState::use(uint8_t *bytes)
+void SharedState::use(uint8_t *bytes, const std::string &stand_in)
 {
     file_ = reinterpret_cast<File *>(bytes);
+    stand_in_ = stand_in;
 }
 
 bool SharedState::is_used(const std::string &directory)
@@ -45,7 +72,8 @@ bool SharedState::is_used(const std::string &directory)
     }
     ProgramLife programs[MOST_PROGRAMS];
     memcpy(programs, &bytes[offsetof(File, programs)], sizeof(programs));
-    return std::ranges::any_of(programs, is_here);
+    return std::ranges::any_of(programs, is_here) ||
+           has_descriptors(BoardDirectory::stand_in(directory));
 }
 
 bool SharedState::has_died(const void *file, uint32_t process)
@@ -85,7 +113,7 @@ SharedState::Joined SharedState::join()
     }
     *own = self_;
     seen_ = 0;
-    return alone && !was_here ? Joined::first : Joined::now;
+    return alone && !was_here && !is_held() ? Joined::first : Joined::now;
 }
 
 void SharedState::remove_dead()
@@ -93,6 +121,12 @@ void SharedState::remove_dead()
     for (ProgramLife &program : file_->programs) {
         program = is_here(program) ? program : ProgramLife();
     }
+}
+
+// By nobody that has joined: a child has not called yet.
+bool SharedState::is_held() const
+{
+    return has_state() && has_descriptors(stand_in_);
 }
 
 bool SharedState::is_alone() const
@@ -104,9 +138,9 @@ bool SharedState::is_alone() const
 
 bool SharedState::has_state() const
 {
-    const BoardState &board = copy(file_->commits).board;
-    return file_->commits != 0 && board.mode <= Mode::application &&
-           can_be_made(board.flash_change);
+    const RunningState &state = copy(file_->commits);
+    return file_->commits != 0 && file_->sums[file_->commits % 2] == sum_of(state) &&
+           state.board.mode <= Mode::application && can_be_made(state.board.flash_change);
 }
 
 const RunningState &SharedState::state()
@@ -118,7 +152,8 @@ const RunningState &SharedState::state()
 bool SharedState::change(void (*make_change)(RunningState &state))
 {
     take_lock(file_->lock, static_cast<uint32_t>(getpid()), has_died, file_);
-    const bool is_used = has_state() && std::ranges::any_of(file_->programs, is_here);
+    const bool is_used =
+        has_state() && (std::ranges::any_of(file_->programs, is_here) || is_held());
     if (is_used) {
         RunningState state = copy(file_->commits);
         make_change(state);
@@ -132,13 +167,16 @@ void SharedState::commit(const RunningState &state)
 {
     const uint32_t next = std::max(file_->commits + 1, 1U);
     copy(next) = state;
+    file_->sums[next % 2] = sum_of(state);
     file_->commits = next;
     seen_ = next;
 }
 
 void SharedState::note_flash()
 {
-    copy(file_->commits).board.flash_change.kind = FlashChange::Kind::none;
+    RunningState state = copy(file_->commits);
+    state.board.flash_change.kind = FlashChange::Kind::none;
+    commit(state);
 }
 
 } // namespace simulator

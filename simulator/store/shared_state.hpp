@@ -50,15 +50,17 @@ class SharedState
   public:
     // The bytes of a file that nobody has used.
     static std::string fresh();
-    void use(uint8_t *bytes);
+    // The file that stands in for the board's device tells who has that open.
+    void use(uint8_t *bytes, const std::string &stand_in = {});
 
-    // Whether a program uses the board of this folder at the moment.
+    // Whether a program uses the board of this folder at the moment, or can: it may have the device open
+    // from another one that has ended.
     static bool is_used(const std::string &directory);
 
     enum class Joined { before, now, first, too_many };
 
     // Takes the lock. A program joins with its first call, as a child does with its own. Whoever finds
-    // no other program brings the power.
+    // no other program, and no open device, brings the power.
     Joined take();
     void leave();
 
@@ -68,8 +70,8 @@ class SharedState
     Power &power() { return file_->power; }
     SavedState &saved() { return file_->saved; }
 
-    // The state that was committed last; whether there is one that a board can have left, and whether it
-    // is another one than this program has seen.
+    // The state that was committed last; whether there is one, as it was committed, that a board can have
+    // left, and whether it is another one than this program has seen.
     bool has_state() const;
     bool is_news() const { return seen_ != file_->commits; }
     const RunningState &state();
@@ -93,14 +95,17 @@ class SharedState
         ProgramLife programs[MOST_PROGRAMS];
         SavedState saved;
         RunningState copies[2];
+        uint64_t sums[2]; // of the copies
     };
 
     static bool has_died(const void *file, uint32_t process);
     RunningState &copy(uint32_t commits) const { return file_->copies[commits % 2]; }
     Joined join();
     void remove_dead();
+    bool is_held() const;
 
     File *file_ = nullptr;
+    std::string stand_in_;
     ProgramLife self_;
     uint32_t seen_ = 0; // commits
 };

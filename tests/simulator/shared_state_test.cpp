@@ -292,6 +292,25 @@ TEST_F(SharedBoard, keeps_a_change_of_the_flash_until_it_has_been_made)
     shared.leave();
 }
 
+// Programs believe what they find; the file may have been written to by anybody.
+TEST_F(SharedBoard, has_no_state_but_the_one_that_was_committed)
+{
+    shared.take();
+    shared.commit(at(1));
+    shared.leave();
+    EXPECT_TRUE(shared.has_state());
+    const size_t size = SharedState::fresh().size();
+    const size_t copies = size - 2 * sizeof(RunningState) - 2 * sizeof(uint64_t);
+    for (size_t at = copies + sizeof(RunningState); at < copies + 2 * sizeof(RunningState); ++at) {
+        memory[at] ^= 0x80;
+        EXPECT_FALSE(shared.has_state()) << at;
+        memory[at] ^= 0x80;
+    }
+    EXPECT_TRUE(shared.has_state());
+    memset(memory + copies, 0, size - copies);
+    EXPECT_FALSE(shared.has_state());
+}
+
 TEST(FlashChange, can_be_made_only_inside_the_flash)
 {
     const std::vector<uint8_t> data(LARGEST_PROGRAM, 0x5A);
@@ -308,16 +327,6 @@ TEST(FlashChange, can_be_made_only_inside_the_flash)
     EXPECT_FALSE(can_be_made(odd));
     odd.kind = static_cast<FlashChange::Kind>(3);
     EXPECT_FALSE(can_be_made(odd));
-}
-
-TEST(ProgramLife, is_this_ones_and_no_others)
-{
-    const ProgramLife own = this_program();
-    EXPECT_EQ(own.process, static_cast<uint32_t>(getpid()));
-    EXPECT_TRUE(is_alive(own));
-    EXPECT_FALSE(is_alive({own.process, 0, own.start + 1})) << "a later one of the same number";
-    EXPECT_TRUE(is_alive({own.process, 0, 0})) << "whose beginning is not known";
-    EXPECT_FALSE(is_alive({UINT32_MAX, 0, 0})) << "which would be all processes";
 }
 
 } // namespace

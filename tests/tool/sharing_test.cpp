@@ -2,9 +2,12 @@
 // whoever dies leaves both to the others.
 #include "tests/tool/workbench.hpp"
 
+#include <unistd.h>
+
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <set>
 
@@ -62,6 +65,60 @@ TEST_F(Sharing, each_exchange_of_eight_programs_is_whole_and_none_is_lost)
     for (int number = 1; number <= PROGRAMS; ++number) {
         EXPECT_EQ(next[number], COUNT) << number;
     }
+}
+
+// As a program does that goes into the background after it has opened the device.
+TEST_F(Sharing, power_lasts_while_anybody_has_the_device_open)
+{
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "the shell is not of the programs' architecture";
+    }
+    const Result first =
+        run(on_board_in_real_time({}, {"bash", "-c",
+                                       "exec 5<>/dev/spidev1.0; '" + update_program() +
+                                           "' -state; sleep 1000 >/dev/null 2>&1 & echo $!"}));
+    ASSERT_EQ(first.output.substr(0, 2), "2\n");
+    const pid_t holder = std::stoi(first.output.substr(2));
+    const Words tell = {TOOL_VIRTUAL_BOARD, "tell", path("board"), "restart=boot-loader"};
+    EXPECT_EQ(run(tell).status, 0);
+    const size_t lines = transcript().size();
+    EXPECT_EQ(run(on_board_in_real_time({}, {update_program(), "-state"})).output, "1\n");
+    ASSERT_GT(transcript().size(), lines) << "it goes on";
+    EXPECT_EQ(transcript()[lines].number, static_cast<int>(lines) + 1);
+    kill(holder, SIGKILL);
+    while (run(tell).status == 0) {
+    }
+    EXPECT_EQ(run(tell).errors,
+              "virtual-board: " + path("board") + ": no program uses this board\n");
+}
+
+TEST_F(Sharing, damaged_state_in_use_is_refused)
+{
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "the shell is not of the programs' architecture";
+    }
+    const pid_t holder = start(on_board_in_real_time(
+        {}, {"bash", "-c", "exec 5<>/dev/spidev1.0; echo open; exec sleep 1000"}));
+    while (read_text(".output").empty()) {
+        usleep(1000);
+    }
+    std::fstream state(path("board/state"), std::ios::in | std::ios::out | std::ios::binary);
+    const auto size = static_cast<std::streamoff>(std::filesystem::file_size(path("board/state")));
+    for (const std::streamoff from_end : {100, 10000}) { // one in each copy
+        state.seekg(size - from_end);
+        const char damaged = static_cast<char>(state.get() ^ 0x40);
+        state.seekp(size - from_end);
+        state.put(damaged);
+    }
+    state.close();
+    const pid_t other = start(on_board_in_real_time({}, {update_program(), "-state"}));
+    const Result result = finish(other);
+    EXPECT_EQ(result.status, 125);
+    EXPECT_EQ(result.errors,
+              "virtual-board: " + path("board/state") + ": damaged while the board is in use\n");
+    kill(holder, SIGKILL);
+    finish(holder);
+    EXPECT_EQ(run(on_board_in_real_time({}, {update_program(), "-state"})).output, "2\n");
 }
 
 TEST_F(Sharing, two_that_make_the_same_board_at_once_both_get_it)
