@@ -411,6 +411,21 @@ TEST_F(VirtualBoard, files_of_a_board_must_be_regular)
     }
 }
 
+// The driver of the device must not wait for itself.
+TEST_F(VirtualBoard, files_of_a_board_are_not_sought_on_it)
+{
+    if (!std::string(TOOL_EMULATOR).empty()) {
+        GTEST_SKIP() << "the shell is not of the programs' architecture";
+    }
+    const std::string answers = path("board/answers");
+    const Result result = run({"timeout", "-s", "KILL", "60", TOOL_VIRTUAL_BOARD, "--board",
+                               path("board"), "bash", "-c",
+                               "exec 5<>/dev/spidev1.0; exec 5>&-; ln -sf /dev/spidev1.0 '" +
+                                   answers + "'; exec 5<>/dev/spidev1.0"});
+    EXPECT_EQ(result.status, 125);
+    EXPECT_TRUE(result.errors.starts_with("virtual-board: " + answers + ": ")) << result.errors;
+}
+
 TEST_F(VirtualBoard, transcript_goes_to_standard_error_even_if_that_is_the_device)
 {
     if (!std::string(TOOL_EMULATOR).empty()) {
