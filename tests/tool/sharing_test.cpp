@@ -239,8 +239,10 @@ TEST_F(Sharing, the_power_comes_again_whatever_became_of_the_shared_files)
     const size_t size = read_file("board/state").size();
     Bytes of_ones = read_file("board/state");
     std::fill(of_ones.begin() + 16, of_ones.end(), 0xFF); // behind the name of its layout
+    Bytes longer = of_ones;
+    longer.push_back(0);
     for (const Bytes &spoilt :
-         {Bytes(), Bytes(16, 'x'), Bytes(size, 0), Bytes(size, 0xFF), of_ones}) {
+         {Bytes(), Bytes(16, 'x'), Bytes(size, 0), Bytes(size, 0xFF), of_ones, longer}) {
         write_file("board/state", spoilt);
         EXPECT_TRUE(works()) << spoilt.size();
         EXPECT_EQ(read_file("board/state").size(), size);
