@@ -411,6 +411,14 @@ TEST_F(VirtualBoard, files_of_a_board_must_be_regular)
     }
 }
 
+// However the tests themselves were started: some of them interrupt what they start.
+TEST_F(VirtualBoard, command_of_a_test_ignores_no_signal)
+{
+    const auto before = signal(SIGINT, SIG_IGN);
+    EXPECT_EQ(run({"bash", "-c", "trap"}).output, "");
+    signal(SIGINT, before);
+}
+
 // The driver of the device must not wait for itself.
 TEST_F(VirtualBoard, files_of_a_board_are_not_sought_on_it)
 {
